@@ -1,0 +1,61 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace lumo {
+
+/// The engine's only error: one message, already in the language in force when it was made.
+class CalcError : public std::exception {
+public:
+    explicit CalcError(std::string message) : m_message(std::move(message)) {}
+
+    const std::string& message() const noexcept { return m_message; }
+    const char* what() const noexcept override { return m_message.c_str(); }
+
+private:
+    std::string m_message;
+};
+
+/// The interface language setting. Raw values are "system", "japanese" and "english".
+enum class AppLanguage { system, japanese, english };
+
+/// Every case, in the order the settings screen offers them.
+const std::vector<AppLanguage>& allAppLanguages();
+std::string_view rawValue(AppLanguage language);
+/// The case for a raw value; nothing for any other text.
+std::optional<AppLanguage> appLanguageFromRaw(std::string_view raw);
+
+/// The process-wide language switch. Every bilingual text goes through pick().
+namespace L10n {
+
+using PreferredLanguagesProvider = std::function<std::vector<std::string>()>;
+
+AppLanguage current();
+void setCurrent(AppLanguage language);
+
+/// True when English texts are to be shown. Evaluated anew at every call.
+bool isEnglish();
+
+/// Chooses between a Japanese and an English text by the language in force.
+std::string pick(std::string_view japanese, std::string_view english);
+
+/// Whether the given setting resolves to Japanese with the current preferred languages.
+bool resolvesToJapanese(AppLanguage language);
+
+/// The user's ordered preferred languages. Defaults to the process locale environment;
+/// the application replaces the provider with its toolkit's list.
+std::vector<std::string> preferredLanguages();
+void setPreferredLanguagesProvider(PreferredLanguagesProvider provider);
+
+/// The default provider: LANGUAGE (colon-separated), then LC_ALL, LC_MESSAGES, LANG;
+/// empty values, "C" and "POSIX" are skipped.
+std::vector<std::string> localeEnvironmentLanguages();
+
+} // namespace L10n
+
+} // namespace lumo

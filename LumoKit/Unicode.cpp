@@ -1,0 +1,210 @@
+#include "Unicode.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <utf8proc.h>
+
+namespace lumo::unicode {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+
+// Decodes one scalar at the start of text; returns its byte length (at least 1).
+std::size_t decodeOne(std::string_view text, char32_t& scalar) {
+    utf8proc_int32_t cp = 0;
+    auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                   static_cast<utf8proc_ssize_t>(text.size()), &cp);
+    if (length <= 0) {
+        scalar = replacementCharacter;
+        return 1;
+    }
+    scalar = static_cast<char32_t>(cp);
+    return static_cast<std::size_t>(length);
+}
+
+template <typename Map> std::string mapScalars(std::string_view text, Map map) {
+    std::string out;
+    out.reserve(text.size());
+    for (char32_t c : decode(text))
+        out += encode(static_cast<char32_t>(map(static_cast<utf8proc_int32_t>(c))));
+    return out;
+}
+
+} // namespace
+
+std::u32string decode(std::string_view text) {
+    std::u32string out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        char32_t c;
+        text.remove_prefix(decodeOne(text, c));
+        out.push_back(c);
+    }
+    return out;
+}
+
+std::string encode(char32_t scalar) {
+    utf8proc_uint8_t buffer[4];
+    if (!utf8proc_codepoint_valid(static_cast<utf8proc_int32_t>(scalar)))
+        scalar = replacementCharacter;
+    auto n = utf8proc_encode_char(static_cast<utf8proc_int32_t>(scalar), buffer);
+    return std::string(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(n));
+}
+
+std::string encode(std::u32string_view scalars) {
+    std::string out;
+    out.reserve(scalars.size());
+    for (char32_t c : scalars)
+        out += encode(c);
+    return out;
+}
+
+std::vector<std::string> graphemes(std::string_view text) {
+    std::vector<std::string> clusters;
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    bool first = true;
+    while (!text.empty()) {
+        char32_t c;
+        auto length = decodeOne(text, c);
+        if (first || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                      static_cast<utf8proc_int32_t>(c), &state)) {
+            clusters.emplace_back();
+        }
+        // Invalid bytes are kept as U+FFFD so that every cluster is valid UTF-8.
+        if (c == replacementCharacter && length == 1 && static_cast<unsigned char>(text[0]) >= 0x80)
+            clusters.back() += encode(c);
+        else
+            clusters.back().append(text.substr(0, length));
+        text.remove_prefix(length);
+        previous = c;
+        first = false;
+    }
+    return clusters;
+}
+
+std::size_t graphemeCount(std::string_view text) {
+    std::size_t count = 0;
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    bool first = true;
+    while (!text.empty()) {
+        char32_t c;
+        text.remove_prefix(decodeOne(text, c));
+        if (first || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                      static_cast<utf8proc_int32_t>(c), &state))
+            ++count;
+        previous = c;
+        first = false;
+    }
+    return count;
+}
+
+bool isLetter(char32_t c) {
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_LU:
+    case UTF8PROC_CATEGORY_LL:
+    case UTF8PROC_CATEGORY_LT:
+    case UTF8PROC_CATEGORY_LM:
+    case UTF8PROC_CATEGORY_LO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isNumber(char32_t c) {
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_ND:
+    case UTF8PROC_CATEGORY_NL:
+    case UTF8PROC_CATEGORY_NO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isDecimalDigit(char32_t c) {
+    return utf8proc_category(static_cast<utf8proc_int32_t>(c)) == UTF8PROC_CATEGORY_ND;
+}
+
+bool isWhitespace(char32_t c) {
+    // Unicode's White_Space property: the separators (Zs, Zl, Zp) plus the C0/C1 spacing controls.
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_ZS:
+    case UTF8PROC_CATEGORY_ZL:
+    case UTF8PROC_CATEGORY_ZP:
+        return true;
+    default:
+        break;
+    }
+    return (c >= 0x09 && c <= 0x0D) || c == 0x85;
+}
+
+std::string toLower(std::string_view text) { return mapScalars(text, utf8proc_tolower); }
+
+std::string toUpper(std::string_view text) { return mapScalars(text, utf8proc_toupper); }
+
+std::string nfc(std::string_view text) {
+    // utf8proc refuses invalid UTF-8, so repair it first.
+    std::string valid = encode(decode(text));
+    utf8proc_uint8_t* result = utf8proc_NFC(reinterpret_cast<const utf8proc_uint8_t*>(valid.c_str()));
+    if (!result)
+        return valid;
+    std::string out(reinterpret_cast<const char*>(result));
+    std::free(result);
+    return out;
+}
+
+std::string trim(std::string_view text) {
+    std::u32string scalars = decode(text);
+    std::size_t begin = 0, end = scalars.size();
+    while (begin < end && isWhitespace(scalars[begin]))
+        ++begin;
+    while (end > begin && isWhitespace(scalars[end - 1]))
+        --end;
+    if (begin == 0 && end == scalars.size() && encode(scalars) == text)
+        return std::string(text);
+    return encode(std::u32string_view(scalars).substr(begin, end - begin));
+}
+
+std::size_t utf16Length(std::string_view text) { return utf16OffsetOfByte(text, text.size()); }
+
+std::size_t byteOffsetOfUtf16(std::string_view text, std::size_t utf16Offset) {
+    std::size_t bytes = 0, units = 0;
+    while (bytes < text.size() && units < utf16Offset) {
+        char32_t c;
+        bytes += decodeOne(text.substr(bytes), c);
+        units += c > 0xFFFF ? 2 : 1;
+    }
+    return bytes;
+}
+
+std::size_t utf16OffsetOfByte(std::string_view text, std::size_t byteOffset) {
+    std::size_t bytes = 0, units = 0;
+    byteOffset = std::min(byteOffset, text.size());
+    while (bytes < byteOffset) {
+        char32_t c;
+        bytes += decodeOne(text.substr(bytes), c);
+        units += c > 0xFFFF ? 2 : 1;
+    }
+    return units;
+}
+
+std::vector<std::string> splitLines(std::string_view text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (true) {
+        auto newline = text.find('\n', start);
+        if (newline == std::string_view::npos) {
+            lines.emplace_back(text.substr(start));
+            return lines;
+        }
+        lines.emplace_back(text.substr(start, newline - start));
+        start = newline + 1;
+    }
+}
+
+} // namespace lumo::unicode

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace lumo {
+
+struct MeasureUnit;
+/// Units are immutable and shared: values copy a pointer, not the unit.
+using UnitRef = std::shared_ptr<const MeasureUnit>;
+
+/// A unit with its dimensions, its factor and offset to the base unit, and, for compound
+/// units, the table units it is made of.
+struct MeasureUnit {
+    struct Component {
+        UnitRef unit;
+        int exponent = 1;
+    };
+
+    std::string symbol;
+    std::string display;
+    std::map<std::string, int> dimensions; // dimension key -> exponent; no zero exponents
+    double factor = 1;
+    double offset = 0;
+    bool tight = false;
+    std::vector<Component> components; // empty for a table unit
+
+    /// Canonical text of the dimensions, e.g. "length^1·time^-1"; equal signatures convert.
+    std::string signature() const;
+    bool sameDimensions(const MeasureUnit& other) const { return dimensions == other.dimensions; }
+
+    bool operator==(const MeasureUnit& other) const;
+};
+
+/// Two optional units are equal when both are absent or both describe the same unit.
+bool sameUnit(const UnitRef& a, const UnitRef& b);
+
+/// The result of multiplying or dividing two units: the new unit (absent when everything
+/// cancelled) and the factor by which the product or quotient of the numbers is multiplied.
+struct CombinedUnit {
+    UnitRef unit;
+    double factor = 1;
+};
+
+/// The fixed table of known units, built once on first use.
+class UnitRegistry {
+public:
+    static const UnitRegistry& shared();
+
+    /// Exact spelling lookup of a symbol or alias ("mm", "ミリ", "km/h", "°C").
+    UnitRef lookup(std::string_view name) const;
+    /// Products, quotients and powers of table units ("N/mm2", "kN/mm²", "mm^2", "kN·m").
+    UnitRef parseCompound(std::string_view name) const;
+    /// lookup, then parseCompound.
+    UnitRef find(std::string_view name) const;
+
+    /// Every symbol and alias the table knows (for catalogs and tests).
+    std::vector<std::string> allNames() const;
+
+private:
+    UnitRegistry();
+    std::unordered_map<std::string, UnitRef> m_byName;
+};
+
+/// The lexer's and parser's "is this a known unit?" question.
+bool isKnownUnit(std::string_view name);
+
+/// Converts x from one unit to another of the same dimensions, with factor and offset.
+/// Throws CalcError when the dimensions differ.
+double convert(double x, const MeasureUnit& from, const MeasureUnit& to);
+
+/// Multiplies (exponentSign +1) or divides (-1) two optional units.
+CombinedUnit combineUnits(const UnitRef& left, const UnitRef& right, int exponentSign);
+
+/// Raises a unit to a whole power (|power| <= 9 is checked by the caller). Units with an
+/// offset can't be raised; the caller reports that.
+CombinedUnit raiseUnit(const UnitRef& unit, int power);
+
+} // namespace lumo
