@@ -1,0 +1,52 @@
+#include "SheetEvaluator.h"
+
+#include "Unicode.h"
+
+namespace lumo {
+
+LineOutcome LineOutcome::makeValue(Value value)
+{
+    LineOutcome outcome;
+    outcome.kind = Kind::value;
+    outcome.value = std::move(value);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makePlot(PlotSpec plot)
+{
+    LineOutcome outcome;
+    outcome.kind = Kind::plot;
+    outcome.plot = std::move(plot);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makeFailure(std::string message)
+{
+    LineOutcome outcome;
+    outcome.kind = Kind::failure;
+    outcome.message = std::move(message);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makeBlank()
+{
+    return LineOutcome{};
+}
+
+LineOutcome LineOutcome::makeComment()
+{
+    LineOutcome outcome;
+    outcome.kind = Kind::comment;
+    return outcome;
+}
+
+namespace DocumentEvaluator {
+
+std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>&)
+{
+    return std::vector<LineResult>(unicode::splitLines(text).size());
+}
+
+} // namespace DocumentEvaluator
+
+} // namespace lumo
