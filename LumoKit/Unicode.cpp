@@ -158,6 +158,15 @@ std::string nfc(std::string_view text) {
     return out;
 }
 
+std::size_t displayWidth(std::string_view text) {
+    std::size_t width = 0;
+    for (char32_t c : decode(text)) {
+        int w = utf8proc_charwidth(static_cast<utf8proc_int32_t>(c));
+        width += w > 0 ? static_cast<std::size_t>(w) : 0;
+    }
+    return width;
+}
+
 std::string trim(std::string_view text) {
     std::u32string scalars = decode(text);
     std::size_t begin = 0, end = scalars.size();

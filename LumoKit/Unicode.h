@@ -31,6 +31,9 @@ std::string toUpper(std::string_view text);
 /// Canonical composition (NFC).
 std::string nfc(std::string_view text);
 
+/// Terminal display width in columns: East Asian wide characters count 2, marks 0.
+std::size_t displayWidth(std::string_view text);
+
 /// Trims characters with the white-space property at both ends.
 std::string trim(std::string_view text);
 

@@ -1,0 +1,95 @@
+// The `lumo` command-line tool: evaluates sheets from files, documents or standard input.
+
+#include <cstdlib>
+#include <iostream>
+#include <unistd.h>
+
+#include "CliOptions.h"
+#include "Evaluator.h"
+#include "Language.h"
+#include "SheetInput.h"
+#include "SheetReport.h"
+#include "Unicode.h"
+#include "ValueFormatter.h"
+
+using namespace lumo;
+using namespace lumo::cli;
+
+namespace {
+
+void applyEngineSettings(const CliOptions& options) {
+    L10n::setCurrent(options.language);
+    AngleMode::setDegrees(options.degrees);
+    ValueFormatter::setMaxFractionDigits(options.digits);
+}
+
+std::vector<SharedSheet> othersThan(const std::vector<InputSheet>& sheets, std::size_t index) {
+    std::vector<SharedSheet> others;
+    for (std::size_t i = 0; i < sheets.size(); ++i) {
+        if (i != index)
+            others.push_back({sheets[i].name, sheets[i].text});
+    }
+    return others;
+}
+
+bool colourWanted() { return isatty(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr; }
+
+int run(const CliOptions& options) {
+    std::vector<InputSheet> sheets;
+    try {
+        sheets = loadSheets(options, std::cin);
+    } catch (const InputError& error) {
+        std::cerr << "lumo: " << error.message << "\n";
+        return 1;
+    }
+    if (options.sheet) {
+        bool found = false;
+        for (const auto& sheet : sheets)
+            found = found || sheet.name == *options.sheet;
+        if (!found) {
+            std::cerr << "lumo: no sheet named '" << *options.sheet << "'\n";
+            return 1;
+        }
+    }
+
+    std::vector<EvaluatedSheet> evaluated;
+    for (std::size_t i = 0; i < sheets.size(); ++i) {
+        if (options.sheet && sheets[i].name != *options.sheet)
+            continue;
+        evaluated.push_back({sheets[i].name, unicode::splitLines(sheets[i].text),
+                             DocumentEvaluator::evaluate(sheets[i].text, othersThan(sheets, i))});
+    }
+
+    Grouping grouping = options.grouping ? Grouping::grouped : Grouping::none;
+    if (options.format == OutputFormat::jsonLines) {
+        writeJsonLines(std::cout, evaluated, grouping);
+    } else {
+        writeText(std::cout, evaluated, grouping, colourWanted() ? Colour::on : Colour::off,
+                  evaluated.size() > 1 ? Headings::on : Headings::off);
+    }
+    std::cout.flush();
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    CliOptions options;
+    try {
+        options = parseOptions(std::vector<std::string>(argv + 1, argv + argc));
+    } catch (const UsageError& error) {
+        std::cerr << "lumo: " << error.message << "\n\n" << usageText();
+        return 2;
+    }
+    if (options.showHelp) {
+        std::cout << usageText();
+        return 0;
+    }
+    if (options.showVersion) {
+        std::cout << "lumo " << LUMO_VERSION << "\n";
+        return 0;
+    }
+    applyEngineSettings(options);
+    return run(options);
+}
