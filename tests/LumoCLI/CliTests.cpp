@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sys/wait.h>
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+struct RunResult {
+    int status = -1;
+    std::string out;
+};
+
+// Runs the built `lumo` through the shell, with optional standard input, and captures stdout.
+RunResult runLumo(const std::string& arguments, const std::string& input = "", bool mergeStderr = false) {
+    namespace fs = std::filesystem;
+    fs::path inputFile = fs::temp_directory_path() / ("lumo-cli-input-" + std::to_string(::getpid()));
+    std::ofstream(inputFile, std::ios::binary) << input;
+    std::string command = std::string("'") + LUMO_EXECUTABLE + "' " + arguments + " < '" + inputFile.string() +
+                          "'" + (mergeStderr ? " 2>&1" : " 2>/dev/null");
+    RunResult result;
+    FILE* pipe = ::popen(command.c_str(), "r");
+    if (!pipe)
+        return result;
+    std::array<char, 4096> buffer;
+    while (std::size_t n = std::fread(buffer.data(), 1, buffer.size(), pipe))
+        result.out.append(buffer.data(), n);
+    int status = ::pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    fs::remove(inputFile);
+    return result;
+}
+
+std::vector<nlohmann::json> jsonLines(const std::string& out) {
+    std::vector<nlohmann::json> lines;
+    std::size_t start = 0;
+    while (start < out.size()) {
+        auto end = out.find('\n', start);
+        lines.push_back(nlohmann::json::parse(out.substr(start, end - start)));
+        start = end == std::string::npos ? out.size() : end + 1;
+    }
+    return lines;
+}
+
+// A temporary folder of input files, removed afterwards.
+class CliFiles : public ::testing::Test {
+protected:
+    std::filesystem::path dir = std::filesystem::temp_directory_path() /
+                                ("lumo-cli-" + std::to_string(::getpid()) + "-" +
+                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    void SetUp() override { std::filesystem::create_directories(dir); }
+    void TearDown() override { std::filesystem::remove_all(dir); }
+    std::string write(const std::string& name, const std::string& contents) {
+        auto path = dir / name;
+        std::ofstream(path, std::ios::binary) << contents;
+        return "'" + path.string() + "'";
+    }
+};
+
+} // namespace
+
+TEST(Cli, ExitStatuses) {
+    struct Case {
+        std::string arguments;
+        int status;
+    };
+    const Case cases[] = {
+        {"--help", 0},
+        {"--version", 0},
+        {"--bogus", 2},
+        {"--lang klingon", 2},
+        {"--angle gradians", 2},
+        {"--digits many", 2},
+        {"--digits", 2},
+        {"--sample somefile.txt", 2},
+        {"/nonexistent/sheet.txt", 1},
+        {"/nonexistent/document.json", 1},
+        {"--sheet NoSuchSheet -", 1},
+        {"-", 0},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(runLumo(c.arguments, "1 + 1\n").status, c.status) << c.arguments;
+}
+
+TEST(Cli, UsageErrorPrintsTheUsage) {
+    auto result = runLumo("--bogus", "", true);
+    EXPECT_NE(result.out.find("unknown option --bogus"), std::string::npos);
+    EXPECT_NE(result.out.find("usage: lumo"), std::string::npos);
+}
+
+TEST(Cli, JsonLinesFromStandardInput) {
+    auto result = runLumo("--json --lang en", "price = 1200\nprice × 2\n\n// note\n1 +\nplot(x^2)\n");
+    ASSERT_EQ(result.status, 0);
+    auto lines = jsonLines(result.out);
+    ASSERT_EQ(lines.size(), 7u);
+    EXPECT_EQ(lines[0]["sheet"], "stdin");
+    EXPECT_EQ(lines[0]["line"], 1);
+    EXPECT_EQ(lines[0]["kind"], "value");
+    EXPECT_EQ(lines[0]["name"], "price");
+    EXPECT_EQ(lines[0]["answer"], "1,200");
+    EXPECT_EQ(lines[1]["answer"], "2,400");
+    EXPECT_TRUE(lines[1]["name"].is_null());
+    EXPECT_EQ(lines[2]["kind"], "blank");
+    EXPECT_EQ(lines[3]["kind"], "comment");
+    EXPECT_EQ(lines[4]["kind"], "failure");
+    EXPECT_EQ(lines[4]["message"], "The expression ends in the middle");
+    EXPECT_EQ(lines[5]["kind"], "plot");
+    const auto& plot = lines[5]["plot"];
+    EXPECT_EQ(plot["kind"], "curve");
+    EXPECT_EQ(plot["title"], "plot(x^2)");
+    EXPECT_EQ(plot["segments"][0].size(), 241u);
+    EXPECT_EQ(plot["xRange"], nlohmann::json::array({-10.0, 10.0}));
+    EXPECT_TRUE(plot["zRange"].is_null());
+    EXPECT_EQ(lines[6]["kind"], "blank");
+}
+
+TEST(Cli, FormattingOptions) {
+    struct Case {
+        std::string arguments;
+        std::string line;
+        std::string answer;
+    };
+    const Case cases[] = {
+        {"", "1234567.5", "1,234,567.5"},
+        {"--no-grouping", "1234567.5", "1234567.5"},
+        {"--digits 2", "1 / 3", "0.33"},
+        {"--angle degrees", "sin(30)", "0.5"},
+        {"--angle=degrees", "sin(30)", "0.5"},
+        {"--lang ja", "1 / 0", "0 で割ることはできません"},
+        {"--lang english", "1 / 0", "Cannot divide by zero"},
+    };
+    for (const auto& c : cases) {
+        auto result = runLumo("--json " + c.arguments, c.line + "\n");
+        ASSERT_EQ(result.status, 0) << c.arguments;
+        auto first = jsonLines(result.out).at(0);
+        auto shown = first.contains("answer") ? first["answer"] : first["message"];
+        EXPECT_EQ(shown, c.answer) << c.arguments << " " << c.line;
+    }
+}
+
+TEST_F(CliFiles, SeveralFilesFormOneDocument) {
+    auto library = write("Library.txt", "def double(v):\n    return v × 2\n");
+    auto main = write("Main.txt", "double(21)\n");
+    auto result = runLumo("--json " + library + " " + main);
+    ASSERT_EQ(result.status, 0);
+    auto lines = jsonLines(result.out);
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines[0]["sheet"], "Library");
+    EXPECT_EQ(lines[3]["sheet"], "Main");
+    EXPECT_EQ(lines[3]["answer"], "42");
+
+    auto onlyMain = jsonLines(runLumo("--json --sheet Main " + library + " " + main).out);
+    ASSERT_EQ(onlyMain.size(), 2u);
+    EXPECT_EQ(onlyMain[0]["answer"], "42");
+}
+
+TEST_F(CliFiles, Documents) {
+    auto document = write("doc.json", R"({"sheets": [
+        {"id": "11111111-1111-1111-1111-111111111111", "name": "A", "text": "a = 2\na × 3"},
+        {"id": "22222222-2222-2222-2222-222222222222", "name": "B", "text": "5 km in m"}]})");
+    auto lines = jsonLines(runLumo("--json " + document).out);
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[1]["answer"], "6");
+    EXPECT_EQ(lines[2]["sheet"], "B");
+    EXPECT_EQ(lines[2]["answer"], "5,000 m");
+
+    for (const std::string broken : {"", "{", "[]", R"({"sheets": 3})", "not json"}) {
+        auto result = runLumo(write("broken.json", broken), "", true);
+        EXPECT_EQ(result.status, 1) << broken;
+        EXPECT_NE(result.out.find("broken.json"), std::string::npos) << result.out;
+    }
+}
+
+TEST(Cli, BuiltinDocumentsAnswerEveryLine) {
+    for (const std::string which : {"--sample", "--starter"}) {
+        for (const std::string language : {"ja", "en"}) {
+            auto result = runLumo("--json --lang " + language + " " + which);
+            ASSERT_EQ(result.status, 0);
+            for (const auto& line : jsonLines(result.out))
+                EXPECT_NE(line["kind"], "failure") << which << " " << language << ": " << line.dump();
+        }
+    }
+}
+
+TEST(Cli, TextOutputAlignsAnswersByDisplayWidth) {
+    auto result = runLumo("--lang en", "税込 = 1100\n1 + 1\n");
+    ASSERT_EQ(result.status, 0);
+    // Both answers end in the same terminal column although the first line has wide characters.
+    auto first = result.out.substr(0, result.out.find('\n'));
+    auto second = result.out.substr(result.out.find('\n') + 1);
+    second = second.substr(0, second.find('\n'));
+    EXPECT_EQ(first.size() - std::string("税込").size() + 4, second.size());
+}
