@@ -32,10 +32,13 @@ struct PlotSpec {
     std::string title;
     std::vector<std::vector<PlotPoint>> segments;       // curve pieces
     std::vector<PlotBar> bars;                           // bars
-    std::vector<std::vector<std::optional<double>>> surface; // rows of heights; absent is a hole
-    PlotRange xRange;
+    // Rows of heights over a regular grid; absent is a hole. surface[j][i] is the height at
+    // the i-th x and the j-th y, both counted in equal steps from the low end of their range.
+    std::vector<std::vector<std::optional<double>>> surface;
+    PlotRange xRange; // for bars 0 to the bar count: bar i stands over i to i + 1
     PlotRange yRange;
     std::optional<PlotRange> zRange; // present for a surface
+    // The display text of the plotted values' unit, "%" for percent figures, absent for plain numbers.
     std::optional<std::string> unitLabel;
 
     bool operator==(const PlotSpec&) const = default;
