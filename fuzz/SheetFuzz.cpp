@@ -1,0 +1,21 @@
+// Any bytes, split into lines, must evaluate into one result per line within the run budget.
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "SheetEvaluator.h"
+#include "Unicode.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string text(reinterpret_cast<const char*>(data), size);
+    // A second sheet exercises functions shared across sheets; split at the first form feed.
+    std::vector<lumo::SharedSheet> others;
+    if (auto split = text.find('\f'); split != std::string::npos) {
+        others.push_back({"other", text.substr(split + 1)});
+        text.resize(split);
+    }
+    auto results = lumo::DocumentEvaluator::evaluate(text, others);
+    if (results.size() != lumo::unicode::splitLines(text).size())
+        std::abort();
+    return 0;
+}
