@@ -1,51 +1,559 @@
 #include "Lexer.h"
 
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "Language.h"
+#include "Unicode.h"
+#include "Units.h"
+
 namespace lumo {
 
 Token Token::makeNumber(double value, std::int64_t start) {
-    Token t;
-    t.kind = Kind::number;
-    t.start = start;
-    t.number = value;
-    return t;
+    Token token = make(Kind::number, start);
+    token.number = value;
+    return token;
 }
+
 Token Token::makeIdentifier(std::string name, std::int64_t start) {
-    Token t;
-    t.kind = Kind::identifier;
-    t.start = start;
-    t.text = std::move(name);
-    return t;
+    Token token = make(Kind::identifier, start);
+    token.text = std::move(name);
+    return token;
 }
+
 Token Token::makeString(std::string content, std::int64_t start) {
-    Token t;
-    t.kind = Kind::string;
-    t.start = start;
-    t.text = std::move(content);
-    return t;
+    Token token = make(Kind::string, start);
+    token.text = std::move(content);
+    return token;
 }
+
 Token Token::makeRef(std::int64_t line, std::int64_t start) {
-    Token t;
-    t.kind = Kind::ref;
-    t.start = start;
-    t.ref = line;
-    return t;
+    Token token = make(Kind::ref, start);
+    token.ref = line;
+    return token;
 }
+
 Token Token::makeOp(std::string op, std::int64_t start) {
-    Token t;
-    t.kind = Kind::op;
-    t.start = start;
-    t.text = std::move(op);
-    return t;
+    Token token = make(Kind::op, start);
+    token.text = std::move(op);
+    return token;
 }
+
 Token Token::make(Kind kind, std::int64_t start) {
-    Token t;
-    t.kind = kind;
-    t.start = start;
-    return t;
+    Token token;
+    token.kind = kind;
+    token.start = start;
+    return token;
 }
 
-std::string normalize(std::string_view text) { return std::string(text); }
+namespace {
 
-std::vector<Token> tokenize(std::string_view) { return {Token::make(Token::Kind::eof, 0)}; }
+// ---------------------------------------------------------------------------------------------
+// Normalisation
+// ---------------------------------------------------------------------------------------------
+
+enum class QuoteClass { none, doubleQuote, singleQuote };
+
+QuoteClass quoteClassOf(char32_t c) {
+    static const std::unordered_map<char32_t, QuoteClass> classes{
+        {U'"', QuoteClass::doubleQuote},      {U'\uFF02', QuoteClass::doubleQuote},
+        {U'\u201C', QuoteClass::doubleQuote}, {U'\u201D', QuoteClass::doubleQuote},
+        {U'\'', QuoteClass::singleQuote},     {U'\u2018', QuoteClass::singleQuote},
+        {U'\u2019', QuoteClass::singleQuote},
+    };
+    // Every quote is at least '"', so the common case needs no lookup.
+    if (c < U'"')
+        return QuoteClass::none;
+    auto found = classes.find(c);
+    return found == classes.end() ? QuoteClass::none : found->second;
+}
+
+const char* asciiQuote(QuoteClass quoteClass) { return quoteClass == QuoteClass::singleQuote ? "'" : "\""; }
+
+// What a character outside quotes is written as; characters not in the map are copied.
+const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
+    static const std::unordered_map<char32_t, std::string_view> map = [] {
+        std::unordered_map<char32_t, std::string_view> m;
+        // Full-width forms that become their ASCII counterparts (code point minus 0xFEE0).
+        static const std::string ascii = [] {
+            std::string all;
+            for (int c = 0x21; c < 0x7F; ++c)
+                all.push_back(static_cast<char>(c));
+            return all;
+        }();
+        auto fullWidth = [&](char32_t first, char32_t last) {
+            for (char32_t c = first; c <= last; ++c)
+                m.emplace(c, std::string_view(ascii).substr(c - 0xFEE0 - 0x21, 1));
+        };
+        fullWidth(0xFF10, 0xFF19); // digits
+        fullWidth(0xFF21, 0xFF3A); // upper-case letters
+        fullWidth(0xFF41, 0xFF5A); // lower-case letters
+        for (char32_t c : {0xFF01, 0xFF03, 0xFF05, 0xFF1A, 0xFF3B, 0xFF3D, 0xFF3E})
+            fullWidth(c, c);
+        fullWidth(0xFF08, 0xFF0F);
+        fullWidth(0xFF1C, 0xFF1E);
+
+        for (char32_t c : {U'\u00D7', U'\u00B7', U'\u2022', U'\u22C5'})
+            m.emplace(c, "*");
+        m.emplace(U'\u00F7', "/");
+        for (char32_t c : {U'\u2212', U'\u2013', U'\u2014'})
+            m.emplace(c, "-");
+        m.emplace(U'\u2260', "!=");
+        m.emplace(U'\u2264', "<=");
+        m.emplace(U'\u2266', "<=");
+        m.emplace(U'\u2265', ">=");
+        m.emplace(U'\u2267', ">=");
+        for (char32_t c : {U'\u21D2', U'\u27A1', U'\u25B6'})
+            m.emplace(c, "\u2192");
+        m.emplace(U'\u3001', ",");
+        m.emplace(U'\u3010', "[");
+        m.emplace(U'\u3014', "[");
+        m.emplace(U'\u3011', "]");
+        m.emplace(U'\u3015', "]");
+        m.emplace(U'\u3000', " ");
+        return m;
+    }();
+    return map;
+}
+
+bool isAscii(std::string_view text) {
+    for (char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Characters of the normalised text
+// ---------------------------------------------------------------------------------------------
+
+// The normalised line as a sequence of grapheme clusters. ASCII text needs no table: every
+// byte is its own cluster except a CR LF pair.
+class Characters {
+public:
+    explicit Characters(std::string_view text) : m_text(text) {
+        if (isAscii(text) && text.find("\r\n") == std::string_view::npos) {
+            m_count = text.size();
+            return;
+        }
+        m_offsets.reserve(text.size() + 1);
+        std::size_t offset = 0;
+        for (const std::string& cluster : unicode::graphemes(text)) {
+            m_offsets.push_back(offset);
+            offset += cluster.size();
+        }
+        m_count = m_offsets.size();
+        m_offsets.push_back(offset);
+    }
+
+    std::size_t size() const { return m_count; }
+
+    /// The character at i, or an empty view past the end.
+    std::string_view at(std::size_t i) const {
+        if (i >= m_count)
+            return {};
+        return m_text.substr(offset(i), offset(i + 1) - offset(i));
+    }
+
+    /// The text of characters [from, to).
+    std::string_view slice(std::size_t from, std::size_t to) const {
+        return m_text.substr(offset(from), offset(to) - offset(from));
+    }
+
+private:
+    std::size_t offset(std::size_t i) const { return m_offsets.empty() ? i : m_offsets[i]; }
+
+    std::string_view m_text;
+    std::vector<std::size_t> m_offsets; // empty when characters are bytes
+    std::size_t m_count = 0;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Character classes
+// ---------------------------------------------------------------------------------------------
+
+bool isAsciiDigit(std::string_view c) { return c.size() == 1 && c[0] >= '0' && c[0] <= '9'; }
+
+char32_t firstScalar(std::string_view c) {
+    if (c.empty())
+        return 0;
+    if (static_cast<unsigned char>(c[0]) < 0x80)
+        return static_cast<char32_t>(c[0]);
+    return unicode::decode(c).front();
+}
+
+bool isWhitespace(std::string_view c) { return !c.empty() && unicode::isWhitespace(firstScalar(c)); }
+
+bool isLetter(std::string_view c) { return !c.empty() && unicode::isLetter(firstScalar(c)); }
+
+// Signs that may start and continue a name, so that °C, ¥1200 and € read as units.
+bool isNameSign(std::string_view c) {
+    static const std::unordered_set<std::string_view> signs{"\u00B0", "\u00A5", "\uFFE5", "$",
+                                                            "\u20AC", "\u2103", "\u2109"};
+    return !c.empty() && (c == "$" || (static_cast<unsigned char>(c[0]) >= 0x80 && signs.count(c) > 0));
+}
+
+// Superscripts continue a name (m², s⁻ is not one: there is no superscript minus or zero).
+bool isSuperscriptDigit(std::string_view c) {
+    static const std::unordered_set<std::string_view> digits{"\u00B9", "\u00B2", "\u00B3", "\u2074", "\u2075",
+                                                             "\u2076", "\u2077", "\u2078", "\u2079"};
+    return !c.empty() && static_cast<unsigned char>(c[0]) >= 0x80 && digits.count(c) > 0;
+}
+
+bool startsName(std::string_view c) { return c == "_" || isLetter(c) || isNameSign(c); }
+
+enum class Digits { allowed, notAllowed };
+
+bool continuesName(std::string_view c, Digits digits) {
+    if (isAsciiDigit(c))
+        return digits == Digits::allowed;
+    return c == "_" || isLetter(c) || isNameSign(c) || isSuperscriptDigit(c);
+}
+
+// The Japanese numeral units that scale the number before them.
+double japaneseFactor(std::string_view c) {
+    static const std::unordered_map<std::string_view, double> factors{
+        {"\u5343", 1e3}, {"\u4E07", 1e4}, {"\u5104", 1e8}, {"\u5146", 1e12}};
+    if (c.size() != 3)
+        return 0;
+    auto found = factors.find(c);
+    return found == factors.end() ? 0 : found->second;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Messages
+// ---------------------------------------------------------------------------------------------
+
+[[noreturn]] void failUnusableCharacter(std::string_view c) {
+    std::string japanese = "「" + std::string(c) + "」は使えない文字です";
+    std::string english = "The character “" + std::string(c) + "” can’t be used";
+    throw CalcError(L10n::pick(japanese, english));
+}
+
+[[noreturn]] void failNumberTooLarge() { throw CalcError(L10n::pick("数が大きすぎます", "The number is too large")); }
+
+[[noreturn]] void failUnclosedText(std::string_view quote) {
+    std::string japanese = "文字の終わりの " + std::string(quote) + " がありません";
+    std::string english = "Missing closing " + std::string(quote);
+    throw CalcError(L10n::pick(japanese, english));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Number conversion
+// ---------------------------------------------------------------------------------------------
+
+// For a literal that from_chars reports as out of range: whether it is too large (rather than
+// too small, which reads as 0). Only the sign of the decimal magnitude matters here.
+bool exceedsDoubleRange(std::string_view literal) {
+    constexpr long long cap = 1'000'000'000;
+    auto ePos = literal.find_first_of("eE");
+    std::string_view mantissa = literal.substr(0, ePos);
+    long long magnitude = 0;
+    auto point = mantissa.find('.');
+    std::string_view whole = mantissa.substr(0, point);
+    auto firstNonZero = whole.find_first_not_of('0');
+    if (firstNonZero != std::string_view::npos) {
+        magnitude = std::min<long long>(cap, static_cast<long long>(whole.size() - firstNonZero));
+    } else if (point != std::string_view::npos) {
+        std::string_view fraction = mantissa.substr(point + 1);
+        auto leading = fraction.find_first_not_of('0');
+        magnitude = -std::min<long long>(cap, static_cast<long long>(leading == std::string_view::npos ? fraction.size()
+                                                                                                        : leading));
+    }
+    if (ePos != std::string_view::npos) {
+        std::string_view exponent = literal.substr(ePos + 1);
+        bool negative = !exponent.empty() && exponent[0] == '-';
+        if (!exponent.empty() && (exponent[0] == '-' || exponent[0] == '+'))
+            exponent.remove_prefix(1);
+        long long value = 0;
+        for (char digit : exponent)
+            value = std::min(cap, value * 10 + (digit - '0'));
+        magnitude += negative ? -value : value;
+    }
+    return magnitude > 0;
+}
+
+// Converts a gathered literal; anything that isn't one whole decimal literal is 0.
+double convertLiteral(std::string_view literal) {
+    double value = 0;
+    const char* end = literal.data() + literal.size();
+    auto [ptr, ec] = std::from_chars(literal.data(), end, value);
+    if (ptr != end)
+        return 0;
+    if (ec == std::errc::result_out_of_range)
+        return exceedsDoubleRange(literal) ? std::numeric_limits<double>::infinity() : 0.0;
+    return ec == std::errc() ? value : 0.0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Scanner
+// ---------------------------------------------------------------------------------------------
+
+class Scanner {
+public:
+    explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
+
+    std::vector<Token> run() {
+        m_tokens.reserve(8);
+        while (m_i < m_chars.size())
+            scanOne();
+        m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
+        return std::move(m_tokens);
+    }
+
+private:
+    static std::int64_t position(std::size_t i) { return static_cast<std::int64_t>(i); }
+    std::string_view at(std::size_t i) const { return m_chars.at(i); }
+
+    void scanOne() {
+        std::string_view c = at(m_i);
+        if (isWhitespace(c)) {
+            ++m_i;
+        } else if (c == "\"" || c == "'") {
+            scanText(c);
+        } else if (c == "#" && isAsciiDigit(at(m_i + 1))) {
+            scanRef();
+        } else if (isAsciiDigit(c) || (c == "." && isAsciiDigit(at(m_i + 1)))) {
+            scanNumber();
+        } else if (startsName(c)) {
+            scanName();
+        } else if (!scanPunctuation(c)) {
+            failUnusableCharacter(c);
+        }
+    }
+
+    void scanText(std::string_view quote) {
+        const std::size_t start = m_i++;
+        std::string content;
+        while (m_i < m_chars.size()) {
+            std::string_view c = at(m_i);
+            if (c == quote) {
+                ++m_i;
+                m_tokens.push_back(Token::makeString(std::move(content), position(start)));
+                return;
+            }
+            if (c == "\\" && m_i + 1 < m_chars.size()) {
+                std::string_view escaped = at(m_i + 1);
+                if (escaped == "n")
+                    content += '\n';
+                else if (escaped == "t")
+                    content += '\t';
+                else
+                    content += escaped;
+                m_i += 2;
+                continue;
+            }
+            if (c == "\\")
+                break; // a backslash with nothing after it can't close the text
+            content += c;
+            ++m_i;
+        }
+        failUnclosedText(quote);
+    }
+
+    void scanRef() {
+        ++m_i; // "#"
+        std::int64_t line = 0;
+        bool overflow = false;
+        while (isAsciiDigit(at(m_i))) {
+            int digit = at(m_i)[0] - '0';
+            if (line > (std::numeric_limits<std::int64_t>::max() - digit) / 10)
+                overflow = true;
+            else
+                line = line * 10 + digit;
+            ++m_i;
+        }
+        // The start is deliberately the index just after the digits.
+        m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
+    }
+
+    // Digits with grouping commas and points, then at most one exponent.
+    double scanPlainNumber() {
+        m_literal.clear();
+        for (;;) {
+            std::string_view c = at(m_i);
+            if (isAsciiDigit(c)) {
+                m_literal += c[0];
+                ++m_i;
+            } else if (c == "," && isGroupingComma()) {
+                ++m_i;
+            } else if (c == "." && isAsciiDigit(at(m_i + 1))) {
+                m_literal += '.';
+                ++m_i;
+            } else {
+                break;
+            }
+        }
+        scanExponent();
+        return convertLiteral(m_literal);
+    }
+
+    // A comma followed by exactly three digits groups digits.
+    bool isGroupingComma() const {
+        return isAsciiDigit(at(m_i + 1)) && isAsciiDigit(at(m_i + 2)) && isAsciiDigit(at(m_i + 3)) &&
+               !isAsciiDigit(at(m_i + 4));
+    }
+
+    void scanExponent() {
+        std::string_view e = at(m_i);
+        if (e != "e" && e != "E")
+            return;
+        std::string_view next = at(m_i + 1);
+        const bool signedExponent = (next == "+" || next == "-") && isAsciiDigit(at(m_i + 2));
+        if (!signedExponent && !isAsciiDigit(next))
+            return;
+        m_literal += 'e';
+        ++m_i;
+        if (signedExponent) {
+            m_literal += next[0];
+            ++m_i;
+        }
+        while (isAsciiDigit(at(m_i))) {
+            m_literal += at(m_i)[0];
+            ++m_i;
+        }
+    }
+
+    void scanNumber() {
+        const std::size_t start = m_i;
+        double total = 0;
+        for (;;) {
+            double plain = scanPlainNumber();
+            double factor = japaneseFactor(at(m_i));
+            if (factor == 0) {
+                total += plain;
+                break;
+            }
+            total += plain * factor;
+            ++m_i;
+            if (!isAsciiDigit(at(m_i)))
+                break;
+        }
+        if (!std::isfinite(total))
+            failNumberTooLarge();
+        m_tokens.push_back(Token::makeNumber(total, position(start)));
+    }
+
+    void scanName() {
+        const std::size_t start = m_i;
+        const Digits digits = isNameSign(at(m_i)) ? Digits::notAllowed : Digits::allowed;
+        ++m_i;
+        while (continuesName(at(m_i), digits))
+            ++m_i;
+        std::size_t end = m_i;
+        // A per-part such as km/h or N/mm² belongs to the name only when the whole is a unit.
+        if (at(end) == "/") {
+            std::size_t partEnd = end + 1;
+            while (continuesName(at(partEnd), Digits::allowed))
+                ++partEnd;
+            if (partEnd > end + 1 && isKnownUnit(m_chars.slice(start, partEnd)))
+                end = partEnd;
+        }
+        m_i = end;
+        m_tokens.push_back(Token::makeIdentifier(std::string(m_chars.slice(start, end)), position(start)));
+    }
+
+    bool scanPunctuation(std::string_view c) {
+        if (c.size() != 1)
+            return c == "\u2192" && pushOp(c, 1);
+        switch (c[0]) {
+        case '=':
+        case '<':
+        case '>':
+        case '!':
+            if (at(m_i + 1) == "=")
+                return pushOp(m_chars.slice(m_i, m_i + 2), 2);
+            return c[0] != '!' && pushOp(c, 1);
+        case '(':
+            return push(Token::Kind::lparen);
+        case ')':
+            return push(Token::Kind::rparen);
+        case '[':
+            return push(Token::Kind::lbracket);
+        case ']':
+            return push(Token::Kind::rbracket);
+        case ',':
+            return push(Token::Kind::comma);
+        case '+':
+        case '-':
+        case '*':
+        case '/':
+        case '%':
+        case '^':
+        case ':':
+            return pushOp(c, 1);
+        default:
+            return false;
+        }
+    }
+
+    bool push(Token::Kind kind) {
+        m_tokens.push_back(Token::make(kind, position(m_i++)));
+        return true;
+    }
+
+    bool pushOp(std::string_view op, std::size_t length) {
+        m_tokens.push_back(Token::makeOp(std::string(op), position(m_i)));
+        m_i += length;
+        return true;
+    }
+
+    Characters m_chars;
+    std::size_t m_i = 0;
+    std::vector<Token> m_tokens;
+    std::string m_literal; // reused buffer for number literals
+};
+
+} // namespace
+
+std::string normalize(std::string_view text) {
+    if (isAscii(text))
+        return std::string(text); // no ASCII character is rewritten
+
+    const auto& map = normalizationMap();
+    std::string out;
+    out.reserve(text.size());
+    QuoteClass open = QuoteClass::none;
+    bool escaped = false;
+    for (char32_t c : unicode::decode(text)) {
+        if (open != QuoteClass::none) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == U'\\') {
+                escaped = true;
+            } else if (quoteClassOf(c) == open) {
+                out += asciiQuote(open);
+                open = QuoteClass::none;
+                continue;
+            }
+            out += unicode::encode(c);
+            continue;
+        }
+        if (QuoteClass quoteClass = quoteClassOf(c); quoteClass != QuoteClass::none) {
+            out += asciiQuote(quoteClass);
+            open = quoteClass;
+            continue;
+        }
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+            continue;
+        }
+        auto mapped = map.find(c);
+        if (mapped == map.end())
+            out += unicode::encode(c);
+        else
+            out += mapped->second;
+    }
+    return out;
+}
+
+std::vector<Token> tokenize(std::string_view text) {
+    const std::string normalized = normalize(text);
+    return Scanner(normalized).run();
+}
 
 } // namespace lumo

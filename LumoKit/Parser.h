@@ -61,6 +61,12 @@ template <typename T> ExprPtr makeExpr(T node) { return std::make_shared<const E
 /// Structural equality of two trees (numbers compared exactly).
 bool sameTree(const Expr& a, const Expr& b);
 
+/// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
+inline constexpr int maxExpressionNesting = 200;
+/// The most operators one expression may chain to the left (1+1+…), so that walking and
+/// destroying a tree stays within a modest stack.
+inline constexpr int maxExpressionChain = 1000;
+
 /// A line: an optional name and its expression.
 struct Statement {
     std::optional<std::string> name;
@@ -101,12 +107,15 @@ private:
     ExprPtr parsePostfix();
     ExprPtr parsePrimary();
     std::string parseUnitTarget();
+    ExprPtr parseCall(std::string name);
+    ExprPtr parseList();
 
     void advance();
 
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;
     int m_depth = 0; // guards the recursion against deeply nested input
+    int m_chain = 0; // operators chained to the left on the current path, bounding the tree's height
 };
 
 /// Tokenises a line and applies the statement rule. Throws CalcError.
