@@ -4,13 +4,11 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QVariant>
 
-#include <chrono>
-#include <map>
 #include <optional>
-#include <string>
-#include <vector>
 
+#include "Document.h"
 #include "Language.h"
 
 class QSettings;
@@ -34,9 +32,6 @@ QString rawValue(TextSizeSetting value);
 QString rawValue(SheetListStyle value);
 QString rawValue(KeypadSide value);
 QString rawValue(AngleSetting value);
-
-/// The keypad arrangements: kind → (panel → key identifiers), the shape the document carries.
-using KeyLayouts = std::map<std::string, std::map<std::string, std::vector<std::string>>>;
 
 /// The user's preferences, kept in a QSettings store under keys beginning with "lumo.".
 /// This is the one class that touches QSettings.
@@ -76,6 +71,9 @@ public:
     bool hapticFeedback() const { return m_hapticFeedback; }
     AppLanguage language() const { return m_language; }
     int acceptedTermsVersion() const { return m_acceptedTermsVersion; }
+    /// The folder that the user's sync client keeps in step across devices ("lumo.cloudFolder");
+    /// empty when syncing is off.
+    QString cloudFolder() const { return m_cloudFolder; }
     bool hasAcceptedTerms() const { return m_acceptedTermsVersion >= currentTermsVersion; }
 
     void setAppearance(AppearanceSetting value);
@@ -99,15 +97,22 @@ public:
     void setLanguage(AppLanguage language);
     /// Records that the current terms of use were accepted.
     void acceptTerms();
+    /// Takes effect for the document store created next.
+    void setCloudFolder(const QString& folder);
 
     /// The keypad layouts kept under "lumo.keyLayout.<kind>" (each a map from panel to key
     /// identifiers) and their change time under "lumo.keyLayout.updatedAt" (seconds since
     /// 1970, a double). The keypad writes them and posts "lumo.keyLayoutChanged"; the document
     /// store reads them into the document and writes back layouts that arrive from elsewhere.
     KeyLayouts keyLayouts() const;
-    std::optional<std::chrono::system_clock::time_point> keyLayoutsUpdatedAt() const;
+    std::optional<Timestamp> keyLayoutsUpdatedAt() const;
     /// Replaces every "lumo.keyLayout.<kind>" key and the change time. Posts nothing.
-    void setKeyLayouts(const KeyLayouts& layouts, std::optional<std::chrono::system_clock::time_point> updatedAt);
+    void setKeyLayouts(const KeyLayouts& layouts, std::optional<Timestamp> updatedAt);
+
+    /// Preferences that views keep for themselves in the same store ("lumo.showKeypad",
+    /// "lumo.showGraph", "lumo.keypadPanel"); the view supplies the default.
+    QVariant viewPreference(const QString& key, const QVariant& fallback) const;
+    void setViewPreference(const QString& key, const QVariant& value);
 
 signals:
     void appearanceChanged(lumo::AppearanceSetting value);
@@ -146,6 +151,7 @@ private:
     bool m_hapticFeedback = true;
     AppLanguage m_language = AppLanguage::system;
     int m_acceptedTermsVersion = 0;
+    QString m_cloudFolder;
 };
 
 } // namespace lumo
