@@ -114,6 +114,7 @@ Value absolute(const std::string& fn, const Arguments& args) {
 
 Value signOf(const std::string& fn, const Arguments& args) {
     const double x = numberArgument(fn, onlyArgument(fn, args)).number;
+    if (std::isnan(x)) return Value::plain(x); // refused as not finite by the dispatcher
     return Value::plain(x > 0 ? 1 : (x < 0 ? -1 : 0));
 }
 
