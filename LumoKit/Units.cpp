@@ -33,6 +33,10 @@ const Dimensions volume{{"length", 3}};
 const Dimensions force{{"mass", 1}, {"length", 1}, {"time", -2}};
 const Dimensions pressure{{"mass", 1}, {"length", -1}, {"time", -2}};
 
+// 255.372222222222… K, computed rather than written out: the rounded decimal leaves
+// 32 °F a hair below 0 °C, which would show as -1.7e-13.
+constexpr double fahrenheitOffset = 273.15 - 32 * (5.0 / 9.0);
+
 enum class Spacing { spaced, tight };
 
 // A unit of the table. The first name is the symbol and the display; the rest are aliases.
@@ -84,7 +88,7 @@ const std::vector<UnitRow>& unitRows() {
         {{"MiB"}, data, 1048576},
         {{"GiB"}, data, 1073741824},
         {{"°C", "℃", "C", "celsius", "摂氏"}, temperature, 1, 273.15, Spacing::tight},
-        {{"°F", "℉", "F", "fahrenheit", "華氏"}, temperature, 5.0 / 9.0, 255.372222222222, Spacing::tight},
+        {{"°F", "℉", "F", "fahrenheit", "華氏"}, temperature, 5.0 / 9.0, fahrenheitOffset, Spacing::tight},
         {{"K", "kelvin"}, temperature, 1},
         {{"deg", "°", "度"}, angle, 0.017453292519943295},
         {{"rad", "radian", "ラジアン"}, angle, 1},
