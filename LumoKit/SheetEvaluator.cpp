@@ -1,5 +1,6 @@
 #include "SheetEvaluator.h"
 
+#include "ProgramRunner.h"
 #include "Unicode.h"
 
 namespace lumo {
@@ -42,9 +43,9 @@ LineOutcome LineOutcome::makeComment()
 
 namespace DocumentEvaluator {
 
-std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>&)
+std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others)
 {
-    return std::vector<LineResult>(unicode::splitLines(text).size());
+    return ProgramRunner(unicode::splitLines(text), others).run();
 }
 
 } // namespace DocumentEvaluator
