@@ -32,6 +32,15 @@ std::string toChars(double number, std::chars_format format, int precision) {
     return std::string(buffer, end);
 }
 
+// The shortest digits that read back as the same double.
+std::string toChars(double number, std::chars_format format) {
+    char buffer[512];
+    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, number, format);
+    if (error != std::errc())
+        return {};
+    return std::string(buffer, end);
+}
+
 void replaceAll(std::string& text, std::string_view from, std::string_view to) {
     for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
         text.replace(at, from.size(), to);
@@ -70,10 +79,36 @@ std::string groupThousands(std::string_view integerDigits) {
     return out;
 }
 
+// Rounds a plain decimal string to at most `digits` fraction digits, halves away from zero.
+// Working on the shortest round-trip digits keeps binary noise (1234567.8910000001) out.
+std::string roundDecimalString(std::string text, int digits) {
+    const auto point = text.find('.');
+    if (point == std::string::npos || text.size() - point - 1 <= static_cast<std::size_t>(digits))
+        return text;
+    const std::size_t cut = point + 1 + static_cast<std::size_t>(digits);
+    const bool roundUp = text[cut] >= '5';
+    text.resize(cut);
+    if (!roundUp)
+        return text;
+    for (std::size_t i = text.size(); i-- > 0;) {
+        if (text[i] == '.')
+            continue;
+        if (text[i] == '-')
+            return text.insert(i + 1, "1");
+        if (text[i] != '9') {
+            ++text[i];
+            return text;
+        }
+        text[i] = '0';
+    }
+    return "1" + text;
+}
+
 std::string decimalForm(double number, Grouping grouping) {
-    std::string text = trimFraction(toChars(number, std::chars_format::fixed, maxFractionDigits()));
-    if (text.empty())
+    std::string shortest = toChars(number, std::chars_format::fixed);
+    if (shortest.empty())
         return std::to_string(number);
+    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits()));
     if (text == "-0")
         return "0";
     if (grouping == Grouping::none)
