@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Language.h"
+#include "SheetEvaluator.h"
+#include "ValueFormatter.h"
+
+namespace lumo::test {
+
+/// One line's result as the tests spell it: the formatted answer, "! message" for a failure,
+/// "plot: title" for a plot, "//" for a note and "" for a blank.
+inline std::string showResult(const LineResult& result)
+{
+    switch (result.outcome.kind) {
+    case LineOutcome::Kind::value:
+        return ValueFormatter::format(result.outcome.value, Grouping::none);
+    case LineOutcome::Kind::plot:
+        return "plot: " + result.outcome.plot.title;
+    case LineOutcome::Kind::failure:
+        return "! " + result.outcome.message;
+    case LineOutcome::Kind::comment:
+        return "//";
+    case LineOutcome::Kind::blank:
+        break;
+    }
+    return "";
+}
+
+inline std::vector<std::string> showResults(const std::vector<LineResult>& results)
+{
+    std::vector<std::string> shown;
+    for (const auto& result : results)
+        shown.push_back(showResult(result));
+    return shown;
+}
+
+/// The shown results of a sheet, evaluated in the given language (restored afterwards).
+inline std::vector<std::string> sheetAnswers(const std::string& text, const std::vector<SharedSheet>& others = {},
+                                             AppLanguage language = AppLanguage::english)
+{
+    L10n::setCurrent(language);
+    auto shown = showResults(DocumentEvaluator::evaluate(text, others));
+    L10n::setCurrent(AppLanguage::system);
+    return shown;
+}
+
+} // namespace lumo::test
