@@ -1,5 +1,6 @@
 #include "Lexer.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -179,40 +180,72 @@ private:
 bool isAsciiDigit(std::string_view c) { return c.size() == 1 && c[0] >= '0' && c[0] <= '9'; }
 
 char32_t firstScalar(std::string_view c) {
-    if (c.empty())
-        return 0;
     if (static_cast<unsigned char>(c[0]) < 0x80)
         return static_cast<char32_t>(c[0]);
     return unicode::decode(c).front();
 }
 
-bool isWhitespace(std::string_view c) { return !c.empty() && unicode::isWhitespace(firstScalar(c)); }
-
-bool isLetter(std::string_view c) { return !c.empty() && unicode::isLetter(firstScalar(c)); }
-
-// Signs that may start and continue a name, so that °C, ¥1200 and € read as units.
-bool isNameSign(std::string_view c) {
-    static const std::unordered_set<std::string_view> signs{"\u00B0", "\u00A5", "\uFFE5", "$",
-                                                            "\u20AC", "\u2103", "\u2109"};
-    return !c.empty() && (c == "$" || (static_cast<unsigned char>(c[0]) >= 0x80 && signs.count(c) > 0));
-}
-
-// Superscripts continue a name (m², s⁻ is not one: there is no superscript minus or zero).
-bool isSuperscriptDigit(std::string_view c) {
-    static const std::unordered_set<std::string_view> digits{"\u00B9", "\u00B2", "\u00B3", "\u2074", "\u2075",
-                                                             "\u2076", "\u2077", "\u2078", "\u2079"};
-    return !c.empty() && static_cast<unsigned char>(c[0]) >= 0x80 && digits.count(c) > 0;
-}
-
-bool startsName(std::string_view c) { return c == "_" || isLetter(c) || isNameSign(c); }
-
 enum class Digits { allowed, notAllowed };
 
-bool continuesName(std::string_view c, Digits digits) {
-    if (isAsciiDigit(c))
-        return digits == Digits::allowed;
-    return c == "_" || isLetter(c) || isNameSign(c) || isSuperscriptDigit(c);
-}
+// The character classes of the scanner, built once. utf8proc's answers for the ASCII range are
+// kept in a table: most lines are ASCII, and these checks run for every character.
+class CharClasses {
+public:
+    static const CharClasses& shared() {
+        static const CharClasses classes;
+        return classes;
+    }
+
+    bool isWhitespace(std::string_view c) const {
+        if (c.size() == 1)
+            return has(c[0], whitespace);
+        return !c.empty() && unicode::isWhitespace(firstScalar(c));
+    }
+
+    bool startsName(std::string_view c) const {
+        if (c.size() == 1)
+            return has(c[0], letter | underscore | sign);
+        return !c.empty() && (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0);
+    }
+
+    bool continuesName(std::string_view c, Digits digits) const {
+        if (c.size() == 1)
+            return has(c[0], letter | underscore | sign) || (digits == Digits::allowed && has(c[0], digit));
+        return !c.empty() &&
+               (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0 || m_superscripts.count(c) > 0);
+    }
+
+    /// Names that begin with a sign ($5, ¥1200) are not continued by digits.
+    bool isSign(std::string_view c) const { return c.size() == 1 ? has(c[0], sign) : m_signs.count(c) > 0; }
+
+private:
+    enum Flag : std::uint8_t { whitespace = 1, letter = 2, digit = 4, underscore = 8, sign = 16 };
+
+    CharClasses() {
+        for (char32_t c = 0; c < 128; ++c) {
+            std::uint8_t flags = 0;
+            if (unicode::isWhitespace(c))
+                flags |= whitespace;
+            if (unicode::isLetter(c))
+                flags |= letter;
+            m_ascii[c] = flags;
+        }
+        for (char c = '0'; c <= '9'; ++c)
+            m_ascii[static_cast<std::size_t>(c)] |= digit;
+        m_ascii['_'] |= underscore;
+        m_ascii['$'] |= sign;
+    }
+
+    // A single-byte character of valid UTF-8 is ASCII.
+    bool has(char c, int flags) const { return (m_ascii[static_cast<unsigned char>(c) & 0x7F] & flags) != 0; }
+
+    std::array<std::uint8_t, 128> m_ascii{};
+    // Signs that may start and continue a name, so that °C, ¥1200 and € read as units.
+    std::unordered_set<std::string_view> m_signs{"\u00B0", "\u00A5", "\uFFE5", "\u20AC", "\u2103", "\u2109"};
+    // Superscripts continue a name (m²); there is no superscript zero or minus among them.
+    std::unordered_set<std::string_view> m_superscripts{"\u00B9", "\u00B2", "\u00B3", "\u2074", "\u2075",
+                                                        "\u2076", "\u2077", "\u2078", "\u2079"};
+};
 
 // The Japanese numeral units that scale the number before them.
 double japaneseFactor(std::string_view c) {
@@ -279,6 +312,13 @@ bool exceedsDoubleRange(std::string_view literal) {
 
 // Converts a gathered literal; anything that isn't one whole decimal literal is 0.
 double convertLiteral(std::string_view literal) {
+    // Whole numbers of up to 15 digits are exact in a double; most literals are such.
+    if (literal.size() <= 15 && literal.find_first_not_of("0123456789") == std::string_view::npos) {
+        std::int64_t whole = 0;
+        for (char digit : literal)
+            whole = whole * 10 + (digit - '0');
+        return static_cast<double>(whole);
+    }
     double value = 0;
     const char* end = literal.data() + literal.size();
     auto [ptr, ec] = std::from_chars(literal.data(), end, value);
@@ -298,7 +338,7 @@ public:
     explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
 
     std::vector<Token> run() {
-        m_tokens.reserve(8);
+        m_tokens.reserve(16);
         while (m_i < m_chars.size())
             scanOne();
         m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
@@ -311,15 +351,16 @@ private:
 
     void scanOne() {
         std::string_view c = at(m_i);
-        if (isWhitespace(c)) {
+        const char ascii = c.size() == 1 ? c[0] : '\0'; // NUL stands for every other character here
+        if (m_classes.isWhitespace(c)) {
             ++m_i;
-        } else if (c == "\"" || c == "'") {
+        } else if (ascii == '"' || ascii == '\'') {
             scanText(c);
-        } else if (c == "#" && isAsciiDigit(at(m_i + 1))) {
+        } else if (ascii == '#' && isAsciiDigit(at(m_i + 1))) {
             scanRef();
-        } else if (isAsciiDigit(c) || (c == "." && isAsciiDigit(at(m_i + 1)))) {
+        } else if (isAsciiDigit(c) || (ascii == '.' && isAsciiDigit(at(m_i + 1)))) {
             scanNumber();
-        } else if (startsName(c)) {
+        } else if (m_classes.startsName(c)) {
             scanName();
         } else if (!scanPunctuation(c)) {
             failUnusableCharacter(c);
@@ -440,15 +481,15 @@ private:
 
     void scanName() {
         const std::size_t start = m_i;
-        const Digits digits = isNameSign(at(m_i)) ? Digits::notAllowed : Digits::allowed;
+        const Digits digits = m_classes.isSign(at(m_i)) ? Digits::notAllowed : Digits::allowed;
         ++m_i;
-        while (continuesName(at(m_i), digits))
+        while (m_classes.continuesName(at(m_i), digits))
             ++m_i;
         std::size_t end = m_i;
         // A per-part such as km/h or N/mm² belongs to the name only when the whole is a unit.
         if (at(end) == "/") {
             std::size_t partEnd = end + 1;
-            while (continuesName(at(partEnd), Digits::allowed))
+            while (m_classes.continuesName(at(partEnd), Digits::allowed))
                 ++partEnd;
             if (partEnd > end + 1 && isKnownUnit(m_chars.slice(start, partEnd)))
                 end = partEnd;
@@ -502,6 +543,7 @@ private:
         return true;
     }
 
+    const CharClasses& m_classes = CharClasses::shared();
     Characters m_chars;
     std::size_t m_i = 0;
     std::vector<Token> m_tokens;
@@ -552,6 +594,9 @@ std::string normalize(std::string_view text) {
 }
 
 std::vector<Token> tokenize(std::string_view text) {
+    // Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
+    if (isAscii(text))
+        return Scanner(text).run();
     const std::string normalized = normalize(text);
     return Scanner(normalized).run();
 }

@@ -25,8 +25,9 @@
 // levels and left chains to maxExpressionChain operators, so hostile input ends in an error
 // rather than a stack overflow, and every tree is shallow enough to walk recursively.
 
+#include <algorithm>
 #include <cmath>
-#include <unordered_set>
+#include <iterator>
 
 #include "Language.h"
 #include "Units.h"
@@ -160,21 +161,22 @@ bool sameTree(const Expr& a, const Expr& b) {
         a.node);
 }
 
+// The word sets are small enough that a scan beats hashing.
 bool isReservedWord(std::string_view word) {
-    static const std::unordered_set<std::string_view> words{
-        "in",  "to",  "as",  "of",    "へ",     "で",  "and",    "or",       "not",  "if",
-        "elif", "else", "for", "while", "def", "return", "break", "continue", "True", "False"};
-    return words.count(word) > 0;
+    static constexpr std::string_view words[] = {"in",   "to",    "as",    "of",     "へ",    "で",       "and",
+                                                 "or",   "not",   "if",    "elif",   "else",  "for",      "while",
+                                                 "def",  "return", "break", "continue", "True", "False"};
+    return word.size() <= 8 && std::find(std::begin(words), std::end(words), word) != std::end(words);
 }
 
 bool isConversionWord(std::string_view word) {
-    static const std::unordered_set<std::string_view> words{"in", "to", "as", "へ", "で"};
-    return words.count(word) > 0;
+    static constexpr std::string_view words[] = {"in", "to", "as", "へ", "で"};
+    return word.size() <= 3 && std::find(std::begin(words), std::end(words), word) != std::end(words);
 }
 
 bool isComparisonOperator(std::string_view op) {
-    static const std::unordered_set<std::string_view> ops{"==", "!=", "<", "<=", ">", ">="};
-    return ops.count(op) > 0;
+    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">", ">="};
+    return op.size() <= 2 && std::find(std::begin(ops), std::end(ops), op) != std::end(ops);
 }
 
 // ---------------------------------------------------------------------------------------------
