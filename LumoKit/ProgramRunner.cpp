@@ -116,7 +116,11 @@ std::vector<LineResult> ProgramRunner::run()
     const ProgramBody program = Program::parse(m_lines);
     showStructure(program);
     try {
-        executeBlock(program, LineCounting::counted);
+        // A break, continue or return that reaches the top level ends nothing.
+        for (const auto& node : program) {
+            executeNode(node, LineCounting::counted);
+            stopIfExhausted();
+        }
     } catch (const RunStopped&) {
         fillUnreached();
     }
@@ -193,9 +197,14 @@ std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chai
     return std::nullopt;
 }
 
-bool ProgramRunner::runPass(const ProgramBody& body, std::optional<ProgramFlow>& flow)
+bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body, std::optional<ProgramFlow>& flow)
 {
-    flow = executeBlock(body, LineCounting::uncounted);
+    try {
+        flow = executeBlock(body, LineCounting::uncounted);
+    } catch (const RunStopped&) {
+        failLine(headerIndex, m_context.budget.stopMessage());
+        throw;
+    }
     if (!flow || flow->kind == ProgramFlow::Kind::continueLoop) {
         flow.reset();
         return false;
@@ -225,7 +234,7 @@ std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loo
             failLine(loop.index, error.message());
             throw RunStopped{};
         }
-        if (runPass(loop.body, flow))
+        if (runPass(loop.index, loop.body, flow))
             break;
     }
     return flow;
@@ -245,7 +254,7 @@ std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop&
             stopIfExhausted();
             break;
         }
-        if (runPass(loop.body, flow))
+        if (runPass(loop.index, loop.body, flow))
             break;
     }
     return flow;

@@ -44,7 +44,7 @@ private:
     std::optional<ProgramFlow> executeWhile(const program::WhileLoop& loop);
     std::optional<ProgramFlow> executeReturn(const program::Return& statement);
     /// Runs one pass of a loop body; true when the loop is to end.
-    bool runPass(const ProgramBody& body, std::optional<ProgramFlow>& flow);
+    bool runPass(std::int64_t headerIndex, const ProgramBody& body, std::optional<ProgramFlow>& flow);
     std::vector<Value> iterationItems(const Expr& iterable);
     std::vector<Value> rangeItems(const expr::Call& call);
 
