@@ -25,7 +25,8 @@ struct BuiltinSheet {
 // Every line below is calculated as the user sees it, so each example must evaluate.
 // Line 3 of the first sheet gives an answer on purpose: the "#3" example reads it.
 
-constexpr std::string_view gettingStartedJapanese = R"lumo(// ようこそ。ここは「打つと、その行の右に答えが出る」計算用紙です
+constexpr std::string_view gettingStartedJapanese =
+    R"lumo(// ようこそ。ここは「打つと、その行の右に答えが出る」計算用紙です
 // この行のように // で始めた行はメモになり、計算しません
 100 + 20
 
@@ -65,7 +66,8 @@ sum([1200, 800, 450])
 // くわしくは「表・文字・グラフ」のシートで
 )lumo";
 
-constexpr std::string_view gettingStartedEnglish = R"lumo(// Welcome. Type an expression and the answer appears on the right.
+constexpr std::string_view gettingStartedEnglish =
+    R"lumo(// Welcome. Type an expression and the answer appears on the right.
 // Lines beginning with // are notes and are not calculated.
 100 + 20
 
@@ -137,7 +139,8 @@ constexpr std::string_view unitsJapanese = R"lumo(// 数のあとに単位を書
 6 m / 2 m
 )lumo";
 
-constexpr std::string_view unitsEnglish = R"lumo(// Write a unit after a number and it carries through to the answer
+constexpr std::string_view unitsEnglish =
+    R"lumo(// Write a unit after a number and it carries through to the answer
 820 USD
 120 mm × 3
 
@@ -257,7 +260,8 @@ plot(x^2 - 3x)
 plot(x^2 - y^2)
 )lumo";
 
-constexpr std::string_view loopsJapanese = R"lumo(// 書き方は Python と同じです。行の終わりに : を付けて、次の行を字下げします
+constexpr std::string_view loopsJapanese =
+    R"lumo(// 書き方は Python と同じです。行の終わりに : を付けて、次の行を字下げします
 // ⏎ を押すと字下げは自動で入ります
 
 // ■ もしも（if）
@@ -294,7 +298,8 @@ for p in 価格:
 税込価格
 )lumo";
 
-constexpr std::string_view loopsEnglish = R"lumo(// The syntax is Python's: end a line with : and indent the next line.
+constexpr std::string_view loopsEnglish =
+    R"lumo(// The syntax is Python's: end a line with : and indent the next line.
 // Pressing ⏎ indents for you.
 
 // ■ If
@@ -377,11 +382,10 @@ constexpr std::string_view sampleIntroEnglish = "// Type, and the answer appears
                                                 "sum(prices)\n";
 
 // The forty numbers 100, 200, … 4000, one per line: a sheet long enough to scroll.
-constexpr std::string_view longSheetText =
-    "100\n200\n300\n400\n500\n600\n700\n800\n900\n1000\n"
-    "1100\n1200\n1300\n1400\n1500\n1600\n1700\n1800\n1900\n2000\n"
-    "2100\n2200\n2300\n2400\n2500\n2600\n2700\n2800\n2900\n3000\n"
-    "3100\n3200\n3300\n3400\n3500\n3600\n3700\n3800\n3900\n4000\n";
+constexpr std::string_view longSheetText = "100\n200\n300\n400\n500\n600\n700\n800\n900\n1000\n"
+                                           "1100\n1200\n1300\n1400\n1500\n1600\n1700\n1800\n1900\n2000\n"
+                                           "2100\n2200\n2300\n2400\n2500\n2600\n2700\n2800\n2900\n3000\n"
+                                           "3100\n3200\n3300\n3400\n3500\n3600\n3700\n3800\n3900\n4000\n";
 
 constexpr BuiltinSheet sample[] = {
     {"11111111-1111-1111-1111-111111111111",
@@ -389,15 +393,19 @@ constexpr BuiltinSheet sample[] = {
      {sampleIntroJapanese, sampleIntroEnglish}},
     {"22222222-2222-2222-2222-222222222222",
      {"家計", "Monthly Budget"},
-     {"家賃 = 82000円\n光熱費 = 12400円\n家賃 + 光熱費\n", "rent = 820 USD\nutilities = 124 USD\nrent + utilities\n"}},
+     {"家賃 = 82000円\n光熱費 = 12400円\n家賃 + 光熱費\n",
+      "rent = 820 USD\nutilities = 124 USD\nrent + utilities\n"}},
     {"33333333-3333-3333-3333-333333333333",
      {"旅行の見積もり", "Trip Estimate"},
-     {"交通費 = 34000円\n宿 = 18000円\n交通費 + 宿\n", "flights = 340 USD\nhotel = 180 USD\nflights + hotel\n"}},
+     {"交通費 = 34000円\n宿 = 18000円\n交通費 + 宿\n",
+      "flights = 340 USD\nhotel = 180 USD\nflights + hotel\n"}},
     {"44444444-4444-4444-4444-444444444444",
      {"グラフ", "Graphs"},
-     {"// 式を書くと、その場で曲線になります\nplot(x^2 - 3x)\n\n// 表はそのまま棒グラフにできます\n売上 = [420, 610, 380, "
+     {"// 式を書くと、その場で曲線になります\nplot(x^2 - 3x)\n\n// 表はそのまま棒グラフにできます\n売上 = "
+      "[420, 610, 380, "
       "540]\nchart(売上)\n",
-      "// Write an expression and it becomes a curve\nplot(x^2 - 3x)\n\n// A list turns straight into bars\nsales = "
+      "// Write an expression and it becomes a curve\nplot(x^2 - 3x)\n\n// A list turns straight into "
+      "bars\nsales = "
       "[420, 610, 380, 540]\nchart(sales)\n"}},
     {"55555555-5555-5555-5555-555555555555", {"長いシート", "Long Sheet"}, {longSheetText, longSheetText}},
 };
@@ -410,8 +418,11 @@ std::vector<Sheet> buildSheets(const BuiltinSheet (&sheets)[count], bool japanes
     built.reserve(count);
     for (const BuiltinSheet& sheet : sheets) {
         const Uuid id = sheet.id.empty() ? Uuid::random() : *Uuid::fromString(sheet.id);
-        built.push_back(Sheet{id, std::string(sheet.name.in(japaneseEdition)),
-                              std::string(sheet.text.in(japaneseEdition)), now, {}});
+        built.push_back(Sheet{id,
+                              std::string(sheet.name.in(japaneseEdition)),
+                              std::string(sheet.text.in(japaneseEdition)),
+                              now,
+                              {}});
     }
     return built;
 }
@@ -430,7 +441,9 @@ std::vector<Sheet> tutorialSheets(AppLanguage language, Timestamp now) {
     return buildSheets(tutorial, L10n::resolvesToJapanese(language), now);
 }
 
-LumoDocument starterDocument(Timestamp now) { return documentOf(tutorialSheets(L10n::current(), now)); }
+LumoDocument starterDocument(Timestamp now) {
+    return documentOf(tutorialSheets(L10n::current(), now));
+}
 
 LumoDocument sampleDocument(Timestamp now) {
     return documentOf(buildSheets(sample, L10n::resolvesToJapanese(L10n::current()), now));

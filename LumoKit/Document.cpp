@@ -21,7 +21,9 @@ namespace {
 
 constexpr std::size_t uuidTextLength = 36;
 
-bool isHyphenPosition(std::size_t index) { return index == 8 || index == 13 || index == 18 || index == 23; }
+bool isHyphenPosition(std::size_t index) {
+    return index == 8 || index == 13 || index == 18 || index == 23;
+}
 
 int hexDigitValue(char c) {
     if (c >= '0' && c <= '9')
@@ -57,7 +59,8 @@ std::optional<Uuid> Uuid::fromString(std::string_view text) {
         const int value = hexDigitValue(text[i]);
         if (value < 0)
             return std::nullopt;
-        bytes[nibble / 2] = static_cast<std::uint8_t>(bytes[nibble / 2] | (nibble % 2 == 0 ? value << 4 : value));
+        bytes[nibble / 2] =
+            static_cast<std::uint8_t>(bytes[nibble / 2] | (nibble % 2 == 0 ? value << 4 : value));
         ++nibble;
     }
     return Uuid(bytes);
@@ -277,7 +280,8 @@ LumoDocument LumoDocument::merged(const LumoDocument& other, Timestamp now) cons
 
     // std::optional orders an absent date before every present one: the distant past.
     const bool otherOrderIsNewer = other.sheetOrderUpdatedAt > sheetOrderUpdatedAt;
-    const auto order = otherOrderIsNewer ? mergedOrder(other.sheets, sheets) : mergedOrder(sheets, other.sheets);
+    const auto order =
+        otherOrderIsNewer ? mergedOrder(other.sheets, sheets) : mergedOrder(sheets, other.sheets);
     for (const Uuid& id : order) {
         const Sheet& sheet = newest.at(id);
         if (!isDeleted(sheet, result.deletedSheets))
@@ -363,13 +367,19 @@ json documentToJson(const LumoDocument& document) {
 
 // Texts typed on this machine are valid UTF-8, but a text is never worth losing a save
 // over: anything else is written as U+FFFD.
-std::string dumpPretty(const json& value) { return value.dump(2, ' ', false, json::error_handler_t::replace); }
+std::string dumpPretty(const json& value) {
+    return value.dump(2, ' ', false, json::error_handler_t::replace);
+}
 
 } // namespace
 
-std::string encodeDocument(const LumoDocument& document) { return dumpPretty(documentToJson(document)); }
+std::string encodeDocument(const LumoDocument& document) {
+    return dumpPretty(documentToJson(document));
+}
 
-std::string encodeSheet(const Sheet& sheet) { return dumpPretty(sheetToJson(sheet)); }
+std::string encodeSheet(const Sheet& sheet) {
+    return dumpPretty(sheetToJson(sheet));
+}
 
 // MARK: - Decoding
 
@@ -407,7 +417,8 @@ void rejectDeepNesting(std::string_view bytes) {
         } else if (c == '[' || c == '{') {
             if (++depth > maximumNestingDepth)
                 failDecoding("入れ子が " + std::to_string(maximumNestingDepth) + " 段を超えています",
-                             "it is nested more than " + std::to_string(maximumNestingDepth) + " levels deep");
+                             "it is nested more than " + std::to_string(maximumNestingDepth) +
+                                 " levels deep");
         } else if (c == ']' || c == '}') {
             --depth;
         }
@@ -449,7 +460,8 @@ Timestamp readDate(const json& value, const std::string& path) {
 }
 
 Uuid readUuid(const json& value, const std::string& path) {
-    const auto uuid = value.is_string() ? Uuid::fromString(value.get_ref<const std::string&>()) : std::nullopt;
+    const auto uuid =
+        value.is_string() ? Uuid::fromString(value.get_ref<const std::string&>()) : std::nullopt;
     if (!uuid)
         failWrongType(path, "UUID", "a UUID");
     return *uuid;
@@ -496,7 +508,8 @@ Sheet sheetFromJson(const json& value, const std::string& path) {
     if (const auto entry = object.find("lockedLines"); entry != object.end()) {
         const json& lines = requireArray(*entry, path + ".lockedLines");
         for (std::size_t i = 0; i < lines.size(); ++i)
-            sheet.lockedLines.push_back(readInteger(lines[i], path + ".lockedLines[" + std::to_string(i) + "]"));
+            sheet.lockedLines.push_back(
+                readInteger(lines[i], path + ".lockedLines[" + std::to_string(i) + "]"));
     }
     return sheet;
 }
@@ -545,9 +558,13 @@ LumoDocument documentFromJson(const json& value) {
 
 } // namespace
 
-LumoDocument decodeDocument(std::string_view bytes) { return documentFromJson(parseJson(bytes)); }
+LumoDocument decodeDocument(std::string_view bytes) {
+    return documentFromJson(parseJson(bytes));
+}
 
-Sheet decodeSheet(std::string_view bytes) { return sheetFromJson(parseJson(bytes), "sheet"); }
+Sheet decodeSheet(std::string_view bytes) {
+    return sheetFromJson(parseJson(bytes), "sheet");
+}
 
 } // namespace lumo
 

@@ -118,7 +118,4 @@ Sheet decodeSheet(std::string_view bytes);
 
 } // namespace lumo
 
-template <>
-struct std::hash<lumo::Uuid> {
-    std::size_t operator()(const lumo::Uuid& uuid) const noexcept;
-};
+template <> struct std::hash<lumo::Uuid> { std::size_t operator()(const lumo::Uuid& uuid) const noexcept; };
