@@ -8,6 +8,7 @@
 #include "Evaluator.h"
 #include "Language.h"
 #include "Lexer.h"
+#include "LineContext.h"
 #include "Parser.h"
 #include "Unicode.h"
 #include "Units.h"
@@ -18,10 +19,9 @@ namespace {
 
 // The words of the conversion and plot syntax that a line name would hide.
 constexpr std::array<std::string_view, 7> syntaxWords{"in", "to", "as", "of", "へ", "で", "x"};
-constexpr std::array<std::string_view, 8> sheetWords{"prev", "ans", "前", "sum", "subtotal", "小計", "total", "合計"};
 
-template <std::size_t n> bool contains(const std::array<std::string_view, n>& words, std::string_view word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
+bool isSyntaxWord(std::string_view word) {
+    return std::find(syntaxWords.begin(), syntaxWords.end(), word) != syntaxWords.end();
 }
 
 // A refusal naming the name: Japanese quotes it with 「」 and English with “ ”.
@@ -62,17 +62,9 @@ bool isSingleIdentifier(std::string_view name) {
     }
 }
 
-// The name a line of the sheet defines, read the way sheet evaluation reads it: trailing
-// equals signs are not part of the calculation.
+// The name a line of the sheet defines, read the way sheet evaluation reads it.
 std::optional<std::string> definedName(std::string_view line) {
-    std::string text = unicode::trim(line);
-    const auto endsWithEquals = [&text] {
-        return text.ends_with("=") || text.ends_with("＝");
-    };
-    while (endsWithEquals()) {
-        text.resize(text.size() - (text.ends_with("=") ? 1 : std::string_view("＝").size()));
-        text = unicode::trim(text);
-    }
+    const std::string text = prepareLine(unicode::trim(line), false);
     if (text.empty()) return std::nullopt;
     try {
         return parseStatement(text).name;
@@ -92,8 +84,6 @@ std::optional<std::size_t> lineDefining(std::string_view name, std::string_view 
 
 } // namespace
 
-bool isBuiltinWord(std::string_view name) { return contains(sheetWords, name); }
-
 std::optional<std::string> validateLineName(std::string_view proposed, std::string_view sheetText,
                                             std::size_t lineIndex) {
     const std::string name = unicode::trim(normalize(proposed));
@@ -102,7 +92,7 @@ std::optional<std::string> validateLineName(std::string_view proposed, std::stri
         return L10n::pick("名前には文字と数字だけが使えます（先頭は文字）",
                           "Names can use only letters and digits (starting with a letter)");
     const std::string lower = unicode::toLower(name);
-    if (contains(syntaxWords, name) || contains(syntaxWords, lower)) return refuse(text::lineSyntaxWord, name);
+    if (isSyntaxWord(name) || isSyntaxWord(lower)) return refuse(text::lineSyntaxWord, name);
     if (isBuiltinFunction(lower)) return refuse(text::lineFunction, name);
     if (isConstantName(name) || isConstantName(lower)) return refuse(text::lineConstant, name);
     if (isKnownUnit(name)) return refuse(text::unit, name);
@@ -114,7 +104,7 @@ std::optional<std::string> nameClash(std::string_view name) {
     const std::string lower = unicode::toLower(name);
     if (isBuiltinFunction(lower)) return refuse(text::clashFunction, name);
     if (isConstantName(name)) return refuse(text::clashConstant, name);
-    if (isBuiltinWord(name) || isBuiltinWord(lower)) return refuse(text::clashWord, name);
+    if (isSheetWord(name) || isSheetWord(lower)) return refuse(text::clashWord, name);
     if (isKnownUnit(name)) return refuse(text::unit, name);
     return std::nullopt;
 }
