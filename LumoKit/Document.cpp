@@ -94,9 +94,9 @@ namespace {
 
 using namespace std::chrono;
 
-// Years 0001 to 9999 are the ones the four-digit form can hold.
+// Years 0000 to 9999 are the ones the four-digit form can hold.
 const double earliestWritableSeconds =
-    static_cast<double>(sys_seconds(sys_days(year(1) / January / 1)).time_since_epoch().count());
+    static_cast<double>(sys_seconds(sys_days(year(0) / January / 1)).time_since_epoch().count());
 const double latestWritableSeconds =
     static_cast<double>(sys_seconds(sys_days(year(9999) / December / 31)).time_since_epoch().count()) + 86399;
 

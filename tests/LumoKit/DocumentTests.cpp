@@ -82,6 +82,7 @@ TEST(Document, Iso8601Dates) {
         {1709164800, "2024-02-29T00:00:00Z"},
         {-1, "1969-12-31T23:59:59Z"},
         {253402300799, "9999-12-31T23:59:59Z"},
+        {-62167219200, "0000-01-01T00:00:00Z"},
     };
     for (const auto& c : roundTrips) {
         EXPECT_EQ(formatIso8601(Timestamp{c.seconds}), c.text);
@@ -89,6 +90,7 @@ TEST(Document, Iso8601Dates) {
     }
     // The file holds whole seconds: fractions are dropped, not rounded.
     EXPECT_EQ(formatIso8601(Timestamp{1738314900.999}), "2025-01-31T09:15:00Z");
+    EXPECT_EQ(formatIso8601(Timestamp{1e300}), "9999-12-31T23:59:59Z") << "clamped to what the form can hold";
     EXPECT_EQ(parseIso8601("2025-01-31T18:15:00+09:00"), Timestamp{1738314900});
     EXPECT_EQ(parseIso8601("2025-01-31T04:15:00-05:00"), Timestamp{1738314900});
 
