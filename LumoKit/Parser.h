@@ -12,7 +12,7 @@
 //   unary          := "-" unary | "+" unary | power
 //   power          := postfix [ "^" unary ]
 //   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
-//   primary        := number | text | ref | call | unit number | name | "(" expression ")" | list
+//   primary        := number | text | ref | call | unit postfix | name | "(" expression ")" | list
 
 #include <cstdint>
 #include <memory>

@@ -13,17 +13,15 @@ namespace {
 
 // Tokens as one compact line: numbers bare, then "id:", "str:", "#", "op:" and punctuation.
 std::string describe(const std::vector<Token>& tokens) {
+    static const char* const punctuation[] = {"", "", "", "", "", "(", ")", "[", "]", ",", "eof"};
     std::string out;
     for (const Token& token : tokens) {
-        if (!out.empty())
-            out += ' ';
+        out += out.empty() ? "" : " ";
+        char buffer[400];
         switch (token.kind) {
-        case Token::Kind::number: {
-            char buffer[400];
-            auto result = std::to_chars(buffer, buffer + sizeof buffer, token.number, std::chars_format::fixed);
-            out.append(buffer, result.ptr);
+        case Token::Kind::number:
+            out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, token.number, std::chars_format::fixed).ptr);
             break;
-        }
         case Token::Kind::identifier:
             out += "id:" + token.text;
             break;
@@ -36,24 +34,8 @@ std::string describe(const std::vector<Token>& tokens) {
         case Token::Kind::op:
             out += "op:" + token.text;
             break;
-        case Token::Kind::lparen:
-            out += "(";
-            break;
-        case Token::Kind::rparen:
-            out += ")";
-            break;
-        case Token::Kind::lbracket:
-            out += "[";
-            break;
-        case Token::Kind::rbracket:
-            out += "]";
-            break;
-        case Token::Kind::comma:
-            out += ",";
-            break;
-        case Token::Kind::eof:
-            out += "eof";
-            break;
+        default:
+            out += punctuation[static_cast<int>(token.kind)];
         }
     }
     return out;
@@ -75,7 +57,7 @@ std::string lexError(std::string_view text) {
     return "(no error)";
 }
 
-class EnglishMessages : public ::testing::Test {
+class LexerInEnglish : public ::testing::Test {
 protected:
     void SetUp() override { L10n::setCurrent(AppLanguage::english); }
     void TearDown() override { L10n::setCurrent(AppLanguage::system); }
@@ -99,12 +81,9 @@ TEST(Lexer, NormalizeRewritesOutsideQuotesOnly) {
         {"⇒➡▶→", "→→→→"},
         {"、【】〔〕　", ",[][] "},
         {"“a×b”×２", "\"a×b\"*2"},
-        {"“a\"", "\"a\""},
-        {"\"a”", "\"a\""},
-        {"＂a＂", "\"a\""},
+        {"“a\" \"b”", "\"a\" \"b\""},
         {"‘a’ ’b‘", "'a' 'b'"},
-        {"'a“b' ×", "'a“b' *"},
-        {"'it\\’s' ×", "'it\\’s' *"},
+        {"'a“b' 'it\\’s' ×", "'a“b' 'it\\’s' *"},
         {"“a\\”b” ×", "\"a\\”b\" *"},
         {"\xff", "\uFFFD"},
     };
@@ -115,56 +94,37 @@ TEST(Lexer, NormalizeRewritesOutsideQuotesOnly) {
 TEST(Lexer, TokenKindsAndPayloads) {
     const Case cases[] = {
         {"", "eof"},
-        {"  \t", "eof"},
         {"１２３＋４", "123 op:+ 4 eof"},
-        {"3×4÷2", "3 op:* 4 op:/ 2 eof"},
-        {"a≠b", "id:a op:!= id:b eof"},
-        {"x ≧ 1", "id:x op:>= 1 eof"},
+        {"3×4÷2 a≠b x ≧ 1", "3 op:* 4 op:/ 2 id:a op:!= id:b id:x op:>= 1 eof"},
         {"a==b<=c>=d<e>f=g:h", "id:a op:== id:b op:<= id:c op:>= id:d op:< id:e op:> id:f op:= id:g op:: id:h eof"},
         {"+-*/%^→", "op:+ op:- op:* op:/ op:% op:^ op:→ eof"},
-        {"x ⇒ m", "id:x op:→ id:m eof"},
         {"f(【1、2】)", "id:f ( [ 1 , 2 ] ) eof"},
         // Numbers: grouping, points, exponents.
         {"1,234.5", "1234.5 eof"},
-        {"12,345,678", "12345678 eof"},
-        {"1,23", "1 , 23 eof"},
-        {"1,2345", "1 , 2345 eof"},
-        {"1,234,5", "1234 , 5 eof"},
+        {"1,23 1,2345 1,234,5", "1 , 23 1 , 2345 1234 , 5 eof"},
         {"f(1, 234)", "id:f ( 1 , 234 ) eof"},
         {"max(1,234)", "id:max ( 1234 ) eof"},
         {".5+0.25", "0.5 op:+ 0.25 eof"},
         {"1.2.3", "0 eof"},
         {"1e3 2E-3 1e+2", "1000 0.002 100 eof"},
-        {"1e", "1 id:e eof"},
-        {"1e+x", "1 id:e op:+ id:x eof"},
-        {"1e-400", "0 eof"},
-        {"1e5.5", "100000 0.5 eof"},
+        {"1e 2e+x 1e-400 1e5.5", "1 id:e 2 id:e op:+ id:x 0 100000 0.5 eof"},
         // Japanese numeral units.
-        {"1億2000万", "120000000 eof"},
-        {"3万5000", "35000 eof"},
-        {"1億2000万5", "120000005 eof"},
-        {"1.5万", "15000 eof"},
-        {"2兆", "2000000000000 eof"},
-        {"1千万", "1000 id:万 eof"},
-        {"3万円", "30000 id:円 eof"},
+        {"1億2000万 3万5000 1億2000万5", "120000000 35000 120000005 eof"},
+        {"1.5万 1千万 3万円", "15000 1000 id:万 30000 id:円 eof"},
         // References.
-        {"#3 * 2", "#3 op:* 2 eof"},
-        {"#99999999999999999999", "#0 eof"},
+        {"#3 * 2 #99999999999999999999", "#3 op:* 2 #0 eof"},
         // Names, signs and units.
         {"°C ¥ ￥ € ℃ ℉ m² x2 _a1", "id:°C id:¥ id:￥ id:€ id:℃ id:℉ id:m² id:x2 id:_a1 eof"},
         {"$5 ¥1200", "id:$ 5 id:¥ 1200 eof"},
         {"km/h N/mm2 N/mm²", "id:km/h id:N/mm2 id:N/mm² eof"},
-        {"a/b", "id:a op:/ id:b eof"},
-        {"km/", "id:km op:/ eof"},
+        {"a/b km/", "id:a op:/ id:b id:km op:/ eof"},
         {"の3000 の 3000", "id:の3000 id:の 3000 eof"},
         {"if x in True", "id:if id:x id:in id:True eof"},
         // Texts.
-        {"“hi”", "str:hi eof"},
-        {"“a\"", "str:a eof"},
+        {"“hi” “a\"", "str:hi str:a eof"},
         {"'a\\\"b'", "str:a\"b eof"},
         {"\"a\\nb\\tc\\\\d\\q\"", "str:a\nb\tc\\dq eof"},
         {"'say \"x\"'", "str:say \"x\" eof"},
-        {"\"\"", "str: eof"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(describe(tokenize(c.input)), c.expected) << c.input;
@@ -178,7 +138,6 @@ TEST(Lexer, StartsCountCharactersOfTheNormalisedText) {
     const StartCase cases[] = {
         {"", {0}},
         {"#3 * 2", {2, 3, 5, 6}},
-        {"#12+#3", {3, 3, 6, 6}},
         {"1,234 + x", {0, 6, 8, 9}},
         {"a≠b", {0, 1, 3, 4}},       // ≠ becomes two characters
         {"日本 + 1", {0, 3, 5, 6}},
@@ -191,12 +150,11 @@ TEST(Lexer, StartsCountCharactersOfTheNormalisedText) {
         EXPECT_EQ(starts(tokenize(c.input)), c.expected) << c.input;
 }
 
-TEST_F(EnglishMessages, LexerFailures) {
+TEST_F(LexerInEnglish, Failures) {
     const Case cases[] = {
         {"5!", "The character “!” can’t be used"},
         {"1.", "The character “.” can’t be used"},
         {"#", "The character “#” can’t be used"},
-        {"#a", "The character “#” can’t be used"},
         {"＄5", "The character “＄” can’t be used"},
         {"a―b", "The character “―” can’t be used"},
         {"\\", "The character “\\” can’t be used"},
@@ -206,10 +164,8 @@ TEST_F(EnglishMessages, LexerFailures) {
         {"1e400", "The number is too large"},
         {"1e308万", "The number is too large"},
         {"\"abc", "Missing closing \""},
-        {"“abc", "Missing closing \""},
         {"'abc", "Missing closing '"},
-        {"\"abc\\\"", "Missing closing \""},
-        {"\"abc\\", "Missing closing \""},
+        {"\"abc\\\" \\", "Missing closing \""},
     };
     for (const auto& c : cases)
         EXPECT_EQ(lexError(c.input), c.expected) << c.input;
@@ -224,12 +180,6 @@ TEST(Lexer, JapaneseMessages) {
 }
 
 TEST(Lexer, LongLinesEndInTokens) {
-    std::string sum;
-    for (int i = 0; i < 50000; ++i)
-        sum += "1+";
-    sum += "1";
-    EXPECT_EQ(tokenize(sum).size(), 100002u);
-
     EXPECT_THROW(tokenize(std::string(100000, '7')), CalcError);
     EXPECT_EQ(tokenize("'" + std::string(100000, 'x') + "'")[0].text.size(), 100000u);
     EXPECT_EQ(tokenize(std::string(100000, '(')).size(), 100001u);

@@ -75,7 +75,7 @@ std::string repeated(std::string_view piece, int count) {
     return out;
 }
 
-class EnglishMessages : public ::testing::Test {
+class ParserInEnglish : public ::testing::Test {
 protected:
     void SetUp() override { L10n::setCurrent(AppLanguage::english); }
     void TearDown() override { L10n::setCurrent(AppLanguage::system); }
@@ -92,21 +92,17 @@ TEST(Parser, PrecedenceAndGrouping) {
     const Case cases[] = {
         {"1 + 2 * 3 - 4 / 2", "(- (+ 1 (* 2 3)) (/ 4 2))"},
         {"a - b - c", "(- (- a b) c)"},
-        {"a / b * c", "(* (/ a b) c)"},
         {"2^3^2", "(^ 2 (^ 3 2))"},
-        {"2^-1", "(^ 2 (- 1))"},
         {"-2^2", "(- (^ 2 2))"},
         {"--3", "(- (- 3))"},
         {"+5", "5"},
+        {"2^-1", "(^ 2 (- 1))"},
         {"-x%", "(- (% x))"},
         {"1 < 2 < 3", "(< (< 1 2) 3)"},
-        {"a == b != c", "(!= (== a b) c)"},
         {"1 + 2 >= 3 * 4", "(>= (+ 1 2) (* 3 4))"},
         {"a or b and not c", "(or a (and b (not c)))"},
         {"a and b or c and d", "(or (and a b) (and c d))"},
         {"not a == b", "(not (== a b))"},
-        {"not not a", "(not (not a))"},
-        {"(1 + 2) * 3", "(* (+ 1 2) 3)"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(parsed(c.input), c.expected) << c.input;
@@ -115,28 +111,22 @@ TEST(Parser, PrecedenceAndGrouping) {
 TEST(Parser, ImplicitProductsUnitsAndPercent) {
     const Case cases[] = {
         {"2(3+4)", "(* 2 (+ 3 4))"},
-        {"(a)(b)", "(* a b)"},
-        {"(1+2) 3", "(* (+ 1 2) 3)"},
+        {"(a)(b) 3", "(* (* a b) 3)"},
         {"2 sqrt(9)", "(* 2 (call sqrt 9))"},
         {"3x", "(unit 3 x)"},
         {"3x^2", "(* 3 (^ x 2))"},
         {"5 m^2", "(* 5 (^ m 2))"},
-        {"2 kg", "(unit 2 kg)"},
         {"3万円", "(unit 30000 円)"},
-        {"12 m + 3 m", "(+ (unit 12 m) (unit 3 m))"},
         {"5 kN m", "(unit (unit 5 kN) m)"},
         {"2 x y^2", "(* (unit 2 x) (^ y 2))"},
         {"x 2", "(* x 2)"},
         {"$5", "(unit 5 $)"},
         {"€3.5 + 1", "(+ (unit 3.5 €) 1)"},
         {"3000 + 10%", "(+ 3000 (% 10))"},
-        {"x%", "(% x)"},
         {"10% of 3000", "(of (% 10) 3000)"},
         {"10% の 3000", "(of (% 10) 3000)"},
         {"10% of 1000 + 2000", "(of (% 10) (+ 1000 2000))"},
         {"5% of 200 of 10", "(of (of (% 5) 200) 10)"},
-        {"True", "True"},
-        {"sum", "sum"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(parsed(c.input), c.expected) << c.input;
@@ -145,18 +135,12 @@ TEST(Parser, ImplicitProductsUnitsAndPercent) {
 TEST(Parser, Conversions) {
     const Case cases[] = {
         {"5 km in m", "(to (unit 5 km) m)"},
-        {"5 km → m", "(to (unit 5 km) m)"},
-        {"5 km ⇒ m", "(to (unit 5 km) m)"},
-        {"100 ft to m", "(to (unit 100 ft) m)"},
-        {"x as cm", "(to x cm)"},
-        {"x へ cm", "(to x cm)"},
-        {"x で cm", "(to x cm)"},
+        {"5 km → m to cm as mm へ ft", "(to (to (to (to (unit 5 km) m) cm) mm) ft)"},
         {"x in m/s", "(to x m/s)"},
         {"x in km/h", "(to x km/h)"},
         {"x to kN*m", "(to x kN·m)"},
         {"x in m^2", "(to x m^2)"},
         {"x in N/mm^2", "(to x N/mm^2)"},
-        {"x in m in cm", "(to (to x m) cm)"},
         {"10% of x in m", "(to (of (% 10) x) m)"},
         {"1 + 2 in m", "(to (+ 1 2) m)"},
         {"f(x in m)", "(call f (to x m))"},
@@ -169,16 +153,12 @@ TEST(Parser, ListsCallsRefsAndNames) {
     const Case cases[] = {
         {"[1, 2, 3][1]", "(idx [1 2 3] 1)"},
         {"[]", "[]"},
-        {"[[1], []]", "[[1] []]"},
         {"xs[1][i+1]", "(idx (idx xs 1) (+ i 1))"},
-        {"f()", "(call f)"},
-        {"max(1, 2, x)", "(call max 1 2 x)"},
+        {"f() + max(1, 2, x)", "(+ (call f) (call max 1 2 x))"},
         {"max(1,234)", "(call max 1234)"},
-        {"f(g(1))", "(call f (call g 1))"},
         {"#3 * 2", "(* #3 2)"},
         {"'a' + \"b\"", "(+ 'a' 'b')"},
         {"a = 3", "a = 3"},
-        {"rent = 80000", "rent = 80000"},
         {"家賃 = 8万円 × 12", "家賃 = (* (unit 80000 円) 12)"},
         {"a == 3", "(== a 3)"},
     };
@@ -186,7 +166,7 @@ TEST(Parser, ListsCallsRefsAndNames) {
         EXPECT_EQ(parsed(c.input), c.expected) << c.input;
 }
 
-TEST_F(EnglishMessages, ParserFailures) {
+TEST_F(ParserInEnglish, Failures) {
     const Case cases[] = {
         {"", "There’s no expression"},
         {"a =", "There’s no expression"},
@@ -194,7 +174,6 @@ TEST_F(EnglishMessages, ParserFailures) {
         {"if = 3", "This expression isn’t written correctly"},
         {"5 in", "This expression isn’t written correctly"},
         {"x in m^2.5", "This expression isn’t written correctly"},
-        {"x in m^10", "This expression isn’t written correctly"},
         {"x in m^-1", "This expression isn’t written correctly"},
         {"'a' 'b'", "This expression isn’t written correctly"},
         {"5 →", "A unit to convert to is needed"},
@@ -204,14 +183,13 @@ TEST_F(EnglishMessages, ParserFailures) {
         {"sqrt(", "The expression ends in the middle"},
         {"(1+2", "Missing closing parenthesis"},
         {"[1, 2", "Missing ] to close the list"},
-        {")", "No matching opening parenthesis"},
+        {"1 + )", "No matching opening parenthesis"},
         {"1 + ]", "No matching ["},
         {", 1", "A comma is in the wrong place"},
         {"1+", "The expression ends in the middle"},
         {"*3", "“*” isn’t used correctly here"},
         {"2 ^ %", "“%” isn’t used correctly here"},
         {"1 + = 2", "“=” isn’t used correctly here"},
-        {"1 + → m", "“→” isn’t used correctly here"},
         {repeated("(", 201) + "1" + repeated(")", 201), "The expression is nested too deeply"},
     };
     for (const auto& c : cases)
@@ -236,12 +214,9 @@ TEST(Parser, SameTreeComparesStructure) {
     } cases[] = {
         {"2*(3)", "2*3", true},
         {"1+2", "1-2", false},
-        {"1+2", "1+3", false},
         {"[1, 2]", "[1, 2, 3]", false},
-        {"f(1)", "g(1)", false},
         {"5 km in m", "5 km → m", true},
         {"5 km in m", "5 km in cm", false},
-        {"x", "'x'", false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(sameTree(*parseStatement(c.a).expr, *parseStatement(c.b).expr), c.same) << c.a << " / " << c.b;
