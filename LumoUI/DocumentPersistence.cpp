@@ -30,6 +30,9 @@ DocumentPersistence::DocumentPersistence(Options options, DocumentSource source,
     : QObject(parent), m_options(std::move(options)), m_source(std::move(source))
 {
     m_writer.setMaxThreadCount(1);
+    // Coarse timers may fire 5% early; the delays are part of the behaviour, so they are precise.
+    m_saveTimer.setTimerType(Qt::PreciseTimer);
+    m_mergeTimer.setTimerType(Qt::PreciseTimer);
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(m_options.saveDelay);
     connect(&m_saveTimer, &QTimer::timeout, this, &DocumentPersistence::startSave);
