@@ -79,15 +79,11 @@ const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
     static const std::unordered_map<char32_t, std::string_view> map = [] {
         std::unordered_map<char32_t, std::string_view> m;
         // Full-width forms that become their ASCII counterparts (code point minus 0xFEE0).
-        static const std::string ascii = [] {
-            std::string all;
-            for (int c = 0x21; c < 0x7F; ++c)
-                all.push_back(static_cast<char>(c));
-            return all;
-        }();
+        static constexpr std::string_view ascii =
+            "!\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~";
         auto fullWidth = [&](char32_t first, char32_t last) {
             for (char32_t c = first; c <= last; ++c)
-                m.emplace(c, std::string_view(ascii).substr(c - 0xFEE0 - 0x21, 1));
+                m.emplace(c, ascii.substr(c - 0xFEE0 - U'!', 1));
         };
         fullWidth(0xFF10, 0xFF19); // digits
         fullWidth(0xFF21, 0xFF3A); // upper-case letters
