@@ -190,6 +190,8 @@ void DocumentPersistence::checkRemote()
     }
     if (!copies.empty())
         emit remoteCopiesArrived(copies);
+    else if (!bytes)
+        emit remoteCopyMissing();
     if (!mergedCopies.isEmpty()) {
         m_mergedConflictCopies.append(mergedCopies);
         m_conflictCopiesGeneration = m_changeGeneration;

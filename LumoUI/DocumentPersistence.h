@@ -71,6 +71,9 @@ signals:
     /// copies. The receiver merges them and calls save(); conflict copies are removed once that
     /// save has succeeded.
     void remoteCopiesArrived(const std::vector<lumo::LumoDocument>& copies);
+    /// The cloud folder holds no copy of the document (the folder is new, or the copy was
+    /// removed there).
+    void remoteCopyMissing();
     /// The cloud folder was looked at after a change, whether or not anything was merged.
     void remoteChecked();
 

@@ -91,6 +91,12 @@ DocumentStore::DocumentStore(Options options, NotificationCenter* notifications,
         connect(m_persistence, &DocumentPersistence::saveFailed, this, &DocumentStore::saveFailed);
         connect(m_persistence, &DocumentPersistence::remoteCopiesArrived, this, &DocumentStore::mergeRemote);
         connect(m_persistence, &DocumentPersistence::remoteChecked, this, &DocumentStore::remoteChecked);
+        connect(m_persistence, &DocumentPersistence::remoteCopyMissing, this, [this] {
+            // Upload the user's document so other devices see it; an untouched starter document
+            // stays local, since every device has its own.
+            if (!m_usingStarterDocument)
+                m_persistence->save();
+        });
         if (std::optional<LumoDocument> loaded = m_persistence->loadLocal(now())) {
             m_document = std::move(*loaded);
         } else {

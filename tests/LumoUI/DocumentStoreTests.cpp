@@ -248,6 +248,16 @@ TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved)
     EXPECT_EQ(sortedNames(readDocument(documents.filePath("document.json"))), names);
 }
 
+TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder)
+{
+    QTemporaryDir cloud;
+    FakeClock clock;
+    Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
+    const QString cloudFile = QDir(cloud.path()).filePath("Documents/document.json");
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(cloudFile); }));
+    EXPECT_TRUE(sameSheets(readDocument(cloudFile), device.store->document()));
+}
+
 TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond)
 {
     QTemporaryDir local;
