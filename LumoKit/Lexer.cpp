@@ -548,6 +548,35 @@ private:
 
 } // namespace
 
+namespace lexer {
+
+bool isAsciiDigit(std::string_view character) { return lumo::isAsciiDigit(character); }
+
+bool startsName(std::string_view character) { return CharClasses::shared().startsName(character); }
+
+bool continuesName(std::string_view character, NameDigits digits) {
+    return CharClasses::shared().continuesName(character,
+                                               digits == NameDigits::allowed ? Digits::allowed : Digits::notAllowed);
+}
+
+bool isNameSign(std::string_view character) { return CharClasses::shared().isSign(character); }
+
+QuoteClass quoteClassOf(std::string_view character) {
+    if (character.empty())
+        return QuoteClass::none;
+    switch (lumo::quoteClassOf(firstScalar(character))) {
+    case lumo::QuoteClass::doubleQuote:
+        return QuoteClass::doubleQuote;
+    case lumo::QuoteClass::singleQuote:
+        return QuoteClass::singleQuote;
+    case lumo::QuoteClass::none:
+        break;
+    }
+    return QuoteClass::none;
+}
+
+} // namespace lexer
+
 std::string normalize(std::string_view text) {
     if (isAscii(text))
         return std::string(text); // no ASCII character is rewritten

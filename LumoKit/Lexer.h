@@ -28,6 +28,22 @@ struct Token {
     static Token make(Kind kind, std::int64_t start);
 };
 
+/// The scanner's character classes, for code that must read text exactly as the lexer does
+/// (the syntax colouring). Each takes one character (grapheme cluster) as UTF-8.
+namespace lexer {
+enum class NameDigits { allowed, notAllowed };
+enum class QuoteClass { none, doubleQuote, singleQuote };
+
+bool isAsciiDigit(std::string_view character);
+/// A letter, "_" or one of the signs ° ¥ ￥ $ € ℃ ℉.
+bool startsName(std::string_view character);
+/// Letters, "_", the signs, superscript digits, and ASCII digits when allowed.
+bool continuesName(std::string_view character, NameDigits digits);
+/// Names that begin with a sign ($5, ¥1200) are not continued by ASCII digits.
+bool isNameSign(std::string_view character);
+QuoteClass quoteClassOf(std::string_view character);
+} // namespace lexer
+
 /// The first pass: full-width forms, typographic signs and quotes rewritten outside quotes.
 std::string normalize(std::string_view text);
 

@@ -36,46 +36,14 @@ constexpr std::array<KindInfo, 8> kindTable{{
 
 const KindInfo& info(SyntaxKind kind) { return kindTable[static_cast<std::size_t>(kind)]; }
 
-// FIXME: the lexer keeps its character classes private; these mirror its rules for name
-// starts, name continuation and quotes until Lexer.h exposes them.
-bool isAsciiDigit(std::string_view c) { return c.size() == 1 && c[0] >= '0' && c[0] <= '9'; }
+using lexer::continuesName;
+using lexer::isAsciiDigit;
+using lexer::isNameSign;
+using lexer::startsName;
+using Digits = lexer::NameDigits;
+using QuoteClass = lexer::QuoteClass;
 
-char32_t firstScalar(std::string_view c) {
-    auto scalars = unicode::decode(c);
-    return scalars.empty() ? 0 : scalars.front();
-}
-
-bool isNameSign(std::string_view c) {
-    static const std::unordered_set<std::string_view> signs{"\u00B0", "\u00A5", "\uFFE5", "$",
-                                                            "\u20AC", "\u2103", "\u2109"};
-    return signs.contains(c);
-}
-
-bool isSuperscriptDigit(std::string_view c) {
-    static const std::unordered_set<std::string_view> digits{"\u00B9", "\u00B2", "\u00B3", "\u2074", "\u2075",
-                                                             "\u2076", "\u2077", "\u2078", "\u2079"};
-    return digits.contains(c);
-}
-
-bool startsName(std::string_view c) { return c == "_" || unicode::isLetter(firstScalar(c)) || isNameSign(c); }
-
-enum class Digits { allowed, notAllowed };
-
-bool continuesName(std::string_view c, Digits digits) {
-    if (isAsciiDigit(c))
-        return digits == Digits::allowed;
-    return !c.empty() && (c == "_" || unicode::isLetter(firstScalar(c)) || isNameSign(c) || isSuperscriptDigit(c));
-}
-
-enum class QuoteClass { none, doubleQuote, singleQuote };
-
-QuoteClass quoteClass(std::string_view c) {
-    if (c == "\"" || c == "\uFF02" || c == "\u201C" || c == "\u201D")
-        return QuoteClass::doubleQuote;
-    if (c == "'" || c == "\u2018" || c == "\u2019")
-        return QuoteClass::singleQuote;
-    return QuoteClass::none;
-}
+QuoteClass quoteClass(std::string_view c) { return lexer::quoteClassOf(c); }
 
 bool continuesNumber(std::string_view c) {
     return isAsciiDigit(c) || c == "." || c == "," || c == "万" || c == "億" || c == "兆" || c == "千";
