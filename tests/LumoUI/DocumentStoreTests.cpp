@@ -35,7 +35,12 @@ public:
         m_application = std::make_unique<QCoreApplication>(argc, argv);
         L10n::setCurrent(AppLanguage::english);
     }
-    void TearDown() override { L10n::setCurrent(AppLanguage::system); }
+    // The application goes before static destruction begins, while Qt's globals still exist.
+    void TearDown() override
+    {
+        m_application.reset();
+        L10n::setCurrent(AppLanguage::system);
+    }
 
 private:
     std::unique_ptr<QCoreApplication> m_application;
