@@ -105,7 +105,13 @@ private:
     Value list(const expr::List& node) const {
         std::vector<Value> items;
         items.reserve(node.items.size());
-        for (const ExprPtr& item : node.items) items.push_back(walk(*item));
+        std::size_t weight = 1;
+        for (const ExprPtr& item : node.items) {
+            items.push_back(walk(*item));
+            weight += valueWeight(items.back());
+            if (weight > maxValueWeight())
+                throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+        }
         return Value::list(std::move(items));
     }
 

@@ -32,25 +32,12 @@ std::optional<SheetWord> sheetWordOf(std::string_view name)
     return std::nullopt;
 }
 
-// Answers kept by one run, counted in list items (a text counts a little per 64 bytes).
-// Far above any real sheet; it stops a loop like x = [x, x] from doubling until memory
-// runs out, and many huge lists from piling up line after line.
-constexpr std::size_t retainedItemLimit = 20 * maxListItems;
+// Answers kept by one run, weighed as values are. Far above any real sheet; it stops a loop
+// like x = [x, x] from doubling until memory runs out, and many huge lists from piling up
+// line after line.
+constexpr std::size_t retainedItemLimit = maxValueWeight();
 
-std::size_t weigh(const Value& value, std::size_t limit)
-{
-    if (value.isText())
-        return 1 + value.text.size() / 64;
-    if (!value.isList())
-        return 1;
-    std::size_t weight = 1;
-    for (const auto& item : value.items) {
-        weight += weigh(item, limit);
-        if (weight > limit)
-            break;
-    }
-    return weight;
-}
+std::size_t weigh(const Value& value, std::size_t limit) { return valueWeight(value, limit); }
 
 std::string listTooBigMessage()
 {

@@ -145,11 +145,9 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
         overloaded{
             [&](const program::Line& line) -> std::optional<ProgramFlow> {
                 setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
-                // Inside loops and functions one pass can be slow (a big plot, a long list), so the
-                // clock is read after each such line. Top-level lines are bounded one by one, and a
-                // long sheet of plain lines must never run out of time.
-                if (counting == LineCounting::uncounted)
-                    m_context.budget.checkClock();
+                // A single line can be slow (a big plot, copying a long list), and a sheet of many
+                // such lines must not hang the editor, so the clock bounds the whole run.
+                m_context.budget.checkClock();
                 return std::nullopt;
             },
             [&](const program::Blank&) -> std::optional<ProgramFlow> {

@@ -82,6 +82,24 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
                                    + " can't be joined with + (str(value) makes text)"));
 }
 
+} // namespace
+
+std::size_t valueWeight(const Value& value, std::size_t limit) {
+    if (value.isText())
+        return 1 + value.text.size() / 64;
+    if (!value.isList())
+        return 1;
+    std::size_t weight = 1;
+    for (const auto& item : value.items) {
+        weight += valueWeight(item, limit);
+        if (weight > limit)
+            break;
+    }
+    return weight;
+}
+
+namespace {
+
 Value joinTexts(const Value& left, const Value& right) {
     if (unicode::graphemeCount(left.text) + unicode::graphemeCount(right.text) > maxTextLength
         || left.text.size() + right.text.size() > maxTextBytes)
@@ -90,7 +108,8 @@ Value joinTexts(const Value& left, const Value& right) {
 }
 
 Value joinLists(const Value& left, const Value& right) {
-    if (left.items.size() + right.items.size() > maxListItems)
+    if (left.items.size() + right.items.size() > maxListItems
+        || valueWeight(left) + valueWeight(right) > maxValueWeight())
         throwListTooBig();
     std::vector<Value> items;
     items.reserve(left.items.size() + right.items.size());
@@ -114,7 +133,7 @@ Value repeat(const Value& repeated, const Value& countValue) {
     const std::size_t count = repeatCount(repeated, countValue);
     if (repeated.isList()) {
         const std::size_t size = repeated.items.size();
-        if (size != 0 && maxListItems / size < count)
+        if (size != 0 && (maxListItems / size < count || maxValueWeight() / valueWeight(repeated) < count))
             throwListTooBig();
         std::vector<Value> items;
         items.reserve(size * count);

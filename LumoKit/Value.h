@@ -38,6 +38,13 @@ struct Value {
 /// The largest text "+" and repetition build, in characters, and the largest list, in items.
 inline constexpr std::size_t maxTextLength = 100000;
 inline constexpr std::size_t maxListItems = 100000;
+/// The heaviest value (see valueWeight) that one operation builds: far above any real sheet,
+/// it keeps a list of huge texts from taking all memory.
+constexpr std::size_t maxValueWeight() { return 20 * maxListItems; }
+
+/// A measure of the memory a value holds: one per number, list and list item, and one more
+/// per 64 bytes of text. Counting stops once it passes `limit`.
+std::size_t valueWeight(const Value& value, std::size_t limit = maxValueWeight());
 
 /// The kind's name in messages: "表"/"a list", "文字"/"text", "数"/"a number".
 std::string kindName(const Value& value);
