@@ -93,7 +93,8 @@ CliOptions parseOptions(const std::vector<std::string>& arguments) {
             auto value = reader.valueFor(argument, inlineValue);
             auto language = languageNamed(value);
             if (!language)
-                throw UsageError{"unknown language '" + value + "' (use system, japanese, english, ja or en)"};
+                throw UsageError{"unknown language '" + value +
+                                 "' (use system, japanese, english, ja or en)"};
             options.language = *language;
         } else if (argument == "--angle") {
             auto value = reader.valueFor(argument, inlineValue);

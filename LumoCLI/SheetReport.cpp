@@ -49,21 +49,24 @@ std::string padLeft(const std::string& text, std::size_t width) {
     return shown >= width ? text : std::string(width - shown, ' ') + text;
 }
 
-std::string formatRangeEnd(double value) { return ValueFormatter::formatNumber(value, Grouping::none); }
+std::string formatRangeEnd(double value) {
+    return ValueFormatter::formatNumber(value, Grouping::none);
+}
 
 std::string plotSummary(const PlotSpec& plot) {
     std::string summary = std::string("[") + plotKindWord(plot.kind) + "]";
     if (plot.kind == PlotSpec::Kind::bars)
         return summary + " " + std::to_string(plot.bars.size()) + " bars";
     summary += " x " + formatRangeEnd(plot.xRange.low) + "…" + formatRangeEnd(plot.xRange.high);
-    summary += ", y " +
-               formatRangeEnd(plot.yRange.low) + "…" + formatRangeEnd(plot.yRange.high);
+    summary += ", y " + formatRangeEnd(plot.yRange.low) + "…" + formatRangeEnd(plot.yRange.high);
     if (plot.zRange)
         summary += ", z " + formatRangeEnd(plot.zRange->low) + "…" + formatRangeEnd(plot.zRange->high);
     return summary;
 }
 
-nlohmann::ordered_json rangeJson(const PlotRange& range) { return {range.low, range.high}; }
+nlohmann::ordered_json rangeJson(const PlotRange& range) {
+    return {range.low, range.high};
+}
 
 nlohmann::ordered_json plotJson(const PlotSpec& plot) {
     nlohmann::ordered_json json;
@@ -131,9 +134,10 @@ std::vector<std::string> sketchBars(const PlotSpec& plot) {
         largest = std::max(largest, std::fabs(bar.value));
     std::vector<std::string> rows;
     for (const auto& bar : plot.bars) {
-        std::size_t length = largest > 0 ? static_cast<std::size_t>(std::lround(std::fabs(bar.value) / largest *
-                                                                                 static_cast<double>(sketchWidth)))
-                                         : 0;
+        std::size_t length =
+            largest > 0 ? static_cast<std::size_t>(
+                              std::lround(std::fabs(bar.value) / largest * static_cast<double>(sketchWidth)))
+                        : 0;
         std::string drawn;
         for (std::size_t i = 0; i < length; ++i)
             drawn += bar.value < 0 ? "░" : "█";

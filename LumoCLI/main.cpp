@@ -32,7 +32,9 @@ std::vector<SharedSheet> othersThan(const std::vector<InputSheet>& sheets, std::
     return others;
 }
 
-bool colourWanted() { return isatty(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr; }
+bool colourWanted() {
+    return isatty(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr;
+}
 
 int run(const CliOptions& options) {
     std::vector<InputSheet> sheets;

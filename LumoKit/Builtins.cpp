@@ -20,7 +20,7 @@ namespace {
 using Arguments = std::vector<Value>;
 using Handler = Value (*)(const std::string& fn, const Arguments& args);
 
-constexpr double degree = 0.017453292519943295; // π/180, the factor of the unit deg
+constexpr double degree = 0.017453292519943295;            // π/180, the factor of the unit deg
 constexpr double largestExactInteger = 9007199254740992.0; // 2^53
 
 // ---- Argument checks shared by the functions ----
@@ -30,23 +30,27 @@ constexpr double largestExactInteger = 9007199254740992.0; // 2^53
 }
 
 [[noreturn]] void throwCantTake(const std::string& fn, const Value& value) {
-    fail(fn + " に" + kindNameJapanese(value) + " は渡せません", fn + " can’t take " + kindNameEnglish(value));
+    fail(fn + " に" + kindNameJapanese(value) + " は渡せません",
+         fn + " can’t take " + kindNameEnglish(value));
 }
 
 const Value& onlyArgument(const std::string& fn, const Arguments& args) {
-    if (args.size() != 1) fail(fn + " は引数が 1 つ必要です", fn + " needs one argument");
+    if (args.size() != 1)
+        fail(fn + " は引数が 1 つ必要です", fn + " needs one argument");
     return args.front();
 }
 
 // A number argument with a percent made its fraction; any unit is kept.
 Value numberArgument(const std::string& fn, const Value& value) {
-    if (!value.isNumber()) throwCantTake(fn, value);
+    if (!value.isNumber())
+        throwCantTake(fn, value);
     return withoutPercent(value);
 }
 
 double plainArgument(const std::string& fn, const Value& value) {
     const Value number = numberArgument(fn, value);
-    if (number.unit) fail(fn + " に単位付きの値は渡せません", fn + " can’t take a value with a unit");
+    if (number.unit)
+        fail(fn + " に単位付きの値は渡せません", fn + " can’t take a value with a unit");
     return number.number;
 }
 
@@ -58,7 +62,9 @@ Value numberIn(double number, const UnitRef& unit) {
     return unit ? Value::withUnit(number, unit) : Value::plain(number);
 }
 
-bool isWhole(double number) { return std::isfinite(number) && number == std::round(number); }
+bool isWhole(double number) {
+    return std::isfinite(number) && number == std::round(number);
+}
 
 // min, max, sum and avg take values and lists alike; nested lists count item by item.
 void flattenInto(const Arguments& args, Arguments& out) {
@@ -81,7 +87,8 @@ Arguments flattened(const Arguments& args) {
 
 Value squareRoot(const std::string& fn, const Arguments& args) {
     const double x = onlyPlainArgument(fn, args);
-    if (x < 0) fail("負の数の平方根は計算できません", "Can’t take the square root of a negative number");
+    if (x < 0)
+        fail("負の数の平方根は計算できません", "Can’t take the square root of a negative number");
     return Value::plain(std::sqrt(x));
 }
 
@@ -92,13 +99,20 @@ Value cubeRoot(const std::string& fn, const Arguments& args) {
 template <double (*function)(double)> Value logarithm(const std::string& fn, const Arguments& args) {
     const double x = onlyPlainArgument(fn, args);
     // The message names log for every base: it is the word users know the family by.
-    if (x <= 0) fail("log は正の数にだけ使えます", "log works only on positive numbers");
+    if (x <= 0)
+        fail("log は正の数にだけ使えます", "log works only on positive numbers");
     return Value::plain(function(x));
 }
 
-double log10Of(double x) { return std::log10(x); }
-double log2Of(double x) { return std::log2(x); }
-double lnOf(double x) { return std::log(x); }
+double log10Of(double x) {
+    return std::log10(x);
+}
+double log2Of(double x) {
+    return std::log2(x);
+}
+double lnOf(double x) {
+    return std::log(x);
+}
 
 Value exponential(const std::string& fn, const Arguments& args) {
     return Value::plain(std::exp(onlyPlainArgument(fn, args)));
@@ -114,7 +128,8 @@ Value absolute(const std::string& fn, const Arguments& args) {
 
 Value signOf(const std::string& fn, const Arguments& args) {
     const double x = numberArgument(fn, onlyArgument(fn, args)).number;
-    if (std::isnan(x)) return Value::plain(x); // refused as not finite by the dispatcher
+    if (std::isnan(x))
+        return Value::plain(x); // refused as not finite by the dispatcher
     return Value::plain(x > 0 ? 1 : (x < 0 ? -1 : 0));
 }
 
@@ -132,7 +147,8 @@ double toFifteenDigits(double x) {
 
 int digitsArgument(const std::string& fn, const Value& value) {
     const Value number = numberArgument(fn, value);
-    if (number.unit) fail("桁数に単位は使えません", "Digits can’t have a unit");
+    if (number.unit)
+        fail("桁数に単位は使えません", "Digits can’t have a unit");
     if (!isWhole(number.number) || std::fabs(number.number) > 15) {
         fail("桁数は -15〜15 で指定してください", "Digits must be between -15 and 15");
     }
@@ -140,18 +156,22 @@ int digitsArgument(const std::string& fn, const Value& value) {
 }
 
 double roundTo(double x, int digits, double (*rounding)(double)) {
-    if (digits == 0) return rounding(x);
+    if (digits == 0)
+        return rounding(x);
     const double scale = std::pow(10.0, std::abs(digits));
-    if (digits < 0) return rounding(toFifteenDigits(x / scale)) * scale;
+    if (digits < 0)
+        return rounding(toFifteenDigits(x / scale)) * scale;
     const double scaled = x * scale;
     // Past 2^53 a double has no fraction left to round away.
-    if (!std::isfinite(scaled) || std::fabs(scaled) >= largestExactInteger) return x;
+    if (!std::isfinite(scaled) || std::fabs(scaled) >= largestExactInteger)
+        return x;
     return rounding(toFifteenDigits(scaled)) / scale;
 }
 
 template <double (*rounding)(double)> Value roundingFunction(const std::string& fn, const Arguments& args) {
     if (args.empty() || args.size() > 2) {
-        fail(fn + "(値) または " + fn + "(値, 桁数) で使います", "Use " + fn + "(value) or " + fn + "(value, digits)");
+        fail(fn + "(値) または " + fn + "(値, 桁数) で使います",
+             "Use " + fn + "(value) or " + fn + "(value, digits)");
     }
     Value x = numberArgument(fn, args[0]);
     const int digits = args.size() == 2 ? digitsArgument(fn, args[1]) : 0;
@@ -159,41 +179,54 @@ template <double (*rounding)(double)> Value roundingFunction(const std::string& 
     return x;
 }
 
-double roundHalfAway(double x) { return std::round(x); }
-double floorOf(double x) { return std::floor(x); }
-double ceilOf(double x) { return std::ceil(x); }
-double truncOf(double x) { return std::trunc(x); }
+double roundHalfAway(double x) {
+    return std::round(x);
+}
+double floorOf(double x) {
+    return std::floor(x);
+}
+double ceilOf(double x) {
+    return std::ceil(x);
+}
+double truncOf(double x) {
+    return std::trunc(x);
+}
 
 // ---- Aggregates ----
 
 template <bool largest> Value extreme(const std::string& fn, const Arguments& args) {
     const Arguments values = flattened(args);
-    if (values.empty()) fail(fn + " には値が必要です", fn + " needs values");
+    if (values.empty())
+        fail(fn + " には値が必要です", fn + " needs values");
     Value best = numberArgument(fn, values.front());
     for (std::size_t i = 1; i < values.size(); ++i) {
         const Value candidate = numberArgument(fn, values[i]);
         const AlignedNumbers aligned = alignUnits(best, candidate);
-        if (largest ? aligned.right > aligned.left : aligned.right < aligned.left) best = candidate;
+        if (largest ? aligned.right > aligned.left : aligned.right < aligned.left)
+            best = candidate;
     }
     return best;
 }
 
 Value total(const Arguments& values) {
     Value sum = withoutPercent(values.front());
-    for (std::size_t i = 1; i < values.size(); ++i) sum = add(sum, withoutPercent(values[i]));
+    for (std::size_t i = 1; i < values.size(); ++i)
+        sum = add(sum, withoutPercent(values[i]));
     return sum;
 }
 
 Value sumOf(const std::string&, const Arguments& args) {
     const Arguments values = flattened(args);
-    if (values.empty()) fail("sum には値が必要です", "sum needs values");
+    if (values.empty())
+        fail("sum には値が必要です", "sum needs values");
     return total(values);
 }
 
 Value averageOf(const std::string&, const Arguments& args) {
     const Arguments values = flattened(args);
     // average is a synonym and shares the message of avg.
-    if (values.empty()) fail("avg には値が必要です", "avg needs values");
+    if (values.empty())
+        fail("avg には値が必要です", "avg needs values");
     return divide(total(values), Value::plain(static_cast<double>(values.size())));
 }
 
@@ -211,7 +244,8 @@ Value lengthOf(const std::string&, const Arguments& args) {
 Value textOf(const std::string& fn, const Arguments& args) {
     const Value& x = onlyArgument(fn, args);
     // A text is already text: str("a") is "a", not the quoted form the answer column shows.
-    if (x.isText()) return x;
+    if (x.isText())
+        return x;
     // Without grouping, so that the text reads back as a number and does not depend on a
     // display setting; this is the answer column's form otherwise (str(120 mm) is 120 mm).
     return Value::makeText(ValueFormatter::format(x, Grouping::none));
@@ -219,21 +253,25 @@ Value textOf(const std::string& fn, const Arguments& args) {
 
 Value characterList(const std::string&, const std::string& text) {
     Arguments items;
-    for (std::string& character : unicode::graphemes(text)) items.push_back(Value::makeText(std::move(character)));
+    for (std::string& character : unicode::graphemes(text))
+        items.push_back(Value::makeText(std::move(character)));
     return Value::list(std::move(items));
 }
 
 Value listOf(const std::string& fn, const Arguments& args) {
     const Value& x = onlyArgument(fn, args);
     // A list is already what list() makes.
-    if (x.isList()) return x;
-    if (!x.isText()) throwCantTake(fn, x);
+    if (x.isList())
+        return x;
+    if (!x.isText())
+        throwCantTake(fn, x);
     return characterList(fn, x.text);
 }
 
 Arguments sortedNumbers(const Arguments& items) {
     // Every item is read in the unit of the first item that has one, so 50 cm sorts before 1 m.
-    const auto withUnit = std::find_if(items.begin(), items.end(), [](const Value& v) { return v.unit != nullptr; });
+    const auto withUnit =
+        std::find_if(items.begin(), items.end(), [](const Value& v) { return v.unit != nullptr; });
     const Value reference = withUnit == items.end() ? Value::plain(0) : withoutPercent(*withUnit);
     std::vector<std::pair<double, std::size_t>> keys;
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -241,30 +279,38 @@ Arguments sortedNumbers(const Arguments& items) {
     }
     // NaN goes last, so the ordering stays strict and weak.
     std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) {
-        if (std::isnan(a.first) || std::isnan(b.first)) return !std::isnan(a.first) && std::isnan(b.first);
+        if (std::isnan(a.first) || std::isnan(b.first))
+            return !std::isnan(a.first) && std::isnan(b.first);
         return a.first < b.first;
     });
     Arguments sorted;
-    for (const auto& key : keys) sorted.push_back(items[key.second]);
+    for (const auto& key : keys)
+        sorted.push_back(items[key.second]);
     return sorted;
 }
 
 Arguments sortedTexts(Arguments items) {
     std::vector<std::pair<std::u32string, std::size_t>> keys;
-    for (std::size_t i = 0; i < items.size(); ++i) keys.emplace_back(unicode::decode(unicode::nfc(items[i].text)), i);
-    std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (std::size_t i = 0; i < items.size(); ++i)
+        keys.emplace_back(unicode::decode(unicode::nfc(items[i].text)), i);
+    std::stable_sort(keys.begin(), keys.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
     Arguments sorted;
-    for (const auto& key : keys) sorted.push_back(std::move(items[key.second]));
+    for (const auto& key : keys)
+        sorted.push_back(std::move(items[key.second]));
     return sorted;
 }
 
 Value sortOf(const std::string& fn, const Arguments& args) {
     const Value& x = onlyArgument(fn, args);
-    if (!x.isList()) fail("sort は表の中身を並べ替えます", "sort arranges the items of a list");
+    if (!x.isList())
+        fail("sort は表の中身を並べ替えます", "sort arranges the items of a list");
     const auto isNumber = [](const Value& v) { return v.isNumber(); };
     const auto isText = [](const Value& v) { return v.isText(); };
-    if (std::all_of(x.items.begin(), x.items.end(), isNumber)) return Value::list(sortedNumbers(x.items));
-    if (std::all_of(x.items.begin(), x.items.end(), isText)) return Value::list(sortedTexts(x.items));
+    if (std::all_of(x.items.begin(), x.items.end(), isNumber))
+        return Value::list(sortedNumbers(x.items));
+    if (std::all_of(x.items.begin(), x.items.end(), isText))
+        return Value::list(sortedTexts(x.items));
     fail("sort で並べ替えられるのは、数どうしか文字どうしです", "sort needs all numbers or all text");
 }
 
@@ -273,11 +319,13 @@ Value reverseOf(const std::string&, const Arguments& args) {
         fail("reverse は表か文字を逆に並べます", "reverse works on a list or text");
     }
     const Value& x = args.front();
-    if (x.isList()) return Value::list(Arguments(x.items.rbegin(), x.items.rend()));
+    if (x.isList())
+        return Value::list(Arguments(x.items.rbegin(), x.items.rend()));
     std::vector<std::string> characters = unicode::graphemes(x.text);
     std::string reversed;
     reversed.reserve(x.text.size());
-    for (auto it = characters.rbegin(); it != characters.rend(); ++it) reversed += *it;
+    for (auto it = characters.rbegin(); it != characters.rend(); ++it)
+        reversed += *it;
     return Value::makeText(std::move(reversed));
 }
 
@@ -288,14 +336,18 @@ enum class Trig { sine, cosine, tangent };
 // Whole quarter turns given in degrees answer exactly, so sin(180) in degree mode is 0 and
 // tan(90) fails, instead of showing the rounding residue of π.
 std::optional<double> quarterTurnValue(Trig trig, double degrees) {
-    if (std::fmod(degrees, 90) != 0) return std::nullopt;
+    if (std::fmod(degrees, 90) != 0)
+        return std::nullopt;
     const int quarter = static_cast<int>(std::fmod(std::fmod(degrees / 90, 4) + 4, 4));
     static constexpr double sines[] = {0, 1, 0, -1};
     static constexpr double cosines[] = {1, 0, -1, 0};
     switch (trig) {
-    case Trig::sine: return sines[quarter];
-    case Trig::cosine: return cosines[quarter];
-    case Trig::tangent: return quarter % 2 == 0 ? 0.0 : std::numeric_limits<double>::infinity();
+    case Trig::sine:
+        return sines[quarter];
+    case Trig::cosine:
+        return cosines[quarter];
+    case Trig::tangent:
+        return quarter % 2 == 0 ? 0.0 : std::numeric_limits<double>::infinity();
     }
     return std::nullopt;
 }
@@ -307,7 +359,8 @@ template <Trig trig> Value trigonometric(const std::string& fn, const Arguments&
     if (x.unit) {
         const bool isAngle = x.unit->dimensions.size() == 1 && x.unit->dimensions.count("angle") == 1 &&
                              x.unit->dimensions.at("angle") == 1;
-        if (!isAngle) fail(fn + " には角度を渡してください", fn + " needs an angle");
+        if (!isAngle)
+            fail(fn + " には角度を渡してください", fn + " needs an angle");
         if (x.unit->factor == degree) {
             degrees = x.number;
         } else {
@@ -317,30 +370,41 @@ template <Trig trig> Value trigonometric(const std::string& fn, const Arguments&
         degrees = x.number;
     }
     if (degrees) {
-        if (auto exact = quarterTurnValue(trig, *degrees)) return Value::plain(*exact);
+        if (auto exact = quarterTurnValue(trig, *degrees))
+            return Value::plain(*exact);
         radians = *degrees * degree;
     }
     switch (trig) {
-    case Trig::sine: return Value::plain(std::sin(radians));
-    case Trig::cosine: return Value::plain(std::cos(radians));
-    case Trig::tangent: return Value::plain(std::tan(radians));
+    case Trig::sine:
+        return Value::plain(std::sin(radians));
+    case Trig::cosine:
+        return Value::plain(std::cos(radians));
+    case Trig::tangent:
+        return Value::plain(std::tan(radians));
     }
     return Value::plain(radians);
 }
 
 Value angleAnswer(double radians) {
-    if (AngleMode::degrees()) return Value::withUnit(radians / degree, UnitRegistry::shared().lookup("deg"));
+    if (AngleMode::degrees())
+        return Value::withUnit(radians / degree, UnitRegistry::shared().lookup("deg"));
     return Value::withUnit(radians, UnitRegistry::shared().lookup("rad"));
 }
 
-template <double (*function)(double)> Value inverseSineOrCosine(const std::string& fn, const Arguments& args) {
+template <double (*function)(double)>
+Value inverseSineOrCosine(const std::string& fn, const Arguments& args) {
     const double x = onlyPlainArgument(fn, args);
-    if (!(x >= -1 && x <= 1)) fail(fn + " は -1〜1 の値にだけ使えます", fn + " needs a value between -1 and 1");
+    if (!(x >= -1 && x <= 1))
+        fail(fn + " は -1〜1 の値にだけ使えます", fn + " needs a value between -1 and 1");
     return angleAnswer(function(x));
 }
 
-double asinOf(double x) { return std::asin(x); }
-double acosOf(double x) { return std::acos(x); }
+double asinOf(double x) {
+    return std::asin(x);
+}
+double acosOf(double x) {
+    return std::acos(x);
+}
 
 Value arctangent(const std::string& fn, const Arguments& args) {
     return angleAnswer(std::atan(onlyPlainArgument(fn, args)));
@@ -349,19 +413,23 @@ Value arctangent(const std::string& fn, const Arguments& args) {
 // ---- Two-argument arithmetic ----
 
 Value powerOf(const std::string&, const Arguments& args) {
-    if (args.size() != 2) fail("pow(値, 指数) で使います", "Use pow(value, exponent)");
+    if (args.size() != 2)
+        fail("pow(値, 指数) で使います", "Use pow(value, exponent)");
     return power(args[0], args[1]);
 }
 
 Value remainderOf(const std::string& fn, const Arguments& args) {
-    if (args.size() != 2) fail("mod(値, 値) で使います", "Use mod(value, value)");
+    if (args.size() != 2)
+        fail("mod(値, 値) で使います", "Use mod(value, value)");
     const AlignedNumbers aligned = alignUnits(numberArgument(fn, args[0]), numberArgument(fn, args[1]));
-    if (aligned.right == 0) fail("0 では割れません", "Cannot divide by zero");
+    if (aligned.right == 0)
+        fail("0 では割れません", "Cannot divide by zero");
     return numberIn(std::fmod(aligned.left, aligned.right), aligned.unit);
 }
 
 Value hypotenuse(const std::string& fn, const Arguments& args) {
-    if (args.size() != 2) fail("hypot(値, 値) で使います", "Use hypot(value, value)");
+    if (args.size() != 2)
+        fail("hypot(値, 値) で使います", "Use hypot(value, value)");
     const AlignedNumbers aligned = alignUnits(numberArgument(fn, args[0]), numberArgument(fn, args[1]));
     return numberIn(std::hypot(aligned.left, aligned.right), aligned.unit);
 }
@@ -372,30 +440,37 @@ Value hypotenuse(const std::string& fn, const Arguments& args) {
 
 std::uint64_t integerArgument(const std::string& fn, const Value& value) {
     const double x = plainArgument(fn, value);
-    if (!isWhole(x)) throwIntegerUsage(fn);
-    if (std::fabs(x) > largestExactInteger) fail(fn + " には大きすぎる数です", "The numbers are too large for " + fn);
+    if (!isWhole(x))
+        throwIntegerUsage(fn);
+    if (std::fabs(x) > largestExactInteger)
+        fail(fn + " には大きすぎる数です", "The numbers are too large for " + fn);
     return static_cast<std::uint64_t>(std::fabs(x));
 }
 
 std::pair<std::uint64_t, std::uint64_t> integerPair(const std::string& fn, const Arguments& args) {
-    if (args.size() != 2) throwIntegerUsage(fn);
+    if (args.size() != 2)
+        throwIntegerUsage(fn);
     const std::uint64_t a = integerArgument(fn, args[0]);
     return {a, integerArgument(fn, args[1])};
 }
 
-[[noreturn]] void throwZero() { fail("0 は使えません", "Zero can’t be used here"); }
+[[noreturn]] void throwZero() {
+    fail("0 は使えません", "Zero can’t be used here");
+}
 
 // gcd(0, n) is n, but gcd(0, 0) has no greatest divisor.
 Value greatestCommonDivisor(const std::string& fn, const Arguments& args) {
     const auto [a, b] = integerPair(fn, args);
-    if (a == 0 && b == 0) throwZero();
+    if (a == 0 && b == 0)
+        throwZero();
     return Value::plain(static_cast<double>(std::gcd(a, b)));
 }
 
 // Zero has no positive multiple, so any zero is refused.
 Value leastCommonMultiple(const std::string& fn, const Arguments& args) {
     const auto [a, b] = integerPair(fn, args);
-    if (a == 0 || b == 0) throwZero();
+    if (a == 0 || b == 0)
+        throwZero();
     std::uint64_t result = 0;
     const bool overflow = __builtin_mul_overflow(a / std::gcd(a, b), b, &result);
     if (overflow || result > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) {
@@ -451,7 +526,8 @@ constexpr Builtin builtins[] = {
 
 const Builtin* findBuiltin(std::string_view name) {
     for (const Builtin& builtin : builtins) {
-        if (builtin.name == name) return &builtin;
+        if (builtin.name == name)
+            return &builtin;
     }
     return nullptr;
 }
@@ -459,7 +535,8 @@ const Builtin* findBuiltin(std::string_view name) {
 Arguments evaluateArguments(const std::vector<ExprPtr>& args, const Evaluator& evaluator) {
     Arguments values;
     values.reserve(args.size());
-    for (const ExprPtr& arg : args) values.push_back(evaluator.evaluate(*arg));
+    for (const ExprPtr& arg : args)
+        values.push_back(evaluator.evaluate(*arg));
     return values;
 }
 
@@ -468,23 +545,28 @@ Arguments evaluateArguments(const std::vector<ExprPtr>& args, const Evaluator& e
 const std::vector<std::string>& builtinFunctionNames() {
     static const std::vector<std::string> names = [] {
         std::vector<std::string> list;
-        for (const Builtin& builtin : builtins) list.emplace_back(builtin.name);
+        for (const Builtin& builtin : builtins)
+            list.emplace_back(builtin.name);
         return list;
     }();
     return names;
 }
 
-bool isBuiltinFunction(std::string_view name) { return findBuiltin(name) != nullptr; }
+bool isBuiltinFunction(std::string_view name) {
+    return findBuiltin(name) != nullptr;
+}
 
 Value callFunction(const std::string& name, const std::vector<ExprPtr>& args, const Evaluator& evaluator) {
     const Builtin* builtin = findBuiltin(name);
     const Arguments values = evaluateArguments(args, evaluator);
     if (!builtin) {
-        if (auto answer = evaluator.context().callFunction(name, values)) return *answer;
+        if (auto answer = evaluator.context().callFunction(name, values))
+            return *answer;
         fail(name + " という関数はありません", "There is no function named " + name);
     }
     const Value result = builtin->handler(name, values);
-    if (result.isNumber() && !std::isfinite(result.number)) fail("計算できません", "Can’t calculate this");
+    if (result.isNumber() && !std::isfinite(result.number))
+        fail("計算できません", "Can’t calculate this");
     return result;
 }
 

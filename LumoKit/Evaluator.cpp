@@ -19,7 +19,9 @@ template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 // Read on every trigonometric call and written by the settings, possibly from another thread.
 std::atomic<bool> s_degrees{false};
 
-UnitRef findUnit(const std::string& name) { return UnitRegistry::shared().find(name); }
+UnitRef findUnit(const std::string& name) {
+    return UnitRegistry::shared().find(name);
+}
 
 [[noreturn]] void throwUnknownUnit(const std::string& name) {
     throw CalcError(L10n::pick(name + " という単位は知りません", "Unknown unit “" + name + "”"));
@@ -31,8 +33,8 @@ UnitRef findUnit(const std::string& name) { return UnitRegistry::shared().find(n
         const std::string upper = unicode::toUpper(name);
         if (upper != name) {
             if (const UnitRef unit = findUnit(upper)) {
-                throw CalcError(L10n::pick(name + " が定義されていません（単位の " + unit->display + " なら " + upper +
-                                               " と大文字で書きます）",
+                throw CalcError(L10n::pick(name + " が定義されていません（単位の " + unit->display +
+                                               " なら " + upper + " と大文字で書きます）",
                                            name + " is not defined (for the unit " + unit->display +
                                                ", write it uppercase: " + upper + ")"));
             }
@@ -41,32 +43,48 @@ UnitRef findUnit(const std::string& name) { return UnitRegistry::shared().find(n
     throw CalcError(L10n::pick(name + " が定義されていません", name + " is not defined"));
 }
 
-bool isOrdering(const std::string& op) { return op != "==" && op != "!="; }
+bool isOrdering(const std::string& op) {
+    return op != "==" && op != "!=";
+}
 
-Value boolValue(bool truth) { return Value::plain(truth ? 1 : 0); }
+Value boolValue(bool truth) {
+    return Value::plain(truth ? 1 : 0);
+}
 
 bool compareNumbers(const std::string& op, double a, double b) {
-    if (op == "==") return a == b;
-    if (op == "!=") return a != b;
-    if (op == "<") return a < b;
-    if (op == "<=") return a <= b;
-    if (op == ">") return a > b;
+    if (op == "==")
+        return a == b;
+    if (op == "!=")
+        return a != b;
+    if (op == "<")
+        return a < b;
+    if (op == "<=")
+        return a <= b;
+    if (op == ">")
+        return a > b;
     return a >= b;
 }
 
 bool orderSays(const std::string& op, int order) {
-    if (op == "==") return order == 0;
-    if (op == "!=") return order != 0;
-    if (op == "<") return order < 0;
-    if (op == "<=") return order <= 0;
-    if (op == ">") return order > 0;
+    if (op == "==")
+        return order == 0;
+    if (op == "!=")
+        return order != 0;
+    if (op == "<")
+        return order < 0;
+    if (op == "<=")
+        return order <= 0;
+    if (op == ">")
+        return order > 0;
     return order >= 0;
 }
 
 bool listsEqual(const Value& left, const Value& right) {
-    if (left.items.size() != right.items.size()) return false;
+    if (left.items.size() != right.items.size())
+        return false;
     for (std::size_t i = 0; i < left.items.size(); ++i) {
-        if (compareValues("==", left.items[i], right.items[i]).number == 0) return false;
+        if (compareValues("==", left.items[i], right.items[i]).number == 0)
+            return false;
     }
     return true;
 }
@@ -116,22 +134,28 @@ private:
     }
 
     Value identifier(const std::string& name) const {
-        if (auto value = context().valueOf(name)) return *value;
-        if (auto constant = constantValue(name)) return *constant;
-        if (const UnitRef unit = findUnit(name)) return Value::withUnit(1, unit);
+        if (auto value = context().valueOf(name))
+            return *value;
+        if (auto constant = constantValue(name))
+            return *constant;
+        if (const UnitRef unit = findUnit(name))
+            return Value::withUnit(1, unit);
         throwUndefinedName(name);
     }
 
     Value ref(std::int64_t line) const {
-        if (auto value = context().answerOnLine(line)) return *value;
+        if (auto value = context().answerOnLine(line))
+            return *value;
         const std::string number = std::to_string(line);
         throw CalcError(L10n::pick("#" + number + " が見つかりません", "#" + number + " not found"));
     }
 
     Value unary(const expr::Unary& node) const {
         Value operand = walk(*node.operand);
-        if (node.op == "not") return boolValue(!truthiness(operand));
-        if (node.op != "-") return operand;
+        if (node.op == "not")
+            return boolValue(!truthiness(operand));
+        if (node.op != "-")
+            return operand;
         if (!operand.isNumber()) {
             throw CalcError(L10n::pick(kindNameJapanese(operand) + "に \u2212 は付けられません",
                                        "Can’t negate " + kindNameEnglish(operand)));
@@ -145,17 +169,24 @@ private:
         if (op == "and" || op == "or") {
             Value left = walk(*node.left);
             // Short-circuit: the right side is not even looked at once the left decides.
-            if (truthiness(left) == (op == "or")) return left;
+            if (truthiness(left) == (op == "or"))
+                return left;
             return walk(*node.right);
         }
         const Value left = walk(*node.left);
         const Value right = walk(*node.right);
-        if (op == "+") return add(left, right);
-        if (op == "-") return subtract(left, right);
-        if (op == "*") return multiply(left, right);
-        if (op == "/") return divide(left, right);
-        if (op == "^") return power(left, right);
-        if (isComparisonOperator(op)) return compareValues(op, left, right);
+        if (op == "+")
+            return add(left, right);
+        if (op == "-")
+            return subtract(left, right);
+        if (op == "*")
+            return multiply(left, right);
+        if (op == "/")
+            return divide(left, right);
+        if (op == "^")
+            return power(left, right);
+        if (isComparisonOperator(op))
+            return compareValues(op, left, right);
         throw CalcError(L10n::pick("「" + op + "」は使えません", "“" + op + "” can’t be used here"));
     }
 
@@ -166,7 +197,8 @@ private:
                                        "Can’t attach % to " + kindNameEnglish(operand)));
         }
         if (operand.unit) {
-            throw CalcError(L10n::pick("単位のある値に % は付けられません", "% can’t follow a value with a unit"));
+            throw CalcError(
+                L10n::pick("単位のある値に % は付けられません", "% can’t follow a value with a unit"));
         }
         operand.isPercent = true;
         return operand;
@@ -174,7 +206,8 @@ private:
 
     // True for a name the context knows, or a juxtaposition made only of such names.
     bool isKnownNameChain(const Expr& expression) const {
-        if (const auto* name = expression.as<expr::Identifier>()) return context().valueOf(name->name).has_value();
+        if (const auto* name = expression.as<expr::Identifier>())
+            return context().valueOf(name->name).has_value();
         if (const auto* apply = expression.as<expr::UnitApply>()) {
             return isKnownNameChain(*apply->operand) && context().valueOf(apply->unit).has_value();
         }
@@ -185,13 +218,15 @@ private:
         const Value operand = walk(*node.operand);
         if (auto named = context().valueOf(node.unit)) {
             // "rent food" lists amounts to be summed; "3 x" is a coefficient times a variable.
-            if (isKnownNameChain(*node.operand)) return add(operand, *named);
+            if (isKnownNameChain(*node.operand))
+                return add(operand, *named);
             return multiply(operand, *named);
         }
         const UnitRef unit = findUnit(node.unit);
         if (!unit) {
             // "2 pi" means 2π: a constant after a number is a factor, never a unit.
-            if (auto constant = constantValue(node.unit)) return multiply(operand, *constant);
+            if (auto constant = constantValue(node.unit))
+                return multiply(operand, *constant);
             throwUnknownUnit(node.unit);
         }
         return attachUnit(operand, unit);
@@ -206,7 +241,8 @@ private:
             throw CalcError(L10n::pick("パーセントに " + unit->display + " は付けられません",
                                        "Can’t attach " + unit->display + " to a percentage"));
         }
-        if (!operand.unit) return Value::withUnit(operand.number, unit);
+        if (!operand.unit)
+            return Value::withUnit(operand.number, unit);
         if (operand.unit->sameDimensions(*unit)) {
             const std::string& present = operand.unit->display;
             throw CalcError(L10n::pick(present + " にさらに " + unit->display + " は付けられません",
@@ -218,23 +254,28 @@ private:
     Value convertTo(const expr::Convert& node) const {
         const Value operand = withoutPercent(walk(*node.operand));
         const UnitRef target = findUnit(node.target);
-        if (!target) throwUnknownUnit(node.target);
+        if (!target)
+            throwUnknownUnit(node.target);
         if (!operand.isNumber()) {
             throw CalcError(L10n::pick(kindNameJapanese(operand) + "に単位は付けられません",
                                        "Can’t attach a unit to " + kindNameEnglish(operand)));
         }
         // A plain number is read as already being in the target unit, as addition does.
-        if (!operand.unit) return Value::withUnit(operand.number, target);
+        if (!operand.unit)
+            return Value::withUnit(operand.number, target);
         return Value::withUnit(convert(operand.number, *operand.unit, *target), target);
     }
 
     Value percentOf(const expr::PercentOf& node) const {
         const Value left = walk(*node.percentage);
         const Value right = walk(*node.base);
-        if (!left.isNumber() || !right.isNumber()) throwKindMismatch(left, right, "of");
-        if (!left.isPercent) return multiply(left, right);
+        if (!left.isNumber() || !right.isNumber())
+            throwKindMismatch(left, right, "of");
+        if (!left.isPercent)
+            return multiply(left, right);
         const double figure = left.number * right.number / 100;
-        if (right.isPercent) return Value::percent(figure);
+        if (right.isPercent)
+            return Value::percent(figure);
         return right.unit ? Value::withUnit(figure, right.unit) : Value::plain(figure);
     }
 
@@ -245,25 +286,35 @@ private:
 
 std::string kindNameJapanese(const Value& value) {
     switch (value.kind) {
-    case Value::Kind::list: return "表";
-    case Value::Kind::text: return "文字";
-    case Value::Kind::number: return "数";
+    case Value::Kind::list:
+        return "表";
+    case Value::Kind::text:
+        return "文字";
+    case Value::Kind::number:
+        return "数";
     }
     return "数";
 }
 
 std::string kindNameEnglish(const Value& value) {
     switch (value.kind) {
-    case Value::Kind::list: return "a list";
-    case Value::Kind::text: return "text";
-    case Value::Kind::number: return "a number";
+    case Value::Kind::list:
+        return "a list";
+    case Value::Kind::text:
+        return "text";
+    case Value::Kind::number:
+        return "a number";
     }
     return "a number";
 }
 
 namespace AngleMode {
-bool degrees() { return s_degrees.load(std::memory_order_relaxed); }
-void setDegrees(bool degrees) { s_degrees.store(degrees, std::memory_order_relaxed); }
+bool degrees() {
+    return s_degrees.load(std::memory_order_relaxed);
+}
+void setDegrees(bool degrees) {
+    s_degrees.store(degrees, std::memory_order_relaxed);
+}
 } // namespace AngleMode
 
 std::optional<Value> constantValue(std::string_view name) {
@@ -272,18 +323,29 @@ std::optional<Value> constantValue(std::string_view name) {
         double value;
     };
     static constexpr Constant constants[] = {
-        {"pi", 3.141592653589793}, {"π", 3.141592653589793},   {"PI", 3.141592653589793}, {"e", 2.718281828459045},
-        {"tau", 6.283185307179586}, {"τ", 6.283185307179586}, {"True", 1},                {"False", 0},
+        {"pi", 3.141592653589793},
+        {"π", 3.141592653589793},
+        {"PI", 3.141592653589793},
+        {"e", 2.718281828459045},
+        {"tau", 6.283185307179586},
+        {"τ", 6.283185307179586},
+        {"True", 1},
+        {"False", 0},
     };
     for (const Constant& constant : constants) {
-        if (constant.name == name) return Value::plain(constant.value);
+        if (constant.name == name)
+            return Value::plain(constant.value);
     }
     return std::nullopt;
 }
 
-bool isConstantName(std::string_view name) { return constantValue(name).has_value(); }
+bool isConstantName(std::string_view name) {
+    return constantValue(name).has_value();
+}
 
-Value Evaluator::evaluate(const Expr& expression) const { return TreeWalker(*this).walk(expression); }
+Value Evaluator::evaluate(const Expr& expression) const {
+    return TreeWalker(*this).walk(expression);
+}
 
 EvalContext& Evaluator::context() const {
     // Stateless, so one shared instance serves every evaluator built without a context.
@@ -293,9 +355,12 @@ EvalContext& Evaluator::context() const {
 
 bool truthiness(const Value& value) {
     switch (value.kind) {
-    case Value::Kind::list: return !value.items.empty();
-    case Value::Kind::text: return !value.text.empty();
-    case Value::Kind::number: return value.number != 0;
+    case Value::Kind::list:
+        return !value.items.empty();
+    case Value::Kind::text:
+        return !value.text.empty();
+    case Value::Kind::number:
+        return value.number != 0;
     }
     return false;
 }
@@ -304,21 +369,24 @@ Value compareValues(const std::string& op, const Value& left, const Value& right
     if (left.isNumber() && right.isNumber()) {
         const Value a = withoutPercent(left);
         const Value b = withoutPercent(right);
-        if (a.unit && b.unit && !a.unit->sameDimensions(*b.unit) && !isOrdering(op)) return boolValue(op == "!=");
+        if (a.unit && b.unit && !a.unit->sameDimensions(*b.unit) && !isOrdering(op))
+            return boolValue(op == "!=");
         const AlignedNumbers aligned = alignUnits(a, b); // throws the addition message for an ordering
         return boolValue(compareNumbers(op, aligned.left, aligned.right));
     }
-    if (left.isText() && right.isText()) return boolValue(orderSays(op, compareTexts(left.text, right.text)));
+    if (left.isText() && right.isText())
+        return boolValue(orderSays(op, compareTexts(left.text, right.text)));
     if (left.isList() && right.isList()) {
         if (isOrdering(op)) {
-            throw CalcError(
-                L10n::pick("表どうしは大小を比べられません", "Lists can be checked for equality, but not ordered"));
+            throw CalcError(L10n::pick("表どうしは大小を比べられません",
+                                       "Lists can be checked for equality, but not ordered"));
         }
         return boolValue(listsEqual(left, right) == (op == "=="));
     }
     if (isOrdering(op)) {
-        throw CalcError(L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は大小を比べられません",
-                                   kindNameEnglish(left) + " and " + kindNameEnglish(right) + " can’t be ordered"));
+        throw CalcError(
+            L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は大小を比べられません",
+                       kindNameEnglish(left) + " and " + kindNameEnglish(right) + " can’t be ordered"));
     }
     return boolValue(op == "!=");
 }
@@ -369,11 +437,13 @@ Value indexValue(const Value& target, const Value& position) {
         throw CalcError(L10n::pick("数に [ ] は付けられません", "[ ] can’t be used on a number"));
     }
     std::vector<std::string> characters;
-    if (target.isText()) characters = unicode::graphemes(target.text);
+    if (target.isText())
+        characters = unicode::graphemes(target.text);
     const std::size_t count = target.isList() ? target.items.size() : characters.size();
     const std::int64_t n = static_cast<std::int64_t>(count);
     const std::int64_t effective = i < 0 ? i + n : i;
-    if (effective < 0 || effective >= n) throwNoItem(target, i, count);
+    if (effective < 0 || effective >= n)
+        throwNoItem(target, i, count);
     const auto at = static_cast<std::size_t>(effective);
     return target.isList() ? target.items[at] : Value::makeText(characters[at]);
 }

@@ -7,7 +7,8 @@
 namespace lumo {
 
 const std::vector<AppLanguage>& allAppLanguages() {
-    static const std::vector<AppLanguage> all{AppLanguage::system, AppLanguage::japanese, AppLanguage::english};
+    static const std::vector<AppLanguage> all{AppLanguage::system, AppLanguage::japanese,
+                                              AppLanguage::english};
     return all;
 }
 
@@ -46,9 +47,13 @@ bool startsWithJa(const std::vector<std::string>& languages) {
 
 } // namespace
 
-AppLanguage current() { return g_current.load(std::memory_order_relaxed); }
+AppLanguage current() {
+    return g_current.load(std::memory_order_relaxed);
+}
 
-void setCurrent(AppLanguage language) { g_current.store(language, std::memory_order_relaxed); }
+void setCurrent(AppLanguage language) {
+    g_current.store(language, std::memory_order_relaxed);
+}
 
 bool resolvesToJapanese(AppLanguage language) {
     switch (language) {
@@ -62,7 +67,9 @@ bool resolvesToJapanese(AppLanguage language) {
     return false;
 }
 
-bool isEnglish() { return !resolvesToJapanese(current()); }
+bool isEnglish() {
+    return !resolvesToJapanese(current());
+}
 
 std::string pick(std::string_view japanese, std::string_view english) {
     return std::string(isEnglish() ? english : japanese);

@@ -72,7 +72,9 @@ QuoteClass quoteClassOf(char32_t c) {
     return found == classes.end() ? QuoteClass::none : found->second;
 }
 
-const char* asciiQuote(QuoteClass quoteClass) { return quoteClass == QuoteClass::singleQuote ? "'" : "\""; }
+const char* asciiQuote(QuoteClass quoteClass) {
+    return quoteClass == QuoteClass::singleQuote ? "'" : "\"";
+}
 
 // What a character outside quotes is written as; characters not in the map are copied.
 const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
@@ -80,7 +82,8 @@ const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
         std::unordered_map<char32_t, std::string_view> m;
         // Full-width forms that become their ASCII counterparts (code point minus 0xFEE0).
         static constexpr std::string_view ascii =
-            "!\"#$%&'()*+,-./0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~";
+            "!\"#$%&'()*+,-./"
+            "0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~";
         auto fullWidth = [&](char32_t first, char32_t last) {
             for (char32_t c = first; c <= last; ++c)
                 m.emplace(c, ascii.substr(c - 0xFEE0 - U'!', 1));
@@ -173,7 +176,9 @@ private:
 // Character classes
 // ---------------------------------------------------------------------------------------------
 
-bool isAsciiDigit(std::string_view c) { return c.size() == 1 && c[0] >= '0' && c[0] <= '9'; }
+bool isAsciiDigit(std::string_view c) {
+    return c.size() == 1 && c[0] >= '0' && c[0] <= '9';
+}
 
 char32_t firstScalar(std::string_view c) {
     if (static_cast<unsigned char>(c[0]) < 0x80)
@@ -263,7 +268,9 @@ double japaneseFactor(std::string_view c) {
     throw CalcError(L10n::pick(japanese, english));
 }
 
-[[noreturn]] void failNumberTooLarge() { throw CalcError(L10n::pick("数が大きすぎます", "The number is too large")); }
+[[noreturn]] void failNumberTooLarge() {
+    throw CalcError(L10n::pick("数が大きすぎます", "The number is too large"));
+}
 
 [[noreturn]] void failUnclosedText(std::string_view quote) {
     std::string japanese = "文字の終わりの " + std::string(quote) + " がありません";
@@ -290,8 +297,8 @@ bool exceedsDoubleRange(std::string_view literal) {
     } else if (point != std::string_view::npos) {
         std::string_view fraction = mantissa.substr(point + 1);
         auto leading = fraction.find_first_not_of('0');
-        magnitude = -std::min<long long>(cap, static_cast<long long>(leading == std::string_view::npos ? fraction.size()
-                                                                                                        : leading));
+        magnitude = -std::min<long long>(
+            cap, static_cast<long long>(leading == std::string_view::npos ? fraction.size() : leading));
     }
     if (ePos != std::string_view::npos) {
         std::string_view exponent = literal.substr(ePos + 1);
@@ -550,16 +557,22 @@ private:
 
 namespace lexer {
 
-bool isAsciiDigit(std::string_view character) { return lumo::isAsciiDigit(character); }
-
-bool startsName(std::string_view character) { return CharClasses::shared().startsName(character); }
-
-bool continuesName(std::string_view character, NameDigits digits) {
-    return CharClasses::shared().continuesName(character,
-                                               digits == NameDigits::allowed ? Digits::allowed : Digits::notAllowed);
+bool isAsciiDigit(std::string_view character) {
+    return lumo::isAsciiDigit(character);
 }
 
-bool isNameSign(std::string_view character) { return CharClasses::shared().isSign(character); }
+bool startsName(std::string_view character) {
+    return CharClasses::shared().startsName(character);
+}
+
+bool continuesName(std::string_view character, NameDigits digits) {
+    return CharClasses::shared().continuesName(character, digits == NameDigits::allowed ? Digits::allowed
+                                                                                        : Digits::notAllowed);
+}
+
+bool isNameSign(std::string_view character) {
+    return CharClasses::shared().isSign(character);
+}
 
 QuoteClass quoteClassOf(std::string_view character) {
     if (character.empty())

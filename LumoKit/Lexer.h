@@ -14,9 +14,9 @@ struct Token {
 
     Kind kind = Kind::eof;
     std::int64_t start = 0;
-    double number = 0;   // payload of `number`
+    double number = 0;    // payload of `number`
     std::int64_t ref = 0; // payload of `ref`
-    std::string text;    // payload of `identifier`, `string` and `op`
+    std::string text;     // payload of `identifier`, `string` and `op`
 
     bool operator==(const Token&) const = default;
 

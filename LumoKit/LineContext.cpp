@@ -23,8 +23,7 @@ constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
     {"合計", SheetWord::totalSum},
 }};
 
-std::optional<SheetWord> sheetWordOf(std::string_view name)
-{
+std::optional<SheetWord> sheetWordOf(std::string_view name) {
     for (const auto& [word, meaning] : sheetWords) {
         if (word == name)
             return meaning;
@@ -37,65 +36,69 @@ std::optional<SheetWord> sheetWordOf(std::string_view name)
 // line after line.
 constexpr std::size_t retainedItemLimit = maxValueWeight();
 
-std::size_t weigh(const Value& value, std::size_t limit) { return valueWeight(value, limit); }
+std::size_t weigh(const Value& value, std::size_t limit) {
+    return valueWeight(value, limit);
+}
 
-std::string listTooBigMessage()
-{
+std::string listTooBigMessage() {
     return L10n::pick("表が大きすぎます", "The list is too big");
 }
 
-std::string mixedUnitsMessage()
-{
+std::string mixedUnitsMessage() {
     return L10n::pick("種類の違う単位が混ざっていて合計できません",
                       "Units of different kinds are mixed, so they can’t be summed");
 }
 
-std::string builtinWordMessage(const std::string& name)
-{
+std::string builtinWordMessage(const std::string& name) {
     return L10n::pick("「" + name + "」はもともとある言葉なので名前に使えません",
                       "“" + name + "” is a built-in word and can’t be used as a name");
 }
 
-std::string cannotCalculateMessage()
-{
+std::string cannotCalculateMessage() {
     return L10n::pick("計算できません", "Can’t calculate this");
 }
 
-bool endsWith(std::string_view text, std::string_view suffix)
-{
+bool endsWith(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
 }
 
-bool continuesPrevious(std::string_view text)
-{
+bool continuesPrevious(std::string_view text) {
     const std::u32string scalars = unicode::decode(text.substr(0, 8));
     if (scalars.empty())
         return false;
     switch (scalars[0]) {
-    case U'*': case U'/': case U'^': case U'×': case U'÷': case U'／': case U'＊':
+    case U'*':
+    case U'/':
+    case U'^':
+    case U'×':
+    case U'÷':
+    case U'／':
+    case U'＊':
         return true;
-    case U'+': case U'-': case U'－': case U'＋':
+    case U'+':
+    case U'-':
+    case U'－':
+    case U'＋':
         return scalars.size() > 1 && scalars[1] == U' ';
     default:
         return false;
     }
 }
 
-std::string withoutTrailingEquals(std::string_view text)
-{
+std::string withoutTrailingEquals(std::string_view text) {
     std::string result(text);
     while (true) {
         if (endsWith(result, "="))
             result = unicode::trim(std::string_view(result).substr(0, result.size() - 1));
         else if (endsWith(result, "＝"))
-            result = unicode::trim(std::string_view(result).substr(0, result.size() - std::string_view("＝").size()));
+            result = unicode::trim(
+                std::string_view(result).substr(0, result.size() - std::string_view("＝").size()));
         else
             return result;
     }
 }
 
-ParsedLine parseLine(std::string text)
-{
+ParsedLine parseLine(std::string text) {
     ParsedLine parsedLine{std::move(text), std::nullopt, {}};
     try {
         parsedLine.statement = parseStatement(parsedLine.text);
@@ -107,16 +110,14 @@ ParsedLine parseLine(std::string text)
     return parsedLine;
 }
 
-bool isPlotCall(const Expr& expression)
-{
+bool isPlotCall(const Expr& expression) {
     const auto* call = expression.as<expr::Call>();
     return call && (isPlotWord(call->name) || isChartWord(call->name));
 }
 
 } // namespace
 
-void RunningSum::add(const Value& answer)
-{
+void RunningSum::add(const Value& answer) {
     if (m_mixed)
         return;
     if (!m_sum) {
@@ -134,33 +135,26 @@ void RunningSum::add(const Value& answer)
     }
 }
 
-std::optional<Value> RunningSum::value() const
-{
+std::optional<Value> RunningSum::value() const {
     if (m_mixed)
         return std::nullopt;
     return m_sum ? *m_sum : Value::plain(0);
 }
 
-bool isSheetWord(std::string_view name)
-{
+bool isSheetWord(std::string_view name) {
     return sheetWordOf(name).has_value();
 }
 
-std::string prepareLine(std::string_view text, bool hasPrevious)
-{
+std::string prepareLine(std::string_view text, bool hasPrevious) {
     std::string prepared = withoutTrailingEquals(text);
     if (hasPrevious && continuesPrevious(prepared))
         return "prev " + prepared;
     return prepared;
 }
 
-LineContext::LineContext(BudgetLimits limits)
-    : budget(limits)
-{
-}
+LineContext::LineContext(BudgetLimits limits) : budget(limits) {}
 
-std::optional<Value> LineContext::valueOf(const std::string& name)
-{
+std::optional<Value> LineContext::valueOf(const std::string& name) {
     if (!locals.empty()) {
         const auto& scope = locals.back();
         if (const auto found = scope.find(name); found != scope.end())
@@ -181,15 +175,13 @@ std::optional<Value> LineContext::valueOf(const std::string& name)
     return std::nullopt;
 }
 
-std::optional<Value> LineContext::answerOnLine(std::int64_t line)
-{
+std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
     if (const auto found = byLine.find(line); found != byLine.end())
         return found->second;
     return std::nullopt;
 }
 
-std::optional<Value> LineContext::callFunction(const std::string& name, const std::vector<Value>& args)
-{
+std::optional<Value> LineContext::callFunction(const std::string& name, const std::vector<Value>& args) {
     if (!findFunction || !runFunction)
         return std::nullopt;
     const ProgramFunction* function = findFunction(name);
@@ -198,14 +190,12 @@ std::optional<Value> LineContext::callFunction(const std::string& name, const st
     return runFunction(*function, args);
 }
 
-void LineContext::assign(const std::string& name, Value value)
-{
+void LineContext::assign(const std::string& name, Value value) {
     auto& scope = locals.empty() ? names : locals.back();
     scope.insert_or_assign(name, std::move(value));
 }
 
-const ParsedLine& LineContext::parsed(const program::Line& line)
-{
+const ParsedLine& LineContext::parsed(const program::Line& line) {
     LineParseCache& cache = *line.cache;
     if (!cache.canContinue)
         cache.canContinue = continuesPrevious(withoutTrailingEquals(line.source));
@@ -216,8 +206,7 @@ const ParsedLine& LineContext::parsed(const program::Line& line)
     return *slot;
 }
 
-LineResult LineContext::evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner)
-{
+LineResult LineContext::evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner) {
     mixedUnits = false;
     const ParsedLine& parsedLine = parsed(line);
     if (!parsedLine.statement)
@@ -240,8 +229,7 @@ LineResult LineContext::evaluateLine(const program::Line& line, LineCounting cou
 }
 
 LineOutcome LineContext::evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
-                                           LineCounting counting, LineOwner owner)
-{
+                                           LineCounting counting, LineOwner owner) {
     const Statement& statement = *parsedLine.statement;
     if (isPlotCall(*statement.expr))
         return LineOutcome::makePlot(buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this));
@@ -260,8 +248,7 @@ LineOutcome LineContext::evaluateStatement(const program::Line& line, const Pars
     return LineOutcome::makeValue(std::move(answer));
 }
 
-void LineContext::retain(const program::Line& line, LineOwner owner, const Value& answer)
-{
+void LineContext::retain(const program::Line& line, LineOwner owner, const Value& answer) {
     const std::size_t weight = weigh(answer, retainedItemLimit);
     if (owner == LineOwner::otherSheet) {
         if (weight > retainedItemLimit)

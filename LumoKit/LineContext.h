@@ -47,8 +47,8 @@ public:
     // The run's state, in the order the lines build it up.
     std::unordered_map<std::string, Value> names;
     std::optional<Value> previous;
-    RunningSum block; // counted answers since the last blank line
-    RunningSum all;   // counted answers since the top of the sheet
+    RunningSum block;                               // counted answers since the last blank line
+    RunningSum all;                                 // counted answers since the top of the sheet
     std::unordered_map<std::int64_t, Value> byLine; // 1-based line numbers
     bool mixedUnits = false;
     FunctionTable functions;
@@ -75,8 +75,8 @@ public:
 
 private:
     const ParsedLine& parsed(const program::Line& line);
-    LineOutcome evaluateStatement(const program::Line& line, const ParsedLine& parsedLine, LineCounting counting,
-                                  LineOwner owner);
+    LineOutcome evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
+                                  LineCounting counting, LineOwner owner);
     void retain(const program::Line& line, LineOwner owner, const Value& answer);
 
     std::unordered_map<std::int64_t, std::size_t> m_retainedByLine;

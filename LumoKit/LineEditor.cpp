@@ -18,7 +18,9 @@ constexpr std::array<std::pair<CursorMove, std::string_view>, 6> cursorMoveNames
     {CursorMove::lineEnd, "lineEnd"},
 }};
 
-std::int64_t clampCaret(std::int64_t caret, std::int64_t length) { return std::clamp<std::int64_t>(caret, 0, length); }
+std::int64_t clampCaret(std::int64_t caret, std::int64_t length) {
+    return std::clamp<std::int64_t>(caret, 0, length);
+}
 
 // The text as the text view stores it: UTF-16 code units, plus the offsets at which its
 // grapheme clusters begin (and the text's length as the last entry), so that moves never
@@ -50,7 +52,9 @@ struct Utf16Text {
         return *(std::upper_bound(boundaries.begin(), boundaries.end(), i) - 1);
     }
     // End of the cluster that contains offset i (i < length).
-    std::int64_t clusterEnd(std::int64_t i) const { return *std::upper_bound(boundaries.begin(), boundaries.end(), i); }
+    std::int64_t clusterEnd(std::int64_t i) const {
+        return *std::upper_bound(boundaries.begin(), boundaries.end(), i);
+    }
 
     // The line containing offset p: [start, end), the end including the line's newline.
     std::pair<std::int64_t, std::int64_t> lineRange(std::int64_t p) const {
@@ -113,7 +117,9 @@ std::string join(const std::vector<std::string>& clusters) {
     return out;
 }
 
-bool isBlank(char32_t c) { return c == U' ' || c == U'\t' || c == U'\u3000'; }
+bool isBlank(char32_t c) {
+    return c == U' ' || c == U'\t' || c == U'\u3000';
+}
 
 } // namespace
 
@@ -198,8 +204,8 @@ SignToggle toggleSign(std::string_view text, std::int64_t caret) {
     }
     // A "-" counts as a sign only where an operand can't precede it; after an operand
     // (5-3) it is a subtraction and stays.
-    bool signedNumber = k > 0 && at(k - 1) == "-" &&
-                        (k == 1 || at(k - 2) == " " || at(k - 2) == "\n" || at(k - 2) == "(");
+    bool signedNumber =
+        k > 0 && at(k - 1) == "-" && (k == 1 || at(k - 2) == " " || at(k - 2) == "\n" || at(k - 2) == "(");
     if (signedNumber) {
         clusters.erase(clusters.begin() + (k - 1));
         return {join(clusters), p - 1};
@@ -208,7 +214,8 @@ SignToggle toggleSign(std::string_view text, std::int64_t caret) {
     return {join(clusters), p + 1};
 }
 
-std::string snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret, SnippetRole role) {
+std::string snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret,
+                           SnippetRole role) {
     auto clusters = unicode::graphemes(text);
     auto p = clampCaret(caret, static_cast<std::int64_t>(clusters.size()));
     auto snippetClusters = unicode::graphemes(snippet);
@@ -220,7 +227,8 @@ std::string snippetSpacing(std::string_view snippet, std::string_view text, std:
 }
 
 std::string snippetSpacing(const InsertSnippet& snippet, std::string_view text, std::int64_t caret) {
-    return snippetSpacing(snippet.text, text, caret, snippet.isNamedValue ? SnippetRole::namedValue : SnippetRole::plain);
+    return snippetSpacing(snippet.text, text, caret,
+                          snippet.isNamedValue ? SnippetRole::namedValue : SnippetRole::plain);
 }
 
 std::string multiplySign(std::string_view text, std::int64_t caret) {

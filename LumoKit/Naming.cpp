@@ -31,18 +31,21 @@ struct Refusal {
 };
 
 namespace text {
-constexpr Refusal lineSyntaxWord{"」はもともとある言葉なので使えません", "” is a built-in word and can’t be used"};
+constexpr Refusal lineSyntaxWord{"」はもともとある言葉なので使えません",
+                                 "” is a built-in word and can’t be used"};
 constexpr Refusal lineFunction{"」は関数の名前なので使えません", "” is a function name and can’t be used"};
 constexpr Refusal lineConstant{"」は定数の名前なので使えません", "” is a constant name and can’t be used"};
 constexpr Refusal unit{"」は単位なので使えません", "” is a unit and can’t be used"};
-constexpr Refusal clashFunction{"」はもともとある関数なので使えません", "” is a built-in function and can’t be used"};
+constexpr Refusal clashFunction{"」はもともとある関数なので使えません",
+                                "” is a built-in function and can’t be used"};
 constexpr Refusal clashConstant{"」は定数なので使えません", "” is a constant and can’t be used"};
 constexpr Refusal clashWord{"」はもともとある言葉なので使えません", "” is a built-in word and can’t be used"};
 } // namespace text
 
 std::string refuse(const Refusal& refusal, std::string_view name) {
     const std::string quoted(name);
-    return L10n::pick("「" + quoted + std::string(refusal.japaneseTail), "“" + quoted + std::string(refusal.englishTail));
+    return L10n::pick("「" + quoted + std::string(refusal.japaneseTail),
+                      "“" + quoted + std::string(refusal.englishTail));
 }
 
 std::string usedOnLine(std::string_view name, std::size_t lineNumber) {
@@ -65,7 +68,8 @@ bool isSingleIdentifier(std::string_view name) {
 // The name a line of the sheet defines, read the way sheet evaluation reads it.
 std::optional<std::string> definedName(std::string_view line) {
     const std::string text = prepareLine(unicode::trim(line), false);
-    if (text.empty()) return std::nullopt;
+    if (text.empty())
+        return std::nullopt;
     try {
         return parseStatement(text).name;
     } catch (const CalcError&) {
@@ -73,11 +77,14 @@ std::optional<std::string> definedName(std::string_view line) {
     }
 }
 
-std::optional<std::size_t> lineDefining(std::string_view name, std::string_view sheetText, std::size_t skippedLine) {
+std::optional<std::size_t> lineDefining(std::string_view name, std::string_view sheetText,
+                                        std::size_t skippedLine) {
     const std::vector<std::string> lines = unicode::splitLines(sheetText);
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (i == skippedLine) continue;
-        if (definedName(lines[i]) == name) return i;
+        if (i == skippedLine)
+            continue;
+        if (definedName(lines[i]) == name)
+            return i;
     }
     return std::nullopt;
 }
@@ -87,25 +94,35 @@ std::optional<std::size_t> lineDefining(std::string_view name, std::string_view 
 std::optional<std::string> validateLineName(std::string_view proposed, std::string_view sheetText,
                                             std::size_t lineIndex) {
     const std::string name = unicode::trim(normalize(proposed));
-    if (name.empty()) return L10n::pick("名前を入れてください", "Enter a name");
+    if (name.empty())
+        return L10n::pick("名前を入れてください", "Enter a name");
     if (!isSingleIdentifier(name))
         return L10n::pick("名前には文字と数字だけが使えます（先頭は文字）",
                           "Names can use only letters and digits (starting with a letter)");
     const std::string lower = unicode::toLower(name);
-    if (isSyntaxWord(name) || isSyntaxWord(lower)) return refuse(text::lineSyntaxWord, name);
-    if (isBuiltinFunction(lower)) return refuse(text::lineFunction, name);
-    if (isConstantName(name) || isConstantName(lower)) return refuse(text::lineConstant, name);
-    if (isKnownUnit(name)) return refuse(text::unit, name);
-    if (const auto line = lineDefining(name, sheetText, lineIndex)) return usedOnLine(name, *line + 1);
+    if (isSyntaxWord(name) || isSyntaxWord(lower))
+        return refuse(text::lineSyntaxWord, name);
+    if (isBuiltinFunction(lower))
+        return refuse(text::lineFunction, name);
+    if (isConstantName(name) || isConstantName(lower))
+        return refuse(text::lineConstant, name);
+    if (isKnownUnit(name))
+        return refuse(text::unit, name);
+    if (const auto line = lineDefining(name, sheetText, lineIndex))
+        return usedOnLine(name, *line + 1);
     return std::nullopt;
 }
 
 std::optional<std::string> nameClash(std::string_view name) {
     const std::string lower = unicode::toLower(name);
-    if (isBuiltinFunction(lower)) return refuse(text::clashFunction, name);
-    if (isConstantName(name)) return refuse(text::clashConstant, name);
-    if (isSheetWord(name) || isSheetWord(lower)) return refuse(text::clashWord, name);
-    if (isKnownUnit(name)) return refuse(text::unit, name);
+    if (isBuiltinFunction(lower))
+        return refuse(text::clashFunction, name);
+    if (isConstantName(name))
+        return refuse(text::clashConstant, name);
+    if (isSheetWord(name) || isSheetWord(lower))
+        return refuse(text::clashWord, name);
+    if (isKnownUnit(name))
+        return refuse(text::unit, name);
     return std::nullopt;
 }
 

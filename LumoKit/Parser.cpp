@@ -42,7 +42,9 @@ using Kind = Token::Kind;
     throw CalcError(L10n::pick(japanese, english));
 }
 
-[[noreturn]] void failTooDeep() { fail("式の入れ子が深すぎます", "The expression is nested too deeply"); }
+[[noreturn]] void failTooDeep() {
+    fail("式の入れ子が深すぎます", "The expression is nested too deeply");
+}
 
 [[noreturn]] void failMissingCallParen(const std::string& name) {
     fail(name + "( の閉じ括弧がありません", "Missing ) to close " + name + "(");
@@ -52,13 +54,17 @@ using Kind = Token::Kind;
     fail("「" + op + "」の使い方が正しくありません", "“" + op + "” isn’t used correctly here");
 }
 
-bool isOp(const Token& token, std::string_view op) { return token.kind == Kind::op && token.text == op; }
+bool isOp(const Token& token, std::string_view op) {
+    return token.kind == Kind::op && token.text == op;
+}
 
 bool isWord(const Token& token, std::string_view word) {
     return token.kind == Kind::identifier && token.text == word;
 }
 
-bool isPercentOfWord(const Token& token) { return isWord(token, "of") || isWord(token, "の"); }
+bool isPercentOfWord(const Token& token) {
+    return isWord(token, "of") || isWord(token, "の");
+}
 
 // One level of nesting for as long as it lives.
 class NestingScope {
@@ -101,7 +107,8 @@ ExprPtr makeBinary(std::string op, ExprPtr left, ExprPtr right) {
 
 // A whole exponent small enough for a unit target ("m^2").
 bool isUnitExponent(const Token& token) {
-    return token.kind == Kind::number && std::abs(token.number) <= 9 && token.number == std::trunc(token.number);
+    return token.kind == Kind::number && std::abs(token.number) <= 9 &&
+           token.number == std::trunc(token.number);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -124,23 +131,39 @@ bool same(const std::vector<ExprPtr>& a, const std::vector<ExprPtr>& b) {
     return true;
 }
 
-bool same(const expr::Number& a, const expr::Number& b) { return a.value == b.value; }
-bool same(const expr::Text& a, const expr::Text& b) { return a.value == b.value; }
-bool same(const expr::List& a, const expr::List& b) { return same(a.items, b.items); }
+bool same(const expr::Number& a, const expr::Number& b) {
+    return a.value == b.value;
+}
+bool same(const expr::Text& a, const expr::Text& b) {
+    return a.value == b.value;
+}
+bool same(const expr::List& a, const expr::List& b) {
+    return same(a.items, b.items);
+}
 bool same(const expr::Index& a, const expr::Index& b) {
     return same(a.target, b.target) && same(a.position, b.position);
 }
-bool same(const expr::Identifier& a, const expr::Identifier& b) { return a.name == b.name; }
-bool same(const expr::Ref& a, const expr::Ref& b) { return a.line == b.line; }
-bool same(const expr::Unary& a, const expr::Unary& b) { return a.op == b.op && same(a.operand, b.operand); }
+bool same(const expr::Identifier& a, const expr::Identifier& b) {
+    return a.name == b.name;
+}
+bool same(const expr::Ref& a, const expr::Ref& b) {
+    return a.line == b.line;
+}
+bool same(const expr::Unary& a, const expr::Unary& b) {
+    return a.op == b.op && same(a.operand, b.operand);
+}
 bool same(const expr::Binary& a, const expr::Binary& b) {
     return a.op == b.op && same(a.left, b.left) && same(a.right, b.right);
 }
-bool same(const expr::Percent& a, const expr::Percent& b) { return same(a.operand, b.operand); }
+bool same(const expr::Percent& a, const expr::Percent& b) {
+    return same(a.operand, b.operand);
+}
 bool same(const expr::UnitApply& a, const expr::UnitApply& b) {
     return a.unit == b.unit && same(a.operand, b.operand);
 }
-bool same(const expr::Call& a, const expr::Call& b) { return a.name == b.name && same(a.args, b.args); }
+bool same(const expr::Call& a, const expr::Call& b) {
+    return a.name == b.name && same(a.args, b.args);
+}
 bool same(const expr::Convert& a, const expr::Convert& b) {
     return a.target == b.target && same(a.operand, b.operand);
 }
@@ -163,9 +186,9 @@ bool sameTree(const Expr& a, const Expr& b) {
 
 // The word sets are small enough that a scan beats hashing.
 bool isReservedWord(std::string_view word) {
-    static constexpr std::string_view words[] = {"in",   "to",    "as",    "of",     "へ",    "で",       "and",
-                                                 "or",   "not",   "if",    "elif",   "else",  "for",      "while",
-                                                 "def",  "return", "break", "continue", "True", "False"};
+    static constexpr std::string_view words[] = {
+        "in",   "to",   "as",  "of",    "へ",  "で",     "and",   "or",       "not",  "if",
+        "elif", "else", "for", "while", "def", "return", "break", "continue", "True", "False"};
     return word.size() <= 8 && std::find(std::begin(words), std::end(words), word) != std::end(words);
 }
 
@@ -189,13 +212,17 @@ Parser::Parser(std::vector<Token> tokens) : m_tokens(std::move(tokens)) {
         m_tokens.push_back(Token::make(Kind::eof, m_tokens.empty() ? 0 : m_tokens.back().start));
 }
 
-const Token& Parser::current() const { return m_tokens[m_index]; }
+const Token& Parser::current() const {
+    return m_tokens[m_index];
+}
 
 const Token& Parser::peek(std::size_t ahead) const {
     return m_tokens[std::min(m_index + ahead, m_tokens.size() - 1)];
 }
 
-bool Parser::atEnd() const { return current().kind == Kind::eof; }
+bool Parser::atEnd() const {
+    return current().kind == Kind::eof;
+}
 
 void Parser::advance() {
     if (m_index + 1 < m_tokens.size())
@@ -217,15 +244,17 @@ Statement Parser::parseStatement() {
     return statement;
 }
 
-ExprPtr Parser::parseExpression() { return parseConversion(); }
+ExprPtr Parser::parseExpression() {
+    return parseConversion();
+}
 
 ExprPtr Parser::parseConversion() {
     ExprPtr left = parseOr();
     ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
-        const bool convertWord = token.kind == Kind::identifier && isConversionWord(token.text) &&
-                                 peek().kind == Kind::identifier;
+        const bool convertWord =
+            token.kind == Kind::identifier && isConversionWord(token.text) && peek().kind == Kind::identifier;
         if (convertWord || isOp(token, "→")) {
             advance();
             chain.lengthen();
@@ -473,7 +502,8 @@ std::string Parser::parseUnitTarget() {
     for (;;) {
         const Token& token = current();
         const Token& next = peek();
-        if ((isOp(token, "/") || isOp(token, "*")) && next.kind == Kind::identifier && !isReservedWord(next.text)) {
+        if ((isOp(token, "/") || isOp(token, "*")) && next.kind == Kind::identifier &&
+            !isReservedWord(next.text)) {
             target += token.text == "/" ? "/" : "·";
             target += next.text;
         } else if (isOp(token, "^") && isUnitExponent(next)) {
@@ -487,6 +517,8 @@ std::string Parser::parseUnitTarget() {
     }
 }
 
-Statement parseStatement(std::string_view text) { return Parser(tokenize(text)).parseStatement(); }
+Statement parseStatement(std::string_view text) {
+    return Parser(tokenize(text)).parseStatement();
+}
 
 } // namespace lumo

@@ -31,19 +31,53 @@ struct Expr;
 using ExprPtr = std::shared_ptr<const Expr>;
 
 namespace expr {
-struct Number { double value; };
-struct Text { std::string value; };
-struct List { std::vector<ExprPtr> items; };
-struct Index { ExprPtr target; ExprPtr position; };
-struct Identifier { std::string name; };
-struct Ref { std::int64_t line; };
-struct Unary { std::string op; ExprPtr operand; };    // "-" or "not"
-struct Binary { std::string op; ExprPtr left; ExprPtr right; };
-struct Percent { ExprPtr operand; };
-struct UnitApply { ExprPtr operand; std::string unit; };
-struct Call { std::string name; std::vector<ExprPtr> args; };
-struct Convert { ExprPtr operand; std::string target; };
-struct PercentOf { ExprPtr percentage; ExprPtr base; };
+struct Number {
+    double value;
+};
+struct Text {
+    std::string value;
+};
+struct List {
+    std::vector<ExprPtr> items;
+};
+struct Index {
+    ExprPtr target;
+    ExprPtr position;
+};
+struct Identifier {
+    std::string name;
+};
+struct Ref {
+    std::int64_t line;
+};
+struct Unary {
+    std::string op;
+    ExprPtr operand;
+}; // "-" or "not"
+struct Binary {
+    std::string op;
+    ExprPtr left;
+    ExprPtr right;
+};
+struct Percent {
+    ExprPtr operand;
+};
+struct UnitApply {
+    ExprPtr operand;
+    std::string unit;
+};
+struct Call {
+    std::string name;
+    std::vector<ExprPtr> args;
+};
+struct Convert {
+    ExprPtr operand;
+    std::string target;
+};
+struct PercentOf {
+    ExprPtr percentage;
+    ExprPtr base;
+};
 } // namespace expr
 
 struct Expr {
@@ -56,7 +90,9 @@ struct Expr {
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
-template <typename T> ExprPtr makeExpr(T node) { return std::make_shared<const Expr>(Expr{std::move(node)}); }
+template <typename T> ExprPtr makeExpr(T node) {
+    return std::make_shared<const Expr>(Expr{std::move(node)});
+}
 
 /// Structural equality of two trees (numbers compared exactly).
 bool sameTree(const Expr& a, const Expr& b);

@@ -44,13 +44,16 @@ constexpr Message leftNotLess{"範囲は左 < 右 で指定してください", 
 constexpr Message noCurve{"この式はグラフにできません", "This expression can’t be plotted"};
 constexpr Message surfaceArguments{"3 つの軸で描くときは plot(式, x左, x右, y左, y右) のように書いてください",
                                    "For three axes write plot(expr, x from, x to, y from, y to)"};
-constexpr Message noSurface{"この式は 3 つの軸では描けません", "This expression can’t be drawn with three axes"};
+constexpr Message noSurface{"この式は 3 つの軸では描けません",
+                            "This expression can’t be drawn with three axes"};
 constexpr Message noValues{"chart(値, 値, …) のように、並べる値を書いてください",
                            "Write values to chart, like chart(a, b, …)"};
 constexpr Message notChartable{"グラフにできない値があります", "Some values can’t be charted"};
 } // namespace text
 
-[[noreturn]] void fail(const Message& message) { throw CalcError(L10n::pick(message.japanese, message.english)); }
+[[noreturn]] void fail(const Message& message) {
+    throw CalcError(L10n::pick(message.japanese, message.english));
+}
 
 [[noreturn]] void failNotCurve(const Value& value) {
     // kindName answers in the language pick() is about to choose, so both texts agree.
@@ -84,12 +87,15 @@ std::optional<Group> readGroup(const std::vector<Token>& tokens, std::size_t ope
         const Token& token = tokens[i];
         switch (token.kind) {
         case Token::Kind::lparen:
-        case Token::Kind::lbracket: ++depth; break;
+        case Token::Kind::lbracket:
+            ++depth;
+            break;
         case Token::Kind::rparen:
         case Token::Kind::rbracket:
             if (--depth == 0) {
                 // "()" has no item, "(a)" one.
-                if (i != open + 1 || !group.items.empty()) group.items.emplace_back(itemStart, token.start);
+                if (i != open + 1 || !group.items.empty())
+                    group.items.emplace_back(itemStart, token.start);
                 group.close = i;
                 return group;
             }
@@ -100,7 +106,8 @@ std::optional<Group> readGroup(const std::vector<Token>& tokens, std::size_t ope
                 itemStart = token.start + 1;
             }
             break;
-        default: break;
+        default:
+            break;
         }
     }
     return std::nullopt;
@@ -114,35 +121,41 @@ std::optional<CallSource> readCallSource(const expr::Call& call, std::string_vie
         return std::nullopt;
     }
     std::size_t nameIndex = 0;
-    while (nameIndex + 1 < tokens.size() && !(tokens[nameIndex].kind == Token::Kind::identifier &&
-                                               tokens[nameIndex].text == call.name &&
-                                               tokens[nameIndex + 1].kind == Token::Kind::lparen))
+    while (nameIndex + 1 < tokens.size() &&
+           !(tokens[nameIndex].kind == Token::Kind::identifier && tokens[nameIndex].text == call.name &&
+             tokens[nameIndex + 1].kind == Token::Kind::lparen))
         ++nameIndex;
-    if (nameIndex + 1 >= tokens.size()) return std::nullopt;
+    if (nameIndex + 1 >= tokens.size())
+        return std::nullopt;
     const auto arguments = readGroup(tokens, nameIndex + 1);
-    if (!arguments) return std::nullopt;
+    if (!arguments)
+        return std::nullopt;
 
     const std::string normalized = normalize(sourceText);
     std::vector<std::size_t> offsets{0};
-    for (const std::string& cluster : unicode::graphemes(normalized)) offsets.push_back(offsets.back() + cluster.size());
+    for (const std::string& cluster : unicode::graphemes(normalized))
+        offsets.push_back(offsets.back() + cluster.size());
     const auto slice = [&](std::int64_t from, std::int64_t to) {
         const auto last = static_cast<std::int64_t>(offsets.size() - 1);
         from = std::clamp<std::int64_t>(from, 0, last);
         to = std::clamp<std::int64_t>(to, from, last);
         const std::size_t begin = offsets[static_cast<std::size_t>(from)];
-        return unicode::trim(std::string_view(normalized).substr(begin, offsets[static_cast<std::size_t>(to)] - begin));
+        return unicode::trim(
+            std::string_view(normalized).substr(begin, offsets[static_cast<std::size_t>(to)] - begin));
     };
 
     CallSource source;
     source.title = slice(tokens[nameIndex].start, tokens[arguments->close].start + 1);
-    for (const auto& [from, to] : arguments->items) source.arguments.push_back(slice(from, to));
+    for (const auto& [from, to] : arguments->items)
+        source.arguments.push_back(slice(from, to));
 
     // chart([a, b, c]): the list literal fills the whole argument list.
     const std::size_t listOpen = nameIndex + 2;
     if (arguments->items.size() == 1 && tokens[listOpen].kind == Token::Kind::lbracket) {
         const auto list = readGroup(tokens, listOpen);
         if (list && list->close + 1 == arguments->close)
-            for (const auto& [from, to] : list->items) source.listItems.push_back(slice(from, to));
+            for (const auto& [from, to] : list->items)
+                source.listItems.push_back(slice(from, to));
     }
     return source;
 }
@@ -155,12 +168,14 @@ std::optional<CallSource> readCallSource(const expr::Call& call, std::string_vie
 class NumberScale {
 public:
     double plotted(const Value& value) {
-        if (!value.unit) return value.number;
+        if (!value.unit)
+            return value.number;
         if (!m_unit) {
             m_unit = value.unit;
             return value.number;
         }
-        if (value.unit == m_unit || !value.unit->sameDimensions(*m_unit)) return value.number;
+        if (value.unit == m_unit || !value.unit->sameDimensions(*m_unit))
+            return value.number;
         return convert(value.number, *value.unit, *m_unit);
     }
 
@@ -168,8 +183,10 @@ public:
 
     // The unit's display text; "%" for percent figures without a unit; nothing for plain numbers.
     std::optional<std::string> label() const {
-        if (m_unit) return m_unit->display;
-        if (m_sawPercent) return std::string("%");
+        if (m_unit)
+            return m_unit->display;
+        if (m_sawPercent)
+            return std::string("%");
         return std::nullopt;
     }
 
@@ -180,10 +197,13 @@ private:
 
 // The finite plotted number of a value, or nothing for texts, lists, infinities and NaN.
 std::optional<double> finiteNumber(const Value& value, NumberScale& scale) {
-    if (!value.isNumber() || !std::isfinite(value.number)) return std::nullopt;
+    if (!value.isNumber() || !std::isfinite(value.number))
+        return std::nullopt;
     const double number = scale.plotted(value);
-    if (!std::isfinite(number)) return std::nullopt;
-    if (value.isPercent) scale.notePercent();
+    if (!std::isfinite(number))
+        return std::nullopt;
+    if (value.isPercent)
+        scale.notePercent();
     return number;
 }
 
@@ -205,18 +225,21 @@ double stepPoint(PlotRange range, int step, int steps) {
 double rangeEnd(const ExprPtr& expression, EvalContext& context) {
     const Value value = Evaluator(&context).evaluate(expression);
     // A text or list has no place on an axis; it fails like any other unusable end.
-    if (!value.isNumber() || !std::isfinite(value.number)) fail(text::leftNotLess);
+    if (!value.isNumber() || !std::isfinite(value.number))
+        fail(text::leftNotLess);
     return value.number;
 }
 
 PlotRange readRange(const ExprPtr& left, const ExprPtr& right, EvalContext& context) {
     const PlotRange range{rangeEnd(left, context), rangeEnd(right, context)};
-    if (!(range.low < range.high)) fail(text::leftNotLess);
+    if (!(range.low < range.high))
+        fail(text::leftNotLess);
     return range;
 }
 
 void widen(std::optional<PlotRange>& range, double value) {
-    if (!range) range = PlotRange{value, value};
+    if (!range)
+        range = PlotRange{value, value};
     range->low = std::min(range->low, value);
     range->high = std::max(range->high, value);
 }
@@ -233,7 +256,8 @@ std::vector<std::vector<PlotPoint>> splitSegments(const std::vector<std::optiona
     std::vector<PlotPoint> current;
     const auto flush = [&] {
         // A lone point is not a line.
-        if (current.size() >= 2) segments.push_back(std::move(current));
+        if (current.size() >= 2)
+            segments.push_back(std::move(current));
         current.clear();
     };
     for (const auto& sample : samples) {
@@ -241,7 +265,8 @@ std::vector<std::vector<PlotPoint>> splitSegments(const std::vector<std::optiona
             flush();
             continue;
         }
-        if (!current.empty() && straddlesAsymptote(current.back().y, sample->y, height)) flush();
+        if (!current.empty() && straddlesAsymptote(current.back().y, sample->y, height))
+            flush();
         current.push_back(*sample);
     }
     flush();
@@ -250,9 +275,12 @@ std::vector<std::vector<PlotPoint>> splitSegments(const std::vector<std::optiona
 
 PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
     const auto& args = call.args;
-    if (args.empty()) fail(text::noExpression);
-    if (args.size() == 2) fail(text::oneEnd);
-    const PlotRange xRange = args.size() == 3 ? readRange(args[1], args[2], context) : PlotRange{defaultLow, defaultHigh};
+    if (args.empty())
+        fail(text::noExpression);
+    if (args.size() == 2)
+        fail(text::oneEnd);
+    const PlotRange xRange =
+        args.size() == 3 ? readRange(args[1], args[2], context) : PlotRange{defaultLow, defaultHigh};
 
     PlotContext plotContext(context);
     const Evaluator evaluator(&plotContext);
@@ -264,17 +292,21 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
         const double x = stepPoint(xRange, i, curveSteps);
         plotContext.setX(x);
         const auto value = evaluateAt(evaluator, *args[0]);
-        if (value && (value->isList() || value->isText())) failNotCurve(*value);
+        if (value && (value->isList() || value->isText()))
+            failNotCurve(*value);
         const auto y = value ? finiteNumber(*value, scale) : std::nullopt;
-        if (y) widen(yRange, *y);
+        if (y)
+            widen(yRange, *y);
         samples.push_back(y ? std::optional(PlotPoint{x, *y}) : std::nullopt);
     }
-    if (!yRange) fail(text::noCurve);
+    if (!yRange)
+        fail(text::noCurve);
 
     PlotSpec spec;
     spec.kind = PlotSpec::Kind::curve;
     spec.segments = splitSegments(samples, yRange->high - yRange->low);
-    if (spec.segments.empty()) fail(text::noCurve);
+    if (spec.segments.empty())
+        fail(text::noCurve);
     spec.xRange = xRange;
     spec.yRange = *yRange;
     spec.unitLabel = scale.label();
@@ -312,7 +344,8 @@ bool isSurfaceCall(const expr::Call& call) {
 
 PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
     const auto& args = call.args;
-    if (args.size() != 1 && args.size() != 3 && args.size() != 5) fail(text::surfaceArguments);
+    if (args.size() != 1 && args.size() != 3 && args.size() != 5)
+        fail(text::surfaceArguments);
     const PlotRange defaults{defaultLow, defaultHigh};
     const PlotRange xRange = args.size() >= 3 ? readRange(args[1], args[2], context) : defaults;
     const PlotRange yRange = args.size() == 5 ? readRange(args[3], args[4], context) : defaults;
@@ -329,11 +362,13 @@ PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
             plotContext.setX(stepPoint(xRange, column, surfaceSteps));
             const auto value = evaluateAt(evaluator, *args[0]);
             const auto z = value ? finiteNumber(*value, scale) : std::nullopt;
-            if (z) widen(zRange, *z);
+            if (z)
+                widen(zRange, *z);
             rows[row].push_back(z);
         }
     }
-    if (!zRange) fail(text::noSurface);
+    if (!zRange)
+        fail(text::noSurface);
 
     PlotSpec spec;
     spec.kind = PlotSpec::Kind::surface;
@@ -355,38 +390,45 @@ PlotRange barRange(const std::vector<PlotBar>& bars) {
         bottom = std::min(bottom, bar.value);
     }
     // The range always holds 0, so it is empty only when every bar is 0.
-    if (!(bottom < top)) return {bottom, bottom + 1};
+    if (!(bottom < top))
+        return {bottom, bottom + 1};
     const double margin = barMargin * (top - bottom);
     return {bottom < 0 ? bottom - margin : bottom, top > 0 ? top + margin : top};
 }
 
 std::vector<std::string> positionLabels(std::size_t count) {
     std::vector<std::string> labels;
-    for (std::size_t i = 0; i < count; ++i) labels.push_back(std::to_string(i));
+    for (std::size_t i = 0; i < count; ++i)
+        labels.push_back(std::to_string(i));
     return labels;
 }
 
 PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& source, EvalContext& context) {
     const Evaluator evaluator(&context);
     std::vector<Value> values;
-    for (const ExprPtr& argument : call.args) values.push_back(evaluator.evaluate(argument));
+    for (const ExprPtr& argument : call.args)
+        values.push_back(evaluator.evaluate(argument));
 
     std::vector<std::string> labels;
     if (values.size() == 1 && values.front().isList()) {
         values = std::vector<Value>(values.front().items);
-        if (source && source->listItems.size() == values.size()) labels = source->listItems;
+        if (source && source->listItems.size() == values.size())
+            labels = source->listItems;
     } else if (source && source->arguments.size() == values.size()) {
         labels = source->arguments;
     }
-    if (values.empty()) fail(text::noValues);
-    if (labels.size() != values.size()) labels = positionLabels(values.size());
+    if (values.empty())
+        fail(text::noValues);
+    if (labels.size() != values.size())
+        labels = positionLabels(values.size());
 
     PlotSpec spec;
     spec.kind = PlotSpec::Kind::bars;
     NumberScale scale;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const auto number = finiteNumber(values[i], scale);
-        if (!number) fail(text::notChartable);
+        if (!number)
+            fail(text::notChartable);
         spec.bars.push_back({labels[i], *number});
     }
     spec.xRange = {0, static_cast<double>(spec.bars.size())};
@@ -397,16 +439,24 @@ PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& sour
 
 } // namespace
 
-bool isPlotWord(std::string_view name) { return name == "plot" || name == "graph" || name == "グラフ"; }
-bool isChartWord(std::string_view name) { return name == "chart" || name == "bars" || name == "棒グラフ"; }
+bool isPlotWord(std::string_view name) {
+    return name == "plot" || name == "graph" || name == "グラフ";
+}
+bool isChartWord(std::string_view name) {
+    return name == "chart" || name == "bars" || name == "棒グラフ";
+}
 
 std::optional<Value> PlotContext::valueOf(const std::string& name) {
-    if (name == "x") return Value::plain(m_x);
-    if (m_y && name == "y") return Value::plain(*m_y);
+    if (name == "x")
+        return Value::plain(m_x);
+    if (m_y && name == "y")
+        return Value::plain(*m_y);
     return m_base.valueOf(name);
 }
 
-std::optional<Value> PlotContext::answerOnLine(std::int64_t line) { return m_base.answerOnLine(line); }
+std::optional<Value> PlotContext::answerOnLine(std::int64_t line) {
+    return m_base.answerOnLine(line);
+}
 
 std::optional<Value> PlotContext::callFunction(const std::string& name, const std::vector<Value>& args) {
     return m_base.callFunction(name, args);

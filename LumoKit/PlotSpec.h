@@ -30,8 +30,8 @@ struct PlotSpec {
 
     Kind kind = Kind::curve;
     std::string title;
-    std::vector<std::vector<PlotPoint>> segments;       // curve pieces
-    std::vector<PlotBar> bars;                           // bars
+    std::vector<std::vector<PlotPoint>> segments; // curve pieces
+    std::vector<PlotBar> bars;                    // bars
     // Rows of heights over a regular grid; absent is a hole. surface[j][i] is the height at
     // the i-th x and the j-th y, both counted in equal steps from the low end of their range.
     std::vector<std::vector<std::optional<double>>> surface;

@@ -7,7 +7,16 @@ namespace lumo {
 
 namespace {
 
-enum class Mistake { condition, noMatchingIf, forRange, forName, whileCondition, defShape, defNames, returnValue };
+enum class Mistake {
+    condition,
+    noMatchingIf,
+    forRange,
+    forName,
+    whileCondition,
+    defShape,
+    defNames,
+    returnValue
+};
 
 struct MistakeText {
     Mistake mistake;
@@ -19,7 +28,8 @@ struct MistakeText {
 constexpr MistakeText mistakeTexts[] = {
     {Mistake::condition, "条件の書き方が正しくありません", "The condition isn’t written correctly"},
     {Mistake::noMatchingIf, "対応する if がありません", "No matching if"},
-    {Mistake::forRange, "回す範囲の書き方が正しくありません", "The range to loop over isn’t written correctly"},
+    {Mistake::forRange, "回す範囲の書き方が正しくありません",
+     "The range to loop over isn’t written correctly"},
     {Mistake::forName, "for のうしろは名前を 1 つ書きます", "for needs a single name after it"},
     {Mistake::whileCondition, "while の条件が読めません", "Can’t read the while condition"},
     {Mistake::defShape, "def 名前(引数): の形で書きます", "Write it as: def name(arguments):"},
@@ -28,8 +38,7 @@ constexpr MistakeText mistakeTexts[] = {
     {Mistake::returnValue, "return のうしろの式が読めません", "Can’t read the expression after return"},
 };
 
-ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = {})
-{
+ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = {}) {
     for (const auto& entry : mistakeTexts) {
         if (entry.mistake == mistake)
             return {program::Invalid{index, L10n::pick(entry.japanese, entry.english), std::move(body)}};
@@ -37,13 +46,11 @@ ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = 
     return {program::Invalid{index, {}, std::move(body)}};
 }
 
-bool startsWith(std::string_view text, std::string_view prefix)
-{
+bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
 }
 
-std::string trimmed(std::string_view text)
-{
+std::string trimmed(std::string_view text) {
     return unicode::trim(text);
 }
 
@@ -55,20 +62,18 @@ struct Header {
 };
 
 constexpr std::pair<std::string_view, Keyword> headerWords[] = {
-    {"if", Keyword::ifWord},         {"elif", Keyword::elifWord},   {"for", Keyword::forWord},
+    {"if", Keyword::ifWord},       {"elif", Keyword::elifWord}, {"for", Keyword::forWord},
     {"while", Keyword::whileWord}, {"def", Keyword::defWord},
 };
 
 // A keyword counts only when a space, an ideographic space, "(" or the end follows it,
 // so that "ifx:" stays an ordinary line.
-bool keywordEndsAt(std::string_view rest, std::size_t length)
-{
+bool keywordEndsAt(std::string_view rest, std::size_t length) {
     const std::string_view after = rest.substr(length);
     return after.empty() || after.front() == ' ' || after.front() == '(' || startsWith(after, "\u3000");
 }
 
-std::optional<Header> headerOf(const Program::Row& row)
-{
+std::optional<Header> headerOf(const Program::Row& row) {
     if (row.kind != Program::Row::Kind::code || row.text.empty() || row.text.back() != ':')
         return std::nullopt;
     const std::string rest = trimmed(std::string_view(row.text).substr(0, row.text.size() - 1));
@@ -81,8 +86,7 @@ std::optional<Header> headerOf(const Program::Row& row)
     return std::nullopt;
 }
 
-std::int64_t indentWidth(std::string_view line)
-{
+std::int64_t indentWidth(std::string_view line) {
     std::int64_t width = 0;
     for (char32_t c : unicode::decode(line)) {
         if (c == U' ' || c == U'\u3000')
@@ -95,15 +99,15 @@ std::int64_t indentWidth(std::string_view line)
     return width;
 }
 
-std::vector<std::string> splitParameters(std::string_view text)
-{
+std::vector<std::string> splitParameters(std::string_view text) {
     std::vector<std::string> params;
     if (trimmed(text).empty())
         return params;
     std::size_t start = 0;
     while (true) {
         const std::size_t comma = text.find(',', start);
-        params.push_back(trimmed(text.substr(start, comma == std::string_view::npos ? text.npos : comma - start)));
+        params.push_back(
+            trimmed(text.substr(start, comma == std::string_view::npos ? text.npos : comma - start)));
         if (comma == std::string_view::npos)
             return params;
         start = comma + 1;
@@ -122,8 +126,7 @@ private:
     bool atEnd() const { return m_cursor >= m_rows.size(); }
     const Program::Row& row() const { return m_rows[m_cursor]; }
 
-    ProgramBody parseBlock(std::int64_t minimumIndent)
-    {
+    ProgramBody parseBlock(std::int64_t minimumIndent) {
         ProgramBody nodes;
         while (!atEnd()) {
             const Program::Row& current = row();
@@ -143,8 +146,7 @@ private:
     }
 
     // The first code row after `from`, past blank and note rows.
-    std::optional<std::size_t> nextCodeRow(std::size_t from) const
-    {
+    std::optional<std::size_t> nextCodeRow(std::size_t from) const {
         for (std::size_t i = from; i < m_rows.size(); ++i) {
             if (m_rows[i].kind == Program::Row::Kind::code)
                 return i;
@@ -153,16 +155,14 @@ private:
     }
 
     // Call with the cursor right after the header row.
-    ProgramBody parseBody(std::int64_t headerIndent)
-    {
+    ProgramBody parseBody(std::int64_t headerIndent) {
         const auto first = nextCodeRow(m_cursor);
         if (!first || m_rows[*first].indent <= headerIndent)
             return {};
         return parseBlock(m_rows[*first].indent);
     }
 
-    ProgramNode parseCodeRow()
-    {
+    ProgramNode parseCodeRow() {
         const Program::Row& current = row();
         ++m_cursor;
         if (const auto header = headerOf(current))
@@ -170,8 +170,7 @@ private:
         return simpleStatement(current);
     }
 
-    ProgramNode parseHeader(const Program::Row& headerRow, const Header& header)
-    {
+    ProgramNode parseHeader(const Program::Row& headerRow, const Header& header) {
         switch (header.keyword) {
         case Keyword::ifWord:
             return parseIfChain(headerRow, header);
@@ -188,8 +187,7 @@ private:
         return invalidNode(headerRow.index, Mistake::condition, parseBody(headerRow.indent));
     }
 
-    ProgramNode parseIfChain(const Program::Row& ifRow, const Header& ifHeader)
-    {
+    ProgramNode parseIfChain(const Program::Row& ifRow, const Header& ifHeader) {
         program::IfChain chain;
         std::optional<std::int64_t> failedIndex;
         auto addBranch = [&](const Program::Row& branchRow, const Header& header) {
@@ -235,8 +233,7 @@ private:
         return {std::move(chain)};
     }
 
-    ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument)
-    {
+    ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument) {
         const std::size_t in = argument.find(" in ");
         if (in == std::string::npos) {
             return invalidNode(headerRow.index, Mistake::forRange, parseBody(headerRow.indent));
@@ -258,8 +255,7 @@ private:
         return {std::move(loop)};
     }
 
-    ProgramNode parseWhile(const Program::Row& headerRow, const std::string& argument)
-    {
+    ProgramNode parseWhile(const Program::Row& headerRow, const std::string& argument) {
         program::WhileLoop loop{headerRow.index, nullptr, {}};
         bool readable = true;
         try {
@@ -273,15 +269,15 @@ private:
         return {std::move(loop)};
     }
 
-    ProgramNode parseDefine(const Program::Row& headerRow, const std::string& argument)
-    {
+    ProgramNode parseDefine(const Program::Row& headerRow, const std::string& argument) {
         ProgramBody body = parseBody(headerRow.indent);
         const std::size_t open = argument.find('(');
         if (open == std::string::npos || argument.empty() || argument.back() != ')')
             return invalidNode(headerRow.index, Mistake::defShape, std::move(body));
-        program::Define define{headerRow.index, trimmed(argument.substr(0, open)),
-                               splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
-                               nullptr};
+        program::Define define{
+            headerRow.index, trimmed(argument.substr(0, open)),
+            splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
+            nullptr};
         bool namesValid = Program::isValidName(define.name);
         for (const auto& param : define.params)
             namesValid = namesValid && Program::isValidName(param);
@@ -291,8 +287,7 @@ private:
         return {std::move(define)};
     }
 
-    static ProgramNode simpleStatement(const Program::Row& current)
-    {
+    static ProgramNode simpleStatement(const Program::Row& current) {
         const std::string& text = current.text;
         if (text == "break")
             return {program::BreakLoop{current.index}};
@@ -314,8 +309,7 @@ private:
     std::size_t m_cursor = 0;
 };
 
-void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::optional<std::string>& home)
-{
+void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::optional<std::string>& home) {
     for (const auto& node : nodes) {
         if (const auto* define = node.as<program::Define>())
             table[define->name] = ProgramFunction{define->name, define->params, define->body, home};
@@ -326,8 +320,7 @@ void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::opti
 
 namespace Program {
 
-Row makeRow(std::int64_t index, std::string_view line)
-{
+Row makeRow(std::int64_t index, std::string_view line) {
     Row row{index, indentWidth(line), trimmed(line), Row::Kind::code};
     if (row.text.empty()) {
         row.kind = Row::Kind::blank;
@@ -342,8 +335,7 @@ Row makeRow(std::int64_t index, std::string_view line)
     return row;
 }
 
-ProgramBody parse(const std::vector<std::string>& lines)
-{
+ProgramBody parse(const std::vector<std::string>& lines) {
     std::vector<Row> rows;
     rows.reserve(lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i)
@@ -351,15 +343,13 @@ ProgramBody parse(const std::vector<std::string>& lines)
     return TreeBuilder(std::move(rows)).parseAll();
 }
 
-FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home)
-{
+FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home) {
     FunctionTable table;
     collectInto(table, nodes, home);
     return table;
 }
 
-bool isValidName(std::string_view name)
-{
+bool isValidName(std::string_view name) {
     const std::u32string scalars = unicode::decode(name);
     if (scalars.empty())
         return false;
@@ -372,12 +362,12 @@ bool isValidName(std::string_view name)
     return true;
 }
 
-ExprPtr parseWholeExpression(std::string_view text)
-{
+ExprPtr parseWholeExpression(std::string_view text) {
     Parser parser(tokenize(text));
     ExprPtr expression = parser.parseExpression();
     if (!parser.atEnd())
-        throw CalcError(L10n::pick("式の書き方が正しくありません", "This expression isn’t written correctly"));
+        throw CalcError(
+            L10n::pick("式の書き方が正しくありません", "This expression isn’t written correctly"));
     return expression;
 }
 

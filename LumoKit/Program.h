@@ -42,8 +42,12 @@ struct Line {
     std::string source;
     std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
 };
-struct Blank { std::int64_t index = 0; };
-struct Comment { std::int64_t index = 0; };
+struct Blank {
+    std::int64_t index = 0;
+};
+struct Comment {
+    std::int64_t index = 0;
+};
 /// A structural mistake with its finished message. The body under a faulty header is kept
 /// so that its lines are known, but it never runs.
 struct Invalid {
@@ -57,7 +61,9 @@ struct Branch {
     ExprPtr condition;
     ProgramBody body;
 };
-struct IfChain { std::vector<Branch> branches; };
+struct IfChain {
+    std::vector<Branch> branches;
+};
 struct ForLoop {
     std::int64_t index = 0;
     std::string name;
@@ -80,8 +86,12 @@ struct Return {
     std::int64_t index = 0;
     ExprPtr value;
 };
-struct BreakLoop { std::int64_t index = 0; };
-struct ContinueLoop { std::int64_t index = 0; };
+struct BreakLoop {
+    std::int64_t index = 0;
+};
+struct ContinueLoop {
+    std::int64_t index = 0;
+};
 
 } // namespace program
 

@@ -9,26 +9,20 @@ namespace {
 // Reading the clock costs more than a step, so it is read only this often.
 constexpr std::int64_t clockInterval = 256;
 
-std::string tooManyStepsMessage()
-{
+std::string tooManyStepsMessage() {
     return L10n::pick("繰り返しが多すぎます", "Too many loop steps");
 }
 
-std::string tooLongMessage()
-{
+std::string tooLongMessage() {
     return L10n::pick("繰り返しに時間がかかりすぎます", "The loop is taking too long");
 }
 
 } // namespace
 
 ProgramBudget::ProgramBudget(BudgetLimits limits)
-    : m_limits(limits)
-    , m_startedAt(std::chrono::steady_clock::now())
-{
-}
+    : m_limits(limits), m_startedAt(std::chrono::steady_clock::now()) {}
 
-void ProgramBudget::takeStep()
-{
+void ProgramBudget::takeStep() {
     if (exhausted())
         throwStopped();
     ++m_steps;
@@ -38,8 +32,7 @@ void ProgramBudget::takeStep()
         throwStopped();
 }
 
-void ProgramBudget::enterCall()
-{
+void ProgramBudget::enterCall() {
     if (exhausted())
         throwStopped();
     ++m_calls;
@@ -52,14 +45,12 @@ void ProgramBudget::enterCall()
     }
 }
 
-void ProgramBudget::leaveCall()
-{
+void ProgramBudget::leaveCall() {
     if (m_depth > 0)
         --m_depth;
 }
 
-bool ProgramBudget::checkClock()
-{
+bool ProgramBudget::checkClock() {
     if (exhausted())
         return false;
     if (elapsedSeconds() >= m_limits.maxSeconds)
@@ -67,19 +58,16 @@ bool ProgramBudget::checkClock()
     return !exhausted();
 }
 
-double ProgramBudget::elapsedSeconds() const
-{
+double ProgramBudget::elapsedSeconds() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_startedAt).count();
 }
 
-void ProgramBudget::stop(std::string message)
-{
+void ProgramBudget::stop(std::string message) {
     m_stopMessage = std::move(message);
     throwStopped();
 }
 
-void ProgramBudget::throwStopped() const
-{
+void ProgramBudget::throwStopped() const {
     throw CalcError(stopMessage());
 }
 

@@ -26,37 +26,31 @@ public:
     using CalcError::CalcError;
 };
 
-std::string withSheetName(const std::string& message, const std::string& sheet)
-{
+std::string withSheetName(const std::string& message, const std::string& sheet) {
     return L10n::pick(message + "（" + sheet + " シートの）", message + " (from sheet “" + sheet + "”)");
 }
 
-std::string returnOutsideDefMessage()
-{
+std::string returnOutsideDefMessage() {
     return L10n::pick("return は def の中だけで使えます", "return can only be used inside def");
 }
 
-std::string notIterableMessage()
-{
+std::string notIterableMessage() {
     return L10n::pick("for で回せるのは range(…) と表 [1, 2, 3] と文字です",
                       "for can loop over range(…), a list [1, 2, 3], or text");
 }
 
-std::string argumentCountMessage(const std::string& name, std::size_t count)
-{
+std::string argumentCountMessage(const std::string& name, std::size_t count) {
     const std::string n = std::to_string(count);
     return L10n::pick(name + " は引数が " + n + " 個必要です",
                       name + " needs " + n + (count == 1 ? " argument" : " arguments"));
 }
 
-std::string noReturnValueMessage(const std::string& name)
-{
+std::string noReturnValueMessage(const std::string& name) {
     return L10n::pick(name + " は値を返しません", name + " doesn’t return a value");
 }
 
 // A range bound cut to a whole number; far-out values are clamped so the counting stays exact.
-std::int64_t wholeBound(double number)
-{
+std::int64_t wholeBound(double number) {
     constexpr double limit = 9.0e18;
     if (std::isnan(number))
         return 0;
@@ -68,17 +62,13 @@ class CallScope {
 public:
     CallScope(LineContext& context, std::vector<std::optional<std::string>>& homeStack,
               std::unordered_map<std::string, Value> arguments, const std::optional<std::string>& home)
-        : m_context(context)
-        , m_homeStack(homeStack)
-        , m_previous(context.previous)
-        , m_mixedUnits(context.mixedUnits)
-    {
+        : m_context(context), m_homeStack(homeStack), m_previous(context.previous),
+          m_mixedUnits(context.mixedUnits) {
         m_context.budget.enterCall();
         m_context.locals.push_back(std::move(arguments));
         m_homeStack.push_back(home);
     }
-    ~CallScope()
-    {
+    ~CallScope() {
         m_homeStack.pop_back();
         m_context.locals.pop_back();
         m_context.previous = std::move(m_previous);
@@ -99,16 +89,10 @@ private:
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
                              BudgetLimits limits)
-    : m_lines(std::move(lines))
-    , m_context(limits)
-    , m_results(m_lines.size())
-    , m_visited(m_lines.size(), false)
-    , m_others(others)
-{
-}
+    : m_lines(std::move(lines)), m_context(limits), m_results(m_lines.size()),
+      m_visited(m_lines.size(), false), m_others(others) {}
 
-std::vector<LineResult> ProgramRunner::run()
-{
+std::vector<LineResult> ProgramRunner::run() {
     m_context.findFunction = [this](const std::string& name) { return findFunction(name); };
     m_context.runFunction = [this](const ProgramFunction& function, const std::vector<Value>& args) {
         return runFunction(function, args);
@@ -127,8 +111,7 @@ std::vector<LineResult> ProgramRunner::run()
     return std::move(m_results);
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting)
-{
+std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting) {
     for (const auto& node : body) {
         auto flow = executeNode(node, counting);
         stopIfExhausted();
@@ -138,48 +121,46 @@ std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, 
     return std::nullopt;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, LineCounting counting)
-{
+std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, LineCounting counting) {
     markVisited(node);
-    return std::visit(
-        overloaded{
-            [&](const program::Line& line) -> std::optional<ProgramFlow> {
-                setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
-                // A single line can be slow (a big plot, copying a long list), and a sheet of many
-                // such lines must not hang the editor, so the clock bounds the whole run.
-                m_context.budget.checkClock();
-                return std::nullopt;
-            },
-            [&](const program::Blank&) -> std::optional<ProgramFlow> {
-                if (m_context.locals.empty())
-                    m_context.endBlock();
-                return std::nullopt;
-            },
-            [&](const program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
-            [&](const program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
-            [&](const program::IfChain& chain) { return executeIf(chain, counting); },
-            [&](const program::ForLoop& loop) { return executeFor(loop); },
-            [&](const program::WhileLoop& loop) { return executeWhile(loop); },
-            [&](const program::Define& define) -> std::optional<ProgramFlow> {
-                // Defs met inside another sheet's function stay with that sheet.
-                if (currentOwner() == LineOwner::thisSheet)
-                    m_context.functions.insert_or_assign(
-                        define.name, ProgramFunction{define.name, define.params, define.body, std::nullopt});
-                return std::nullopt;
-            },
-            [&](const program::Return& statement) { return executeReturn(statement); },
-            [&](const program::BreakLoop&) -> std::optional<ProgramFlow> {
-                return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
-            },
-            [&](const program::ContinueLoop&) -> std::optional<ProgramFlow> {
-                return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
-            },
-        },
-        node.node);
+    return std::visit(overloaded{
+                          [&](const program::Line& line) -> std::optional<ProgramFlow> {
+                              setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
+                              // A single line can be slow (a big plot, copying a long list), and a sheet of
+                              // many such lines must not hang the editor, so the clock bounds the whole run.
+                              m_context.budget.checkClock();
+                              return std::nullopt;
+                          },
+                          [&](const program::Blank&) -> std::optional<ProgramFlow> {
+                              if (m_context.locals.empty())
+                                  m_context.endBlock();
+                              return std::nullopt;
+                          },
+                          [&](const program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const program::IfChain& chain) { return executeIf(chain, counting); },
+                          [&](const program::ForLoop& loop) { return executeFor(loop); },
+                          [&](const program::WhileLoop& loop) { return executeWhile(loop); },
+                          [&](const program::Define& define) -> std::optional<ProgramFlow> {
+                              // Defs met inside another sheet's function stay with that sheet.
+                              if (currentOwner() == LineOwner::thisSheet)
+                                  m_context.functions.insert_or_assign(
+                                      define.name,
+                                      ProgramFunction{define.name, define.params, define.body, std::nullopt});
+                              return std::nullopt;
+                          },
+                          [&](const program::Return& statement) { return executeReturn(statement); },
+                          [&](const program::BreakLoop&) -> std::optional<ProgramFlow> {
+                              return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
+                          },
+                          [&](const program::ContinueLoop&) -> std::optional<ProgramFlow> {
+                              return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
+                          },
+                      },
+                      node.node);
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chain, LineCounting counting)
-{
+std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chain, LineCounting counting) {
     for (const auto& branch : chain.branches) {
         if (branch.condition) {
             bool holds = false;
@@ -198,8 +179,8 @@ std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chai
     return std::nullopt;
 }
 
-bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body, std::optional<ProgramFlow>& flow)
-{
+bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body,
+                            std::optional<ProgramFlow>& flow) {
     try {
         flow = executeBlock(body, LineCounting::uncounted);
     } catch (const RunStopped&) {
@@ -215,8 +196,7 @@ bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body, s
     return true;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loop)
-{
+std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loop) {
     std::vector<Value> items;
     try {
         items = iterationItems(*loop.iterable);
@@ -241,8 +221,7 @@ std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loo
     return flow;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop& loop)
-{
+std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop& loop) {
     setResult(loop.index, {});
     std::optional<ProgramFlow> flow;
     while (true) {
@@ -261,8 +240,7 @@ std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop&
     return flow;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeReturn(const program::Return& statement)
-{
+std::optional<ProgramFlow> ProgramRunner::executeReturn(const program::Return& statement) {
     if (m_context.locals.empty()) {
         failLine(statement.index, returnOutsideDefMessage());
         return std::nullopt;
@@ -280,8 +258,7 @@ std::optional<ProgramFlow> ProgramRunner::executeReturn(const program::Return& s
     return flow;
 }
 
-std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable)
-{
+std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
     if (const auto* call = iterable.as<expr::Call>(); call && unicode::toLower(call->name) == "range")
         return rangeItems(*call);
     Value value = Evaluator(&m_context).evaluate(iterable);
@@ -296,8 +273,7 @@ std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable)
     throw CalcError(notIterableMessage());
 }
 
-std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call)
-{
+std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call) {
     if (call.args.empty() || call.args.size() > 3)
         throw CalcError(L10n::pick("range(終わり) / range(始め, 終わり) / range(始め, 終わり, 刻み)",
                                    "Use range(end), range(start, end), or range(start, end, step)"));
@@ -319,7 +295,8 @@ std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call)
         throw CalcError(L10n::pick("range の刻みに 0 は使えません", "The range step can’t be 0"));
     // Passes beyond what the budget still allows would fail anyway; one more is enough to fail it.
     const ProgramBudget& budget = m_context.budget;
-    const auto passLimit = static_cast<std::size_t>(std::max<std::int64_t>(budget.limits().maxSteps - budget.steps(), 0)) + 1;
+    const auto passLimit =
+        static_cast<std::size_t>(std::max<std::int64_t>(budget.limits().maxSteps - budget.steps(), 0)) + 1;
     std::vector<Value> items;
     for (std::int64_t value = start; step > 0 ? value < end : value > end;) {
         items.push_back(Value::plain(static_cast<double>(value)));
@@ -329,8 +306,7 @@ std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call)
     return items;
 }
 
-const ProgramFunction* ProgramRunner::findFunction(const std::string& name)
-{
+const ProgramFunction* ProgramRunner::findFunction(const std::string& name) {
     const auto lookIn = [&name](const FunctionTable& table) -> const ProgramFunction* {
         const auto found = table.find(name);
         return found == table.end() ? nullptr : &found->second;
@@ -355,8 +331,7 @@ const ProgramFunction* ProgramRunner::findFunction(const std::string& name)
     return nullptr;
 }
 
-Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vector<Value>& args)
-{
+Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vector<Value>& args) {
     if (args.size() != function.params.size())
         throw CalcError(argumentCountMessage(function.name, function.params.size()));
     // The table entry may be replaced while the body runs (a def of the same name inside it).
@@ -376,8 +351,7 @@ Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vec
     }
 }
 
-Value ProgramRunner::runBody(const ProgramFunction& function)
-{
+Value ProgramRunner::runBody(const ProgramFunction& function) {
     std::optional<ProgramFlow> flow;
     try {
         flow = executeBlock(*function.body, LineCounting::uncounted);
@@ -389,8 +363,7 @@ Value ProgramRunner::runBody(const ProgramFunction& function)
     throw CalcError(noReturnValueMessage(function.name));
 }
 
-const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions()
-{
+const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions() {
     if (!m_sharedCache) {
         m_sharedCache.emplace();
         for (const auto& sheet : m_others) {
@@ -401,24 +374,21 @@ const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions()
     return *m_sharedCache;
 }
 
-LineOwner ProgramRunner::currentOwner() const
-{
+LineOwner ProgramRunner::currentOwner() const {
     return !m_homeStack.empty() && m_homeStack.back() ? LineOwner::otherSheet : LineOwner::thisSheet;
 }
 
-void ProgramRunner::setResult(std::int64_t index, LineResult result)
-{
-    if (currentOwner() == LineOwner::thisSheet && index >= 0 && static_cast<std::size_t>(index) < m_results.size())
+void ProgramRunner::setResult(std::int64_t index, LineResult result) {
+    if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
+        static_cast<std::size_t>(index) < m_results.size())
         m_results[static_cast<std::size_t>(index)] = std::move(result);
 }
 
-void ProgramRunner::failLine(std::int64_t index, const std::string& message)
-{
+void ProgramRunner::failLine(std::int64_t index, const std::string& message) {
     setResult(index, {LineOutcome::makeFailure(message), std::nullopt});
 }
 
-void ProgramRunner::markVisited(const ProgramNode& node)
-{
+void ProgramRunner::markVisited(const ProgramNode& node) {
     if (currentOwner() != LineOwner::thisSheet)
         return;
     const auto mark = [this](std::int64_t index) {
@@ -458,12 +428,12 @@ void ProgramRunner::markVisited(const ProgramNode& node)
 }
 
 // Notes and structural mistakes show wherever they stand, even in code that never runs.
-void ProgramRunner::showStructure(const ProgramBody& body)
-{
+void ProgramRunner::showStructure(const ProgramBody& body) {
     for (const auto& node : body) {
         std::visit(overloaded{
                        [&](const program::Comment& comment) {
-                           m_results[static_cast<std::size_t>(comment.index)].outcome = LineOutcome::makeComment();
+                           m_results[static_cast<std::size_t>(comment.index)].outcome =
+                               LineOutcome::makeComment();
                        },
                        [&](const program::Invalid& invalid) {
                            failLine(invalid.index, invalid.message);
@@ -482,8 +452,7 @@ void ProgramRunner::showStructure(const ProgramBody& body)
     }
 }
 
-void ProgramRunner::fillUnreached()
-{
+void ProgramRunner::fillUnreached() {
     const std::string message = m_context.budget.stopMessage();
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         if (!m_visited[i] && !unicode::trim(m_lines[i]).empty())
@@ -491,8 +460,7 @@ void ProgramRunner::fillUnreached()
     }
 }
 
-void ProgramRunner::stopIfExhausted() const
-{
+void ProgramRunner::stopIfExhausted() const {
     if (m_context.budget.exhausted())
         throw RunStopped{};
 }

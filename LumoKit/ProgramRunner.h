@@ -24,7 +24,8 @@ struct ProgramFlow {
 class ProgramRunner {
 public:
     /// `others` must outlive the runner.
-    ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others, BudgetLimits limits = {});
+    ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
+                  BudgetLimits limits = {});
 
     ProgramRunner(const ProgramRunner&) = delete;
     ProgramRunner& operator=(const ProgramRunner&) = delete;

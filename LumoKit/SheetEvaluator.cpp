@@ -5,37 +5,32 @@
 
 namespace lumo {
 
-LineOutcome LineOutcome::makeValue(Value value)
-{
+LineOutcome LineOutcome::makeValue(Value value) {
     LineOutcome outcome;
     outcome.kind = Kind::value;
     outcome.value = std::move(value);
     return outcome;
 }
 
-LineOutcome LineOutcome::makePlot(PlotSpec plot)
-{
+LineOutcome LineOutcome::makePlot(PlotSpec plot) {
     LineOutcome outcome;
     outcome.kind = Kind::plot;
     outcome.plot = std::move(plot);
     return outcome;
 }
 
-LineOutcome LineOutcome::makeFailure(std::string message)
-{
+LineOutcome LineOutcome::makeFailure(std::string message) {
     LineOutcome outcome;
     outcome.kind = Kind::failure;
     outcome.message = std::move(message);
     return outcome;
 }
 
-LineOutcome LineOutcome::makeBlank()
-{
+LineOutcome LineOutcome::makeBlank() {
     return LineOutcome{};
 }
 
-LineOutcome LineOutcome::makeComment()
-{
+LineOutcome LineOutcome::makeComment() {
     LineOutcome outcome;
     outcome.kind = Kind::comment;
     return outcome;
@@ -43,8 +38,7 @@ LineOutcome LineOutcome::makeComment()
 
 namespace DocumentEvaluator {
 
-std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others)
-{
+std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others) {
     return ProgramRunner(unicode::splitLines(text), others).run();
 }
 

@@ -21,9 +21,9 @@ struct LineOutcome {
     enum class Kind { value, plot, failure, blank, comment };
 
     Kind kind = Kind::blank;
-    Value value;          // for `value`
-    PlotSpec plot;        // for `plot`
-    std::string message;  // for `failure`
+    Value value;         // for `value`
+    PlotSpec plot;       // for `plot`
+    std::string message; // for `failure`
 
     static LineOutcome makeValue(Value value);
     static LineOutcome makePlot(PlotSpec plot);

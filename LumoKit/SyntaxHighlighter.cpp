@@ -34,7 +34,9 @@ constexpr std::array<KindInfo, 8> kindTable{{
     {SyntaxKind::comment, "comment", "コメント", "Comments", 0xA8A296FF, 0x66666FFF},
 }};
 
-const KindInfo& info(SyntaxKind kind) { return kindTable[static_cast<std::size_t>(kind)]; }
+const KindInfo& info(SyntaxKind kind) {
+    return kindTable[static_cast<std::size_t>(kind)];
+}
 
 using lexer::continuesName;
 using lexer::isAsciiDigit;
@@ -43,22 +45,24 @@ using lexer::startsName;
 using Digits = lexer::NameDigits;
 using QuoteClass = lexer::QuoteClass;
 
-QuoteClass quoteClass(std::string_view c) { return lexer::quoteClassOf(c); }
+QuoteClass quoteClass(std::string_view c) {
+    return lexer::quoteClassOf(c);
+}
 
 bool continuesNumber(std::string_view c) {
     return isAsciiDigit(c) || c == "." || c == "," || c == "万" || c == "億" || c == "兆" || c == "千";
 }
 
 bool isOperatorMark(std::string_view c) {
-    static const std::unordered_set<std::string_view> marks{"+", "-", "*", "/", "^", "%", "=", "×", "÷",
-                                                            "→", "(", ")", ",", "·", "[", "]"};
+    static const std::unordered_set<std::string_view> marks{"+", "-", "*", "/", "^", "%", "=", "×",
+                                                            "÷", "→", "(", ")", ",", "·", "[", "]"};
     return marks.contains(c);
 }
 
 bool isProgramWord(std::string_view word) {
-    static const std::unordered_set<std::string_view> words{"if",  "elif", "else",  "for",    "while", "def",
-                                                            "return", "break", "continue", "in", "and", "or",
-                                                            "not", "True", "False", "range"};
+    static const std::unordered_set<std::string_view> words{
+        "if",       "elif", "else", "for", "while", "def",  "return", "break",
+        "continue", "in",   "and",  "or",  "not",   "True", "False",  "range"};
     return words.contains(word);
 }
 
@@ -106,7 +110,9 @@ public:
     }
 
 private:
-    std::string_view at(std::size_t i) const { return i < m_chars.size() ? std::string_view(m_chars[i]) : ""; }
+    std::string_view at(std::size_t i) const {
+        return i < m_chars.size() ? std::string_view(m_chars[i]) : "";
+    }
 
     void emit(std::size_t from, std::size_t to, SyntaxKind kind) {
         m_ranges.push_back({m_offsets[from], m_offsets[to] - m_offsets[from], kind});
@@ -194,7 +200,9 @@ const std::vector<SyntaxKind>& allSyntaxKinds() {
     return kinds;
 }
 
-std::string_view rawValue(SyntaxKind kind) { return info(kind).raw; }
+std::string_view rawValue(SyntaxKind kind) {
+    return info(kind).raw;
+}
 
 std::optional<SyntaxKind> syntaxKindFromRaw(std::string_view raw) {
     for (const auto& entry : kindTable)
@@ -203,7 +211,9 @@ std::optional<SyntaxKind> syntaxKindFromRaw(std::string_view raw) {
     return std::nullopt;
 }
 
-std::string title(SyntaxKind kind) { return L10n::pick(info(kind).japanese, info(kind).english); }
+std::string title(SyntaxKind kind) {
+    return L10n::pick(info(kind).japanese, info(kind).english);
+}
 
 std::vector<SyntaxRange> highlightLine(std::string_view line) {
     if (isNoteLine(line))
@@ -215,7 +225,8 @@ namespace HexColor {
 
 std::string format(std::uint32_t rgba) {
     char buffer[8];
-    std::snprintf(buffer, sizeof buffer, "#%02X%02X%02X", (rgba >> 24) & 0xFF, (rgba >> 16) & 0xFF, (rgba >> 8) & 0xFF);
+    std::snprintf(buffer, sizeof buffer, "#%02X%02X%02X", (rgba >> 24) & 0xFF, (rgba >> 16) & 0xFF,
+                  (rgba >> 8) & 0xFF);
     return buffer;
 }
 
@@ -261,7 +272,8 @@ std::uint32_t color(SyntaxKind kind, Appearance appearance, const SyntaxColorOve
         if (auto parsed = HexColor::parse(entry->second))
             return *parsed;
     // The default goes through the same text form as a user's entry, so both are read alike.
-    return HexColor::parse(HexColor::format(defaultColor(kind, appearance))).value_or(defaultColor(kind, appearance));
+    return HexColor::parse(HexColor::format(defaultColor(kind, appearance)))
+        .value_or(defaultColor(kind, appearance));
 }
 
 } // namespace Theme

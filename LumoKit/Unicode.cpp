@@ -143,9 +143,13 @@ bool isWhitespace(char32_t c) {
     return (c >= 0x09 && c <= 0x0D) || c == 0x85;
 }
 
-std::string toLower(std::string_view text) { return mapScalars(text, utf8proc_tolower); }
+std::string toLower(std::string_view text) {
+    return mapScalars(text, utf8proc_tolower);
+}
 
-std::string toUpper(std::string_view text) { return mapScalars(text, utf8proc_toupper); }
+std::string toUpper(std::string_view text) {
+    return mapScalars(text, utf8proc_toupper);
+}
 
 std::string nfc(std::string_view text) {
     // utf8proc refuses invalid UTF-8, so repair it first.
@@ -179,7 +183,9 @@ std::string trim(std::string_view text) {
     return encode(std::u32string_view(scalars).substr(begin, end - begin));
 }
 
-std::size_t utf16Length(std::string_view text) { return utf16OffsetOfByte(text, text.size()); }
+std::size_t utf16Length(std::string_view text) {
+    return utf16OffsetOfByte(text, text.size());
+}
 
 std::size_t byteOffsetOfUtf16(std::string_view text, std::size_t utf16Offset) {
     std::size_t bytes = 0, units = 0;

@@ -373,7 +373,7 @@ CombinationCache& combinationCache() {
 // exponent the whole text is the name and the exponent is 1.
 bool splitExponent(std::string_view term, std::string_view& name, int& exponent) {
     static const std::vector<std::string_view> superscripts = {"⁰", "¹", "²", "³", "⁴",
-                                                                "⁵", "⁶", "⁷", "⁸", "⁹"};
+                                                               "⁵", "⁶", "⁷", "⁸", "⁹"};
     name = term;
     exponent = 1;
     if (auto caret = term.find('^'); caret != std::string_view::npos) {
@@ -457,8 +457,8 @@ std::string MeasureUnit::signature() const {
 }
 
 bool MeasureUnit::operator==(const MeasureUnit& other) const {
-    return display == other.display && dimensions == other.dimensions && factor == other.factor
-        && offset == other.offset;
+    return display == other.display && dimensions == other.dimensions && factor == other.factor &&
+           offset == other.offset;
 }
 
 bool sameUnit(const UnitRef& a, const UnitRef& b) {
@@ -543,7 +543,9 @@ std::vector<std::string> UnitRegistry::allNames() const {
     return names;
 }
 
-bool isKnownUnit(std::string_view name) { return UnitRegistry::shared().find(name) != nullptr; }
+bool isKnownUnit(std::string_view name) {
+    return UnitRegistry::shared().find(name) != nullptr;
+}
 
 double convert(double x, const MeasureUnit& from, const MeasureUnit& to) {
     if (!from.sameDimensions(to)) {

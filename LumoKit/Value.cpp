@@ -18,9 +18,13 @@ constexpr double maxRepeatCount = 100001;
 // marks; this bound on bytes keeps such texts from growing without limit all the same.
 constexpr std::size_t maxTextBytes = maxTextLength * 64;
 
-[[noreturn]] void throwTextTooLong() { throw CalcError(L10n::pick("文字が長すぎます", "The text is too long")); }
+[[noreturn]] void throwTextTooLong() {
+    throw CalcError(L10n::pick("文字が長すぎます", "The text is too long"));
+}
 
-[[noreturn]] void throwListTooBig() { throw CalcError(L10n::pick("表が大きすぎます", "The list is too big")); }
+[[noreturn]] void throwListTooBig() {
+    throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+}
 
 std::string kindNameJapanese(const Value& value) {
     switch (value.kind) {
@@ -77,9 +81,9 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
 }
 
 [[noreturn]] void throwCannotJoin(const Value& other) {
-    throw CalcError(L10n::pick("文字と" + kindNameJapanese(other) + "は + でつなげません（str(値) で文字にできます）",
-                               "Text and " + kindNameEnglish(other)
-                                   + " can't be joined with + (str(value) makes text)"));
+    throw CalcError(
+        L10n::pick("文字と" + kindNameJapanese(other) + "は + でつなげません（str(値) で文字にできます）",
+                   "Text and " + kindNameEnglish(other) + " can't be joined with + (str(value) makes text)"));
 }
 
 } // namespace
@@ -101,15 +105,15 @@ std::size_t valueWeight(const Value& value, std::size_t limit) {
 namespace {
 
 Value joinTexts(const Value& left, const Value& right) {
-    if (unicode::graphemeCount(left.text) + unicode::graphemeCount(right.text) > maxTextLength
-        || left.text.size() + right.text.size() > maxTextBytes)
+    if (unicode::graphemeCount(left.text) + unicode::graphemeCount(right.text) > maxTextLength ||
+        left.text.size() + right.text.size() > maxTextBytes)
         throwTextTooLong();
     return Value::makeText(left.text + right.text);
 }
 
 Value joinLists(const Value& left, const Value& right) {
-    if (left.items.size() + right.items.size() > maxListItems
-        || valueWeight(left) + valueWeight(right) > maxValueWeight())
+    if (left.items.size() + right.items.size() > maxListItems ||
+        valueWeight(left) + valueWeight(right) > maxValueWeight())
         throwListTooBig();
     std::vector<Value> items;
     items.reserve(left.items.size() + right.items.size());
@@ -119,8 +123,8 @@ Value joinLists(const Value& left, const Value& right) {
 }
 
 std::size_t repeatCount(const Value& repeated, const Value& count) {
-    const bool whole = count.isNumber() && !count.unit && std::isfinite(count.number)
-        && count.number == std::round(count.number);
+    const bool whole = count.isNumber() && !count.unit && std::isfinite(count.number) &&
+                       count.number == std::round(count.number);
     if (!whole)
         throw CalcError(L10n::pick(kindNameJapanese(repeated) + "をくり返す回数は、単位の無い整数で書きます",
                                    "The repeat count must be a whole number without a unit"));
@@ -151,7 +155,9 @@ Value repeat(const Value& repeated, const Value& countValue) {
     return Value::makeText(std::move(text));
 }
 
-bool isRepeatable(const Value& value) { return value.isList() || value.isText(); }
+bool isRepeatable(const Value& value) {
+    return value.isList() || value.isText();
+}
 
 Value combineNumbers(const Value& left, const Value& right, double number, int exponentSign) {
     const CombinedUnit combined = combineUnits(left.unit, right.unit, exponentSign);
@@ -215,7 +221,9 @@ bool Value::operator==(const Value& other) const {
     return number == other.number && isPercent == other.isPercent && sameUnit(unit, other.unit);
 }
 
-std::string kindName(const Value& value) { return L10n::pick(kindNameJapanese(value), kindNameEnglish(value)); }
+std::string kindName(const Value& value) {
+    return L10n::pick(kindNameJapanese(value), kindNameEnglish(value));
+}
 
 Value withoutPercent(const Value& value) {
     if (!value.isNumber() || !value.isPercent)
@@ -231,7 +239,8 @@ AlignedNumbers alignUnits(const Value& left, const Value& right) {
     if (!left.unit->sameDimensions(*right.unit)) {
         const std::string& a = left.unit->display;
         const std::string& b = right.unit->display;
-        throw CalcError(L10n::pick(a + " と " + b + " は足し引きできません", a + " and " + b + " can't be added together"));
+        throw CalcError(L10n::pick(a + " と " + b + " は足し引きできません",
+                                   a + " and " + b + " can't be added together"));
     }
     return {left.number, convert(right.number, *right.unit, *left.unit), left.unit};
 }
@@ -242,10 +251,10 @@ void throwKindMismatch(const Value& left, const Value& right, std::string_view o
 
 void throwKindMismatch(const Value& left, const Value& right, std::string_view opJapanese,
                        std::string_view opEnglish) {
-    throw CalcError(L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は "
-                                   + std::string(opJapanese) + " で計算できません",
-                               std::string(opEnglish) + " doesn't work between " + kindNameEnglish(left) + " and "
-                                   + kindNameEnglish(right)));
+    throw CalcError(L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は " +
+                                   std::string(opJapanese) + " で計算できません",
+                               std::string(opEnglish) + " doesn't work between " + kindNameEnglish(left) +
+                                   " and " + kindNameEnglish(right)));
 }
 
 Value add(const Value& left, const Value& right) {

@@ -13,8 +13,8 @@ namespace lumo {
 struct Value {
     enum class Kind { list, text, number };
 
-    double number = 0;   // in the value's own unit; the figure as written for a percent
-    UnitRef unit;        // absent for plain numbers, lists and texts
+    double number = 0; // in the value's own unit; the figure as written for a percent
+    UnitRef unit;      // absent for plain numbers, lists and texts
     bool isPercent = false;
     Kind kind = Kind::number;
     std::vector<Value> items; // payload of `list`
@@ -40,7 +40,9 @@ inline constexpr std::size_t maxTextLength = 100000;
 inline constexpr std::size_t maxListItems = 100000;
 /// The heaviest value (see valueWeight) that one operation builds: far above any real sheet,
 /// it keeps a list of huge texts from taking all memory.
-constexpr std::size_t maxValueWeight() { return 20 * maxListItems; }
+constexpr std::size_t maxValueWeight() {
+    return 20 * maxListItems;
+}
 
 /// A measure of the memory a value holds: one per number, list and list item, and one more
 /// per 64 bytes of text. Counting stops once it passes `limit`.

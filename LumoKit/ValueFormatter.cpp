@@ -116,8 +116,8 @@ std::string decimalForm(double number, Grouping grouping) {
     const bool negative = text.front() == '-';
     const std::size_t begin = negative ? 1 : 0;
     const std::size_t point = std::min(text.find('.'), text.size());
-    return (negative ? "-" : "") + groupThousands(std::string_view(text).substr(begin, point - begin))
-        + text.substr(point);
+    return (negative ? "-" : "") + groupThousands(std::string_view(text).substr(begin, point - begin)) +
+           text.substr(point);
 }
 
 std::string formatList(const Value& list, Grouping grouping, int depth);
@@ -156,7 +156,9 @@ std::string formatList(const Value& list, Grouping grouping, int depth) {
 
 } // namespace
 
-int maxFractionDigits() { return g_maxFractionDigits.load(std::memory_order_relaxed); }
+int maxFractionDigits() {
+    return g_maxFractionDigits.load(std::memory_order_relaxed);
+}
 
 void setMaxFractionDigits(int digits) {
     g_maxFractionDigits.store(std::clamp(digits, 0, fractionDigitsCeiling), std::memory_order_relaxed);
@@ -186,6 +188,8 @@ std::string formatNumber(double number, Grouping grouping) {
     return decimalForm(rounded, grouping);
 }
 
-std::string format(const Value& value, Grouping grouping) { return formatAt(value, grouping, 0); }
+std::string format(const Value& value, Grouping grouping) {
+    return formatAt(value, grouping, 0);
+}
 
 } // namespace lumo::ValueFormatter

@@ -9,10 +9,8 @@
 namespace lumo {
 
 CloudSync::CloudSync(const QString& folder, QObject* parent)
-    : QObject(parent),
-      m_directory(QDir(folder).filePath(QStringLiteral("Documents"))),
-      m_fileURL(QDir(m_directory).filePath(QLatin1String(DocumentFile::fileName)))
-{
+    : QObject(parent), m_directory(QDir(folder).filePath(QStringLiteral("Documents"))),
+      m_fileURL(QDir(m_directory).filePath(QLatin1String(DocumentFile::fileName))) {
     QDir().mkpath(m_directory);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &CloudSync::onChanged);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &CloudSync::onChanged);
@@ -20,19 +18,16 @@ CloudSync::CloudSync(const QString& folder, QObject* parent)
     QTimer::singleShot(0, this, &CloudSync::remoteChanged);
 }
 
-QStringList CloudSync::conflictCopies() const
-{
+QStringList CloudSync::conflictCopies() const {
     return DocumentFile::conflictCopies(m_directory);
 }
 
-void CloudSync::onChanged()
-{
+void CloudSync::onChanged() {
     watch();
     emit remoteChanged();
 }
 
-void CloudSync::watch()
-{
+void CloudSync::watch() {
     // An atomic replace gives the file a new identity and drops its watch, so the path is
     // added again after every change; the folder's watch sees files appear and vanish.
     if (!m_watcher.directories().contains(m_directory) && QFileInfo::exists(m_directory))

@@ -7,16 +7,14 @@
 
 namespace lumo::DocumentFile {
 
-std::optional<QByteArray> read(const QString& path)
-{
+std::optional<QByteArray> read(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     return file.readAll();
 }
 
-QString writeAtomically(const QString& path, const QByteArray& bytes)
-{
+QString writeAtomically(const QString& path, const QByteArray& bytes) {
     // A failure here is not fatal by itself: opening the file below reports the real cause.
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
@@ -32,29 +30,28 @@ QString writeAtomically(const QString& path, const QByteArray& bytes)
     return {};
 }
 
-QString moveAside(const QString& path, const QDateTime& when)
-{
+QString moveAside(const QString& path, const QDateTime& when) {
     const QDir directory = QFileInfo(path).absoluteDir();
-    const QString stem = QStringLiteral("document.unreadable-") + when.toString(QStringLiteral("yyyyMMdd-HHmmss"));
+    const QString stem =
+        QStringLiteral("document.unreadable-") + when.toString(QStringLiteral("yyyyMMdd-HHmmss"));
     QString target = directory.filePath(stem + QStringLiteral(".json"));
     for (int counter = 2; QFileInfo::exists(target); ++counter)
         target = directory.filePath(stem + QStringLiteral("-%1.json").arg(counter));
     return QFile::rename(path, target) ? target : QString();
 }
 
-bool isConflictCopyName(const QString& fileName)
-{
+bool isConflictCopyName(const QString& fileName) {
     if (!fileName.startsWith(QLatin1String("document")) || !fileName.endsWith(QLatin1String(".json")))
         return false;
-    if (fileName == QLatin1String(DocumentFile::fileName) || fileName.startsWith(QLatin1String("document.unreadable-")))
+    if (fileName == QLatin1String(DocumentFile::fileName) ||
+        fileName.startsWith(QLatin1String("document.unreadable-")))
         return false;
     // What follows "document" must start a decoration, not another word ("documents.json").
     const QChar next = fileName.at(int(qstrlen("document")));
     return next == u' ' || next == u'.' || next == u'-' || next == u'_';
 }
 
-QStringList conflictCopies(const QString& directory)
-{
+QStringList conflictCopies(const QString& directory) {
     QStringList copies;
     const QDir dir(directory);
     for (const QString& name : dir.entryList({QStringLiteral("document*.json")}, QDir::Files, QDir::Name)) {

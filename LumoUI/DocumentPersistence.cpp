@@ -15,8 +15,7 @@ namespace lumo {
 
 namespace {
 
-std::optional<LumoDocument> decodeBytes(const QByteArray& bytes)
-{
+std::optional<LumoDocument> decodeBytes(const QByteArray& bytes) {
     try {
         return decodeDocument(std::string_view(bytes.constData(), std::size_t(bytes.size())));
     } catch (const std::exception&) {
@@ -27,8 +26,7 @@ std::optional<LumoDocument> decodeBytes(const QByteArray& bytes)
 } // namespace
 
 DocumentPersistence::DocumentPersistence(Options options, DocumentSource source, QObject* parent)
-    : QObject(parent), m_options(std::move(options)), m_source(std::move(source))
-{
+    : QObject(parent), m_options(std::move(options)), m_source(std::move(source)) {
     m_writer.setMaxThreadCount(1);
     // Coarse timers may fire 5% early; the delays are part of the behaviour, so they are precise.
     m_saveTimer.setTimerType(Qt::PreciseTimer);
@@ -46,13 +44,11 @@ DocumentPersistence::DocumentPersistence(Options options, DocumentSource source,
     }
 }
 
-DocumentPersistence::~DocumentPersistence()
-{
+DocumentPersistence::~DocumentPersistence() {
     m_writer.waitForDone();
 }
 
-std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now)
-{
+std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now) {
     if (m_options.localFile.isEmpty())
         return std::nullopt;
     const std::optional<QByteArray> bytes = DocumentFile::read(m_options.localFile);
@@ -63,9 +59,11 @@ std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now)
         const auto when = QDateTime::fromSecsSinceEpoch(qint64(now.seconds));
         const QString aside = DocumentFile::moveAside(m_options.localFile, when);
         if (aside.isEmpty())
-            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile << "and could not move it aside";
+            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile
+                                 << "and could not move it aside";
         else
-            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile << "- moved it to" << aside;
+            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile << "- moved it to"
+                                 << aside;
         return std::nullopt;
     }
     if (document->sheets.empty())
@@ -74,39 +72,38 @@ std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now)
     return document;
 }
 
-void DocumentPersistence::scheduleSave()
-{
+void DocumentPersistence::scheduleSave() {
     ++m_changeGeneration;
     m_saveTimer.start();
 }
 
-void DocumentPersistence::save()
-{
+void DocumentPersistence::save() {
     ++m_changeGeneration;
     m_saveTimer.stop();
     startSave();
 }
 
-void DocumentPersistence::startSave()
-{
+void DocumentPersistence::startSave() {
     if (m_options.localFile.isEmpty() && !m_cloud)
         return;
     ++m_writesInFlight;
     const std::uint64_t generation = m_changeGeneration;
-    m_writer.start([this, document = m_source(), generation, localFile = m_options.localFile, cloud = cloudFile()] {
-        WriteResult result = write(document, generation, localFile, cloud);
-        QMetaObject::invokeMethod(this, [this, result] { finishSave(result); }, Qt::QueuedConnection);
-    });
+    m_writer.start(
+        [this, document = m_source(), generation, localFile = m_options.localFile, cloud = cloudFile()] {
+            WriteResult result = write(document, generation, localFile, cloud);
+            QMetaObject::invokeMethod(
+                this, [this, result] { finishSave(result); }, Qt::QueuedConnection);
+        });
 }
 
-QString DocumentPersistence::cloudFile() const
-{
+QString DocumentPersistence::cloudFile() const {
     return m_cloud ? m_cloud->fileURL() : QString();
 }
 
-DocumentPersistence::WriteResult DocumentPersistence::write(const LumoDocument& document, std::uint64_t generation,
-                                                            const QString& localFile, const QString& cloudFile)
-{
+DocumentPersistence::WriteResult DocumentPersistence::write(const LumoDocument& document,
+                                                            std::uint64_t generation,
+                                                            const QString& localFile,
+                                                            const QString& cloudFile) {
     WriteResult result;
     result.generation = generation;
     try {
@@ -128,8 +125,7 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const LumoDocument& 
     return result;
 }
 
-void DocumentPersistence::finishSave(const WriteResult& result)
-{
+void DocumentPersistence::finishSave(const WriteResult& result) {
     --m_writesInFlight;
     if (!result.error.isEmpty()) {
         qWarning().noquote() << "Lumo: 保存に失敗しました" << result.error;
@@ -150,8 +146,7 @@ void DocumentPersistence::finishSave(const WriteResult& result)
     }
 }
 
-void DocumentPersistence::flush()
-{
+void DocumentPersistence::flush() {
     m_saveTimer.stop();
     m_writer.waitForDone();
     // Deliver the completions of the writes just finished before deciding what is unsaved.
@@ -162,8 +157,7 @@ void DocumentPersistence::flush()
     finishSave(write(m_source(), m_changeGeneration, m_options.localFile, cloudFile()));
 }
 
-void DocumentPersistence::checkRemote()
-{
+void DocumentPersistence::checkRemote() {
     if (!m_cloud)
         return;
     // Until our own write has landed, the cloud file may hold bytes we have not recorded yet.

@@ -21,14 +21,12 @@ namespace lumo {
 
 namespace {
 
-std::string newSheetName()
-{
+std::string newSheetName() {
     return L10n::pick("新しいシート", "New Sheet");
 }
 
 // A missing time counts as the distant past.
-double secondsOrDistantPast(const std::optional<Timestamp>& time)
-{
+double secondsOrDistantPast(const std::optional<Timestamp>& time) {
     return time ? time->seconds : -std::numeric_limits<double>::infinity();
 }
 
@@ -36,8 +34,8 @@ double secondsOrDistantPast(const std::optional<Timestamp>& time)
 
 // MARK: - Creation
 
-DocumentStore::Options DocumentStore::optionsForLaunch(const QStringList& arguments, const AppSettings* settings)
-{
+DocumentStore::Options DocumentStore::optionsForLaunch(const QStringList& arguments,
+                                                       const AppSettings* settings) {
     Options options;
     if (arguments.contains(QLatin1String("-lumoFixture"))) {
         options.source = Source::sample;
@@ -55,20 +53,16 @@ DocumentStore::Options DocumentStore::optionsForLaunch(const QStringList& argume
     return options;
 }
 
-QString DocumentStore::defaultStorageDirectory()
-{
+QString DocumentStore::defaultStorageDirectory() {
     const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     return base.isEmpty() ? QString() : QDir(base).filePath(QStringLiteral("Lumo"));
 }
 
 DocumentStore::DocumentStore(Options options, NotificationCenter* notifications, UndoCenter* undoCenter,
                              AppSettings* settings, QObject* parent)
-    : QObject(parent),
-      m_clock(options.clock ? options.clock : &Timestamp::now),
-      m_notifications(notifications),
-      m_undoCenter(undoCenter ? undoCenter : new UndoCenter(this)),
-      m_settings(settings)
-{
+    : QObject(parent), m_clock(options.clock ? options.clock : &Timestamp::now),
+      m_notifications(notifications), m_undoCenter(undoCenter ? undoCenter : new UndoCenter(this)),
+      m_settings(settings) {
     switch (options.source) {
     case Source::sample:
         m_document = sampleDocument(now());
@@ -86,7 +80,8 @@ DocumentStore::DocumentStore(Options options, NotificationCenter* notifications,
         where.cloudFolder = options.cloudFolder;
         where.saveDelay = options.saveDelay;
         where.mergeDelay = options.mergeDelay;
-        m_persistence = new DocumentPersistence(where, [this] { return m_document; }, this);
+        m_persistence = new DocumentPersistence(
+            where, [this] { return m_document; }, this);
         connect(m_persistence, &DocumentPersistence::saved, this, &DocumentStore::saved);
         connect(m_persistence, &DocumentPersistence::saveFailed, this, &DocumentStore::saveFailed);
         connect(m_persistence, &DocumentPersistence::remoteCopiesArrived, this, &DocumentStore::mergeRemote);
@@ -121,13 +116,11 @@ DocumentStore::DocumentStore(Options options, NotificationCenter* notifications,
     reconcileKeyLayouts();
 }
 
-DocumentStore::~DocumentStore()
-{
+DocumentStore::~DocumentStore() {
     flush();
 }
 
-void DocumentStore::observeNotifications()
-{
+void DocumentStore::observeNotifications() {
     if (auto* application = QCoreApplication::instance())
         connect(application, &QCoreApplication::aboutToQuit, this, &DocumentStore::flush);
     if (!m_notifications)
@@ -150,49 +143,41 @@ void DocumentStore::observeNotifications()
 
 // MARK: - Lookup
 
-QString DocumentStore::storageURL() const
-{
+QString DocumentStore::storageURL() const {
     return m_persistence ? m_persistence->localFile() : QString();
 }
 
-const std::optional<QByteArray>& DocumentStore::lastSyncedData() const
-{
+const std::optional<QByteArray>& DocumentStore::lastSyncedData() const {
     static const std::optional<QByteArray> none;
     return m_persistence ? m_persistence->lastSyncedData() : none;
 }
 
-const Sheet* DocumentStore::sheet(const Uuid& id) const
-{
+const Sheet* DocumentStore::sheet(const Uuid& id) const {
     const int index = indexOf(id);
     return index < 0 ? nullptr : &m_document.sheets[std::size_t(index)];
 }
 
-Sheet* DocumentStore::findSheet(const Uuid& id)
-{
+Sheet* DocumentStore::findSheet(const Uuid& id) {
     const int index = indexOf(id);
     return index < 0 ? nullptr : &m_document.sheets[std::size_t(index)];
 }
 
-int DocumentStore::indexOf(const Uuid& id) const
-{
+int DocumentStore::indexOf(const Uuid& id) const {
     const auto& sheets = m_document.sheets;
     const auto found = std::find_if(sheets.begin(), sheets.end(), [&](const Sheet& s) { return s.id == id; });
     return found == sheets.end() ? -1 : int(found - sheets.begin());
 }
 
-SheetHistory& DocumentStore::history(const Sheet& sheet)
-{
+SheetHistory& DocumentStore::history(const Sheet& sheet) {
     return m_histories.try_emplace(sheet.id, SheetSnapshot{sheet.text, sheet.lockedLines}).first->second;
 }
 
-SheetHistory::TimePoint DocumentStore::historyTime() const
-{
+SheetHistory::TimePoint DocumentStore::historyTime() const {
     using namespace std::chrono;
     return system_clock::time_point(duration_cast<system_clock::duration>(duration<double>(now().seconds)));
 }
 
-QList<SheetSession*> DocumentStore::liveSessions() const
-{
+QList<SheetSession*> DocumentStore::liveSessions() const {
     QList<SheetSession*> live;
     for (const QPointer<SheetSession>& session : m_sessions) {
         if (session)
@@ -201,27 +186,23 @@ QList<SheetSession*> DocumentStore::liveSessions() const
     return live;
 }
 
-Sheet DocumentStore::makeEmptySheet(std::string name) const
-{
+Sheet DocumentStore::makeEmptySheet(std::string name) const {
     return Sheet{Uuid::random(), std::move(name), {}, now(), {}};
 }
 
 // MARK: - Editing
 
-void DocumentStore::updateText(const Uuid& sheetID, const std::string& text)
-{
+void DocumentStore::updateText(const Uuid& sheetID, const std::string& text) {
     if (Sheet* target = findSheet(sheetID))
         applyContent(*target, SheetSnapshot{text, target->lockedLines});
 }
 
-void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines)
-{
+void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines) {
     if (Sheet* target = findSheet(sheetID))
         applyContent(*target, SheetSnapshot{target->text, lines});
 }
 
-void DocumentStore::applyContent(Sheet& sheet, SheetSnapshot snapshot)
-{
+void DocumentStore::applyContent(Sheet& sheet, SheetSnapshot snapshot) {
     if (sheet.text == snapshot.text && sheet.lockedLines == snapshot.lockedLines)
         return;
     // The history starts from the content before this change.
@@ -235,8 +216,7 @@ void DocumentStore::applyContent(Sheet& sheet, SheetSnapshot snapshot)
     changed();
 }
 
-Uuid DocumentStore::addSheet()
-{
+Uuid DocumentStore::addSheet() {
     const std::string number = std::to_string(m_document.sheets.size() + 1);
     Sheet added = makeEmptySheet(L10n::pick("シート " + number, "Sheet " + number));
     const Uuid id = added.id;
@@ -248,8 +228,7 @@ Uuid DocumentStore::addSheet()
     return id;
 }
 
-std::optional<Uuid> DocumentStore::duplicateSheet(const Uuid& sheetID)
-{
+std::optional<Uuid> DocumentStore::duplicateSheet(const Uuid& sheetID) {
     const int index = indexOf(sheetID);
     if (index < 0)
         return std::nullopt;
@@ -266,8 +245,7 @@ std::optional<Uuid> DocumentStore::duplicateSheet(const Uuid& sheetID)
     return id;
 }
 
-void DocumentStore::renameSheet(const Uuid& sheetID, const std::string& name)
-{
+void DocumentStore::renameSheet(const Uuid& sheetID, const std::string& name) {
     Sheet* target = findSheet(sheetID);
     if (!target || target->name == name)
         return;
@@ -277,8 +255,7 @@ void DocumentStore::renameSheet(const Uuid& sheetID, const std::string& name)
     changed();
 }
 
-void DocumentStore::moveSheet(const Uuid& sheetID, int toIndex)
-{
+void DocumentStore::moveSheet(const Uuid& sheetID, int toIndex) {
     const int from = indexOf(sheetID);
     if (from < 0)
         return;
@@ -294,8 +271,7 @@ void DocumentStore::moveSheet(const Uuid& sheetID, int toIndex)
     changed();
 }
 
-void DocumentStore::deleteSheet(const Uuid& sheetID)
-{
+void DocumentStore::deleteSheet(const Uuid& sheetID) {
     const int index = indexOf(sheetID);
     if (index < 0)
         return;
@@ -307,7 +283,8 @@ void DocumentStore::deleteSheet(const Uuid& sheetID)
         sheets.push_back(makeEmptySheet(newSheetName()));
     // The neighbour that takes the deleted sheet's place is shown instead.
     const Uuid neighbour = sheets[std::size_t(std::min(index, int(sheets.size()) - 1))].id;
-    if (m_document.selectedSheetID == sheetID || !m_document.selectedSheetID || !sheet(*m_document.selectedSheetID))
+    if (m_document.selectedSheetID == sheetID || !m_document.selectedSheetID ||
+        !sheet(*m_document.selectedSheetID))
         m_document.selectedSheetID = neighbour;
     if (m_pendingClearSheetID == sheetID)
         cancelClearSheet();
@@ -319,8 +296,7 @@ void DocumentStore::deleteSheet(const Uuid& sheetID)
     changed();
 }
 
-void DocumentStore::selectSheet(const Uuid& sheetID)
-{
+void DocumentStore::selectSheet(const Uuid& sheetID) {
     if (!sheet(sheetID))
         return;
     m_document.selectedSheetID = sheetID;
@@ -331,19 +307,19 @@ void DocumentStore::selectSheet(const Uuid& sheetID)
     emit documentChanged();
 }
 
-void DocumentStore::requestClearSheet(const Uuid& sheetID)
-{
+void DocumentStore::requestClearSheet(const Uuid& sheetID) {
     if (!sheet(sheetID))
         return;
     m_pendingClearSheetID = sheetID;
+    // clang-format off
     m_clearSheetPrompt = L10n::pick(
         "このシートだけを消去します。ほかのシートはそのまま残ります。元に戻すこともできます（↩︎ または ⌘Z）。",
         "Only this sheet is cleared; your other sheets are untouched. You can undo it (↩︎ or ⌘Z).");
+    // clang-format on
     emit clearSheetPromptChanged();
 }
 
-void DocumentStore::confirmClearSheet()
-{
+void DocumentStore::confirmClearSheet() {
     const std::optional<Uuid> target = m_pendingClearSheetID;
     m_pendingClearSheetID.reset();
     m_clearSheetPrompt.reset();
@@ -353,8 +329,7 @@ void DocumentStore::confirmClearSheet()
         applyContent(*cleared, SheetSnapshot{});
 }
 
-void DocumentStore::cancelClearSheet()
-{
+void DocumentStore::cancelClearSheet() {
     if (!m_pendingClearSheetID && !m_clearSheetPrompt)
         return;
     m_pendingClearSheetID.reset();
@@ -362,8 +337,7 @@ void DocumentStore::cancelClearSheet()
     emit clearSheetPromptChanged();
 }
 
-void DocumentStore::eraseAllContent()
-{
+void DocumentStore::eraseAllContent() {
     const Timestamp erasedAt = now();
     for (const Sheet& erased : m_document.sheets)
         m_document.deletedSheets[erased.id.toString()] = erasedAt;
@@ -379,28 +353,25 @@ void DocumentStore::eraseAllContent()
     changed();
 }
 
-std::string DocumentStore::eraseAllContentTitle()
-{
+std::string DocumentStore::eraseAllContentTitle() {
     return L10n::pick("全ての内容を消去しますか？", "Erase All Content?");
 }
 
-std::string DocumentStore::eraseAllContentMessage()
-{
+std::string DocumentStore::eraseAllContentMessage() {
     return L10n::pick("すべてのシートが消え、元に戻せません。他の端末からも消えます。",
                       "All sheets will be deleted. This can’t be undone, and they will disappear from your "
                       "other devices too.");
 }
 
-std::string DocumentStore::eraseAllContentButton()
-{
+std::string DocumentStore::eraseAllContentButton() {
     return L10n::pick("全ての内容を消去", "Erase All Content");
 }
 
 // MARK: - Undo
 
-void DocumentStore::undo()
-{
-    Sheet* target = m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
+void DocumentStore::undo() {
+    Sheet* target =
+        m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
     if (!target)
         return;
     if (std::optional<SheetSnapshot> snapshot = history(*target).undo()) {
@@ -412,9 +383,9 @@ void DocumentStore::undo()
     }
 }
 
-void DocumentStore::redo()
-{
-    Sheet* target = m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
+void DocumentStore::redo() {
+    Sheet* target =
+        m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
     if (!target)
         return;
     if (std::optional<SheetSnapshot> snapshot = history(*target).redo()) {
@@ -426,11 +397,11 @@ void DocumentStore::redo()
     }
 }
 
-void DocumentStore::refreshUndoAvailability()
-{
+void DocumentStore::refreshUndoAvailability() {
     if (!m_undoCenter)
         return;
-    const Sheet* shown = m_activeSession && m_activeSession->sheetID() ? sheet(*m_activeSession->sheetID()) : nullptr;
+    const Sheet* shown =
+        m_activeSession && m_activeSession->sheetID() ? sheet(*m_activeSession->sheetID()) : nullptr;
     if (!shown) {
         m_undoCenter->setAvailability(false, false);
         return;
@@ -441,8 +412,7 @@ void DocumentStore::refreshUndoAvailability()
 
 // MARK: - Sessions and results
 
-void DocumentStore::registerSession(SheetSession* session)
-{
+void DocumentStore::registerSession(SheetSession* session) {
     m_sessions.removeAll(nullptr);
     m_sessions.append(session);
     session->assignSheet(m_document.selectedSheetID);
@@ -455,15 +425,13 @@ void DocumentStore::registerSession(SheetSession* session)
     });
 }
 
-void DocumentStore::setActiveSession(SheetSession* session)
-{
+void DocumentStore::setActiveSession(SheetSession* session) {
     m_activeSession = session;
     refreshResults();
     refreshUndoAvailability();
 }
 
-void DocumentStore::showSheet(SheetSession* session, const Uuid& sheetID)
-{
+void DocumentStore::showSheet(SheetSession* session, const Uuid& sheetID) {
     if (!session || !sheet(sheetID))
         return;
     session->assignSheet(sheetID);
@@ -476,22 +444,19 @@ void DocumentStore::showSheet(SheetSession* session, const Uuid& sheetID)
     refreshUndoAvailability();
 }
 
-void DocumentStore::showInActiveSession(const Uuid& sheetID)
-{
+void DocumentStore::showInActiveSession(const Uuid& sheetID) {
     if (m_activeSession)
         m_activeSession->assignSheet(sheetID);
 }
 
-void DocumentStore::repairSessions()
-{
+void DocumentStore::repairSessions() {
     for (SheetSession* session : liveSessions()) {
         if (!session->sheetID() || !sheet(*session->sheetID()))
             session->assignSheet(m_document.selectedSheetID);
     }
 }
 
-std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const
-{
+std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const {
     const Sheet* target = sheet(sheetID);
     if (!target)
         return {};
@@ -509,8 +474,7 @@ std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const
     }
 }
 
-void DocumentStore::refreshResults()
-{
+void DocumentStore::refreshResults() {
     // Every shown sheet is evaluated again, since a change may reach other sheets through
     // cross-sheet functions.
     std::unordered_map<Uuid, std::vector<LineResult>> evaluated;
@@ -531,28 +495,24 @@ void DocumentStore::refreshResults()
 
 // MARK: - Saving and merging
 
-void DocumentStore::changed()
-{
+void DocumentStore::changed() {
     refreshResults();
     refreshUndoAvailability();
     scheduleSave();
     emit documentChanged();
 }
 
-void DocumentStore::scheduleSave()
-{
+void DocumentStore::scheduleSave() {
     if (m_persistence)
         m_persistence->scheduleSave();
 }
 
-void DocumentStore::flush()
-{
+void DocumentStore::flush() {
     if (m_persistence)
         m_persistence->flush();
 }
 
-void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies)
-{
+void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies) {
     const Timestamp mergedAt = now();
     LumoDocument merged = m_document;
     for (const LumoDocument& copy : copies)
@@ -575,8 +535,7 @@ void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies)
         m_persistence->save();
 }
 
-void DocumentStore::languageChanged()
-{
+void DocumentStore::languageChanged() {
     if (!m_usingStarterDocument)
         return;
     LumoDocument starter = starterDocument(now());
@@ -591,8 +550,7 @@ void DocumentStore::languageChanged()
     emit documentChanged();
 }
 
-void DocumentStore::reconcileKeyLayouts()
-{
+void DocumentStore::reconcileKeyLayouts() {
     if (!m_settings)
         return;
     const KeyLayouts stored = m_settings->keyLayouts();

@@ -40,9 +40,9 @@ class DocumentStore : public QObject {
 
 public:
     enum class Source {
-        file,     ///< the local file, or the starter document when there is none
-        sample,   ///< in memory with the sample document ("-lumoFixture")
-        starter,  ///< in memory with the starter document ("-lumoStarter")
+        file,    ///< the local file, or the starter document when there is none
+        sample,  ///< in memory with the sample document ("-lumoFixture")
+        starter, ///< in memory with the starter document ("-lumoStarter")
     };
 
     struct Options {

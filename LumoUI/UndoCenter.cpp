@@ -4,8 +4,7 @@ namespace lumo {
 
 UndoCenter::UndoCenter(QObject* parent) : QObject(parent) {}
 
-void UndoCenter::setAvailability(bool canUndo, bool canRedo)
-{
+void UndoCenter::setAvailability(bool canUndo, bool canRedo) {
     if (canUndo != m_canUndo) {
         m_canUndo = canUndo;
         emit canUndoChanged(canUndo);

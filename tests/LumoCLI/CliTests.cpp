@@ -20,8 +20,8 @@ RunResult runLumo(const std::string& arguments, const std::string& input = "", b
     namespace fs = std::filesystem;
     fs::path inputFile = fs::temp_directory_path() / ("lumo-cli-input-" + std::to_string(::getpid()));
     std::ofstream(inputFile, std::ios::binary) << input;
-    std::string command = std::string("'") + LUMO_EXECUTABLE + "' " + arguments + " < '" + inputFile.string() +
-                          "'" + (mergeStderr ? " 2>&1" : " 2>/dev/null");
+    std::string command = std::string("'") + LUMO_EXECUTABLE + "' " + arguments + " < '" +
+                          inputFile.string() + "'" + (mergeStderr ? " 2>&1" : " 2>/dev/null");
     RunResult result;
     FILE* pipe = ::popen(command.c_str(), "r");
     if (!pipe)

@@ -29,7 +29,9 @@ namespace lumo::test {
 /// Sets the language for one scope and puts the previous one back.
 class ScopedLanguage {
 public:
-    explicit ScopedLanguage(AppLanguage language) : m_previous(L10n::current()) { L10n::setCurrent(language); }
+    explicit ScopedLanguage(AppLanguage language) : m_previous(L10n::current()) {
+        L10n::setCurrent(language);
+    }
     ~ScopedLanguage() { L10n::setCurrent(m_previous); }
     ScopedLanguage(const ScopedLanguage&) = delete;
     ScopedLanguage& operator=(const ScopedLanguage&) = delete;
@@ -67,7 +69,8 @@ public:
     std::optional<Value> answerOnLine(std::int64_t line) override { return find(lines, line); }
     std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) override {
         const auto it = functions.find(name);
-        if (it == functions.end()) return std::nullopt;
+        if (it == functions.end())
+            return std::nullopt;
         return it->second(args);
     }
 
@@ -93,7 +96,8 @@ inline void expectAnswer(std::string_view line, std::string_view expected, EvalC
     try {
         EXPECT_EQ(answerOf(line, context), expected) << "line: " << line;
     } catch (const CalcError& error) {
-        ADD_FAILURE() << "line: " << line << "\n  expected answer: " << expected << "\n  failed with: " << error.message();
+        ADD_FAILURE() << "line: " << line << "\n  expected answer: " << expected
+                      << "\n  failed with: " << error.message();
     }
 }
 
@@ -116,12 +120,14 @@ struct LineCase {
 };
 
 inline void expectAnswers(std::initializer_list<LineCase> cases, EvalContext* context = nullptr) {
-    for (const LineCase& c : cases) expectAnswer(c.line, c.expected, context);
+    for (const LineCase& c : cases)
+        expectAnswer(c.line, c.expected, context);
 }
 
 inline void expectErrors(std::initializer_list<LineCase> cases, EvalContext* context = nullptr,
                          AppLanguage language = AppLanguage::english) {
-    for (const LineCase& c : cases) expectError(c.line, c.expected, context, language);
+    for (const LineCase& c : cases)
+        expectError(c.line, c.expected, context, language);
 }
 
 } // namespace lumo::test

@@ -16,28 +16,42 @@ MapContext sheetContext() {
     context.functions["double"] = [](const std::vector<Value>& args) {
         return Value::plain(args.at(0).number * 2);
     };
-    context.functions["broken"] = [](const std::vector<Value>&) -> Value { throw CalcError("broken inside"); };
+    context.functions["broken"] = [](const std::vector<Value>&) -> Value {
+        throw CalcError("broken inside");
+    };
     return context;
 }
 
 } // namespace
 
 TEST(Evaluator, ConstantsAndNames) {
-    expectAnswers({{"pi", "3.1415926536"}, {"π", "3.1415926536"}, {"PI", "3.1415926536"}, {"τ", "6.2831853072"},
-                   {"e", "2.7182818285"}, {"True + True", "2"}, {"False", "0"}, {"km", "1 km"},
+    expectAnswers({{"pi", "3.1415926536"},
+                   {"π", "3.1415926536"},
+                   {"PI", "3.1415926536"},
+                   {"τ", "6.2831853072"},
+                   {"e", "2.7182818285"},
+                   {"True + True", "2"},
+                   {"False", "0"},
+                   {"km", "1 km"},
                    {"2 pi", "6.2831853072"}});
     expectErrors({{"Pi", "Pi is not defined"},
                   {"foo", "foo is not defined"},
                   {"x", "x is not defined"},
                   {"b", "b is not defined (for the unit B, write it uppercase: B)"},
                   {"c", "c is not defined (for the unit °C, write it uppercase: C)"}});
-    expectError("b", "b が定義されていません（単位の B なら B と大文字で書きます）", nullptr, AppLanguage::japanese);
+    expectError("b", "b が定義されていません（単位の B なら B と大文字で書きます）", nullptr,
+                AppLanguage::japanese);
 }
 
 TEST(Evaluator, ContextNamesLinesAndFunctions) {
     MapContext context = sheetContext();
-    expectAnswers({{"rent food", "110000"}, {"a b c", "6"}, {"3 x", "12"}, {"2 a b", "4"}, {"tau", "7"},
-                   {"#1 + 1", "43"}, {"double(x + 1)", "10"}},
+    expectAnswers({{"rent food", "110000"},
+                   {"a b c", "6"},
+                   {"3 x", "12"},
+                   {"2 a b", "4"},
+                   {"tau", "7"},
+                   {"#1 + 1", "43"},
+                   {"double(x + 1)", "10"}},
                   &context);
     expectErrors({{"#9", "#9 not found"},
                   {"triple(1)", "There is no function named triple"},
@@ -105,8 +119,9 @@ TEST(Evaluator, Indexing) {
                   {"[1][\"0\"]", "The index in [ ] must be a whole number without a unit"},
                   {"[1][2000000000]", "The index in [ ] is too large"},
                   {"5[0]", "[ ] can’t be used on a number"}});
-    expectErrors({{"[10, 20, 30][3]", "表の 3 番目はありません（0〜2）"}, {"[][0]", "空の表には 0 番目がありません"}},
-                 nullptr, AppLanguage::japanese);
+    expectErrors(
+        {{"[10, 20, 30][3]", "表の 3 番目はありません（0〜2）"}, {"[][0]", "空の表には 0 番目がありません"}},
+        nullptr, AppLanguage::japanese);
 }
 
 TEST(Evaluator, PercentsAndUnits) {

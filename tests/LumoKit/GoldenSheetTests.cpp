@@ -20,16 +20,14 @@ namespace fs = std::filesystem;
 // stop does not depend on the machine's speed.
 constexpr BudgetLimits stoppingLimits{1000, 40, 60.0};
 
-std::string readFile(const fs::path& path)
-{
+std::string readFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
 }
 
-std::vector<fs::path> sheetsIn(const std::string& folder)
-{
+std::vector<fs::path> sheetsIn(const std::string& folder) {
     std::vector<fs::path> sheets;
     for (const auto& entry : fs::directory_iterator(fs::path(LUMO_TEST_DATA_DIR) / "sheets" / folder)) {
         if (entry.path().extension() == ".txt")
@@ -39,8 +37,7 @@ std::vector<fs::path> sheetsIn(const std::string& folder)
     return sheets;
 }
 
-std::vector<std::string> expectedFor(const fs::path& sheet)
-{
+std::vector<std::string> expectedFor(const fs::path& sheet) {
     fs::path expected = sheet;
     expected.replace_extension(".expected");
     std::string text = readFile(expected);
@@ -49,22 +46,19 @@ std::vector<std::string> expectedFor(const fs::path& sheet)
     return unicode::splitLines(text);
 }
 
-std::vector<std::string> run(const std::string& text, BudgetLimits limits)
-{
+std::vector<std::string> run(const std::string& text, BudgetLimits limits) {
     L10n::setCurrent(AppLanguage::english);
     auto shown = showResults(ProgramRunner(unicode::splitLines(text), {}, limits).run());
     L10n::setCurrent(AppLanguage::system);
     return shown;
 }
 
-bool isFailure(const std::string& shown)
-{
+bool isFailure(const std::string& shown) {
     return shown.rfind("! ", 0) == 0;
 }
 
 // Runs every sheet of a folder against its expected answers; returns all shown results.
-std::vector<std::vector<std::string>> checkFolder(const std::string& folder, BudgetLimits limits)
-{
+std::vector<std::vector<std::string>> checkFolder(const std::string& folder, BudgetLimits limits) {
     std::vector<std::vector<std::string>> all;
     const auto sheets = sheetsIn(folder);
     EXPECT_FALSE(sheets.empty()) << folder;
@@ -81,22 +75,19 @@ std::vector<std::vector<std::string>> checkFolder(const std::string& folder, Bud
 
 } // namespace
 
-TEST(GoldenSheets, Answers)
-{
+TEST(GoldenSheets, Answers) {
     for (const auto& shown : checkFolder("answers", {}))
         EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), isFailure));
 }
 
-TEST(GoldenSheets, Failures)
-{
+TEST(GoldenSheets, Failures) {
     for (const auto& shown : checkFolder("failures", {})) {
         EXPECT_TRUE(std::any_of(shown.begin(), shown.end(), isFailure));
         EXPECT_FALSE(isFailure(shown.back())); // failures never stop the lines below
     }
 }
 
-TEST(GoldenSheets, Stopped)
-{
+TEST(GoldenSheets, Stopped) {
     for (const auto& shown : checkFolder("stopped", stoppingLimits))
         EXPECT_EQ(shown.back(), "! Too many loop steps");
 }

@@ -29,12 +29,9 @@ TEST_F(LanguageTest, ResolutionRule) {
         bool english;
     };
     const Case cases[] = {
-        {AppLanguage::japanese, {"en-US"}, false},
-        {AppLanguage::english, {"ja-JP"}, true},
-        {AppLanguage::system, {}, true},
-        {AppLanguage::system, {"ja-JP"}, false},
-        {AppLanguage::system, {"ja"}, false},
-        {AppLanguage::system, {"en-JP", "ja-JP"}, true},
+        {AppLanguage::japanese, {"en-US"}, false}, {AppLanguage::english, {"ja-JP"}, true},
+        {AppLanguage::system, {}, true},           {AppLanguage::system, {"ja-JP"}, false},
+        {AppLanguage::system, {"ja"}, false},      {AppLanguage::system, {"en-JP", "ja-JP"}, true},
         {AppLanguage::system, {"fr-FR"}, true},
     };
     for (const auto& c : cases) {

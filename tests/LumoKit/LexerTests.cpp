@@ -20,7 +20,9 @@ std::string describe(const std::vector<Token>& tokens) {
         char buffer[400];
         switch (token.kind) {
         case Token::Kind::number:
-            out.append(buffer, std::to_chars(buffer, buffer + sizeof buffer, token.number, std::chars_format::fixed).ptr);
+            out.append(
+                buffer,
+                std::to_chars(buffer, buffer + sizeof buffer, token.number, std::chars_format::fixed).ptr);
             break;
         case Token::Kind::identifier:
             out += "id:" + token.text;
@@ -96,7 +98,8 @@ TEST(Lexer, TokenKindsAndPayloads) {
         {"", "eof"},
         {"１２３＋４", "123 op:+ 4 eof"},
         {"3×4÷2 a≠b x ≧ 1", "3 op:* 4 op:/ 2 id:a op:!= id:b id:x op:>= 1 eof"},
-        {"a==b<=c>=d<e>f=g:h", "id:a op:== id:b op:<= id:c op:>= id:d op:< id:e op:> id:f op:= id:g op:: id:h eof"},
+        {"a==b<=c>=d<e>f=g:h",
+         "id:a op:== id:b op:<= id:c op:>= id:d op:< id:e op:> id:f op:= id:g op:: id:h eof"},
         {"+-*/%^→", "op:+ op:- op:* op:/ op:% op:^ op:→ eof"},
         {"f(【1、2】)", "id:f ( [ 1 , 2 ] ) eof"},
         // Numbers: grouping, points, exponents.
@@ -139,7 +142,7 @@ TEST(Lexer, StartsCountCharactersOfTheNormalisedText) {
         {"", {0}},
         {"#3 * 2", {2, 3, 5, 6}},
         {"1,234 + x", {0, 6, 8, 9}},
-        {"a≠b", {0, 1, 3, 4}},       // ≠ becomes two characters
+        {"a≠b", {0, 1, 3, 4}}, // ≠ becomes two characters
         {"日本 + 1", {0, 3, 5, 6}},
         {"e\u0301+1", {0, 1, 2, 3}}, // a letter with a combining accent is one character
         {"a\r\nb", {0, 2, 3}},       // CR LF is one character

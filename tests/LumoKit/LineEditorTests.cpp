@@ -78,20 +78,13 @@ TEST(LineEditor, NewlineIndent) {
         std::string expected;
     };
     const Case cases[] = {
-        {"abc", 3, ""},
-        {"  x = 1", 7, "  "},
-        {"if x > 1:", 9, "    "},
-        {"\tdef f(x)：  ", 12, "\t    "},
-        {"　　a", 3, "　　"},
-        {" \t　x:", 5, " \t　    "},
-        {"if x:\n  y", 9, "  "},
-        {"if x:\ny", 5, "    "},
-        {"if x: y", 5, "    "},
-        {"  ab", 1, " "},
-        {"if x:", -3, ""},
-        {"if x:", 99, "    "},
-        {"計算:", 3, "    "},
-        {family + ":"s, 9, "    "},
+        {"abc", 3, ""},           {"  x = 1", 7, "  "},
+        {"if x > 1:", 9, "    "}, {"\tdef f(x)：  ", 12, "\t    "},
+        {"　　a", 3, "　　"},     {" \t　x:", 5, " \t　    "},
+        {"if x:\n  y", 9, "  "},  {"if x:\ny", 5, "    "},
+        {"if x: y", 5, "    "},   {"  ab", 1, " "},
+        {"if x:", -3, ""},        {"if x:", 99, "    "},
+        {"計算:", 3, "    "},     {family + ":"s, 9, "    "},
         {family + ":"s, 8, ""},
     };
     for (const auto& c : cases)
@@ -164,18 +157,10 @@ TEST(LineEditor, MultiplySign) {
         std::string expected;
     };
     const Case cases[] = {
-        {"", 0, "× "},
-        {"3", 1, " × "},
-        {"3 ", 2, "× "},
-        {"3\n", 2, "× "},
-        {"3", -2, "× "},
-        {"// note 3", 9, ""},
-        {"a // b", 99, ""},
-        {"3 // note", 1, " × "},
-        {"// note\n3", 9, " × "},
-        {"/ /x", 4, " × "},
-        {"計算", 2, " × "},
-        {family, 1, " × "},
+        {"", 0, "× "},      {"3", 1, " × "},         {"3 ", 2, "× "},
+        {"3\n", 2, "× "},   {"3", -2, "× "},         {"// note 3", 9, ""},
+        {"a // b", 99, ""}, {"3 // note", 1, " × "}, {"// note\n3", 9, " × "},
+        {"/ /x", 4, " × "}, {"計算", 2, " × "},      {family, 1, " × "},
     };
     for (const auto& c : cases)
         EXPECT_EQ(LineEditor::multiplySign(c.text, c.caret), c.expected) << c.text << " at " << c.caret;

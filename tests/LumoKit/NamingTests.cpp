@@ -22,7 +22,8 @@ template <typename Check> Texts inBothLanguages(Check check) {
     return texts;
 }
 
-const std::string sheet = "rent = 80000\n\nfood = 3 * 12\n  price = 1200\n// price = 1\n\nprice2 = price =\nlast";
+const std::string sheet =
+    "rent = 80000\n\nfood = 3 * 12\n  price = 1200\n// price = 1\n\nprice2 = price =\nlast";
 
 } // namespace
 
@@ -48,7 +49,7 @@ TEST(Naming, ValidateLineName) {
         {"mm", 7, {"「mm」は単位なので使えません", "“mm” is a unit and can’t be used"}},
         {"price", 6, {"「price」は 4 行目で使っています", "“price” is already used on line 4"}},
         {"ｐｒｉｃｅ", 7, {"「price」は 4 行目で使っています", "“price” is already used on line 4"}},
-        {"price", 3, {}},  // keeping a line's own name
+        {"price", 3, {}}, // keeping a line's own name
         {"price2", 7, {"「price2」は 7 行目で使っています", "“price2” is already used on line 7"}},
         {"food", 0, {"「food」は 3 行目で使っています", "“food” is already used on line 3"}},
     };
@@ -65,9 +66,11 @@ TEST(Naming, NameClash) {
         Texts expected;
     };
     const Case cases[] = {
-        {"Sqrt", {"「Sqrt」はもともとある関数なので使えません", "“Sqrt” is a built-in function and can’t be used"}},
+        {"Sqrt",
+         {"「Sqrt」はもともとある関数なので使えません", "“Sqrt” is a built-in function and can’t be used"}},
         {"pi", {"「pi」は定数なので使えません", "“pi” is a constant and can’t be used"}},
-        {"Total", {"「Total」はもともとある言葉なので使えません", "“Total” is a built-in word and can’t be used"}},
+        {"Total",
+         {"「Total」はもともとある言葉なので使えません", "“Total” is a built-in word and can’t be used"}},
         {"前", {"「前」はもともとある言葉なので使えません", "“前” is a built-in word and can’t be used"}},
         {"kg", {"「kg」は単位なので使えません", "“kg” is a unit and can’t be used"}},
         {"x", {}}, // a syntax word for line names, but not one of the sheet's words

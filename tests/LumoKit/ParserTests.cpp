@@ -12,9 +12,7 @@ using namespace lumo;
 
 namespace {
 
-template <class... Fs> struct overloaded : Fs... {
-    using Fs::operator()...;
-};
+template <class... Fs> struct overloaded : Fs... { using Fs::operator()...; };
 template <class... Fs> overloaded(Fs...) -> overloaded<Fs...>;
 
 std::string print(const ExprPtr& e);
@@ -32,7 +30,8 @@ std::string print(const ExprPtr& e) {
         overloaded{
             [](const expr::Number& n) {
                 char buffer[400];
-                auto result = std::to_chars(buffer, buffer + sizeof buffer, n.value, std::chars_format::fixed);
+                auto result =
+                    std::to_chars(buffer, buffer + sizeof buffer, n.value, std::chars_format::fixed);
                 return std::string(buffer, result.ptr);
             },
             [](const expr::Text& t) { return "'" + t.value + "'"; },
@@ -44,7 +43,9 @@ std::string print(const ExprPtr& e) {
             [](const expr::Identifier& i) { return i.name; },
             [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
             [](const expr::Unary& u) { return "(" + u.op + " " + print(u.operand) + ")"; },
-            [](const expr::Binary& b) { return "(" + b.op + " " + print(b.left) + " " + print(b.right) + ")"; },
+            [](const expr::Binary& b) {
+                return "(" + b.op + " " + print(b.left) + " " + print(b.right) + ")";
+            },
             [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
             [](const expr::UnitApply& u) { return "(unit " + print(u.operand) + " " + u.unit + ")"; },
             [](const expr::Call& c) { return "(call " + c.name + printAll(c.args) + ")"; },
@@ -219,7 +220,8 @@ TEST(Parser, SameTreeComparesStructure) {
         {"5 km in m", "5 km in cm", false},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(sameTree(*parseStatement(c.a).expr, *parseStatement(c.b).expr), c.same) << c.a << " / " << c.b;
+        EXPECT_EQ(sameTree(*parseStatement(c.a).expr, *parseStatement(c.b).expr), c.same)
+            << c.a << " / " << c.b;
 }
 
 TEST(Parser, ExpressionRuleLeavesTheRestForTheCaller) {
@@ -232,10 +234,10 @@ TEST(Parser, ExpressionRuleLeavesTheRestForTheCaller) {
 TEST(Parser, HostileInputEndsInATreeOrAnError) {
     // Deep nesting of every recursive form fails cleanly instead of exhausting the stack.
     const std::string deep[] = {
-        repeated("(", 10000),         repeated("[", 10000),     repeated("-", 10000) + "1",
-        repeated("2^", 10000) + "2",  repeated("not ", 10000),  repeated("f(", 10000),
-        "x" + repeated("[x", 10000),  repeated("3x^", 10000),   repeated("+", 10000) + "1",
-        repeated("1+", 50000) + "1",  repeated("2 ", 50000),     "x" + repeated(" in m", 20000),
+        repeated("(", 10000),        repeated("[", 10000),    repeated("-", 10000) + "1",
+        repeated("2^", 10000) + "2", repeated("not ", 10000), repeated("f(", 10000),
+        "x" + repeated("[x", 10000), repeated("3x^", 10000),  repeated("+", 10000) + "1",
+        repeated("1+", 50000) + "1", repeated("2 ", 50000),   "x" + repeated(" in m", 20000),
     };
     for (const auto& text : deep)
         EXPECT_THROW(parseStatement(text), CalcError) << text.substr(0, 20);
@@ -246,9 +248,10 @@ TEST(Parser, HostileInputEndsInATreeOrAnError) {
     EXPECT_NO_THROW(parseStatement("[" + repeated("1, ", 30000) + "1]"));
 
     // Random mixtures of awkward pieces never escape as anything but CalcError.
-    const std::vector<std::string> pieces{"1", "2,345", "1e5", ".5", "万", "(", ")", "[", "]", ",", "+", "-",
-                                          "*", "^", "%", "=", "x", "km/h", "in", "→", "of", "の", "not",
-                                          "and", "f(", "\"", "'", "\\", "#1", "#", "“", " ", "\xff", "\x01", "$"};
+    const std::vector<std::string> pieces{"1",  "2,345", "1e5", ".5", "万",  "(",    ")",    "[",  "]",
+                                          ",",  "+",     "-",   "*",  "^",   "%",    "=",    "x",  "km/h",
+                                          "in", "→",     "of",  "の", "not", "and",  "f(",   "\"", "'",
+                                          "\\", "#1",    "#",   "“",  " ",   "\xff", "\x01", "$"};
     std::mt19937 random(7);
     for (int round = 0; round < 3000; ++round) {
         std::string text;

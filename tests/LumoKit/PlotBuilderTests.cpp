@@ -14,14 +14,18 @@ namespace {
 class NamesContext final : public EvalContext {
 public:
     std::optional<Value> valueOf(const std::string& name) override {
-        const std::map<std::string, Value> names{
-            {"x", Value::plain(100)}, {"a", Value::plain(2)}, {"家賃", Value::plain(80000)},
-            {"光熱費", Value::plain(12000)}, {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
+        const std::map<std::string, Value> names{{"x", Value::plain(100)},
+                                                 {"a", Value::plain(2)},
+                                                 {"家賃", Value::plain(80000)},
+                                                 {"光熱費", Value::plain(12000)},
+                                                 {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
         const auto found = names.find(name);
         return found == names.end() ? std::nullopt : std::optional(found->second);
     }
     std::optional<Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override { return std::nullopt; }
+    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override {
+        return std::nullopt;
+    }
 };
 
 PlotSpec plot(const std::string& line) {
@@ -54,8 +58,8 @@ TEST(PlotBuilder, Curves) {
     const Case cases[] = {
         {"plot(x^2)", 1, 241, {-10, 10}},
         {"plot(a * x, 0, 4)", 1, 241, {0, 4}},
-        {"plot(1 / x)", 2, 240, {-10, 10}},           // x = 0 is a gap
-        {"plot(1 / (x - 0.05))", 2, 241, {-10, 10}},  // an asymptote between two samples
+        {"plot(1 / x)", 2, 240, {-10, 10}},          // x = 0 is a gap
+        {"plot(1 / (x - 0.05))", 2, 241, {-10, 10}}, // an asymptote between two samples
         {"plot(x - 100 * (x > 0))", 2, 241, {-10, 10}},
         {"plot(x + 100 * (x > 0))", 1, 241, {-10, 10}}, // a jump without a change of sign is joined
     };
@@ -64,7 +68,8 @@ TEST(PlotBuilder, Curves) {
         EXPECT_EQ(spec.kind, PlotSpec::Kind::curve) << c.line;
         EXPECT_EQ(spec.segments.size(), c.segments) << c.line;
         std::size_t points = 0;
-        for (const auto& segment : spec.segments) points += segment.size();
+        for (const auto& segment : spec.segments)
+            points += segment.size();
         EXPECT_EQ(points, c.points) << c.line;
         EXPECT_EQ(spec.xRange, c.xRange) << c.line;
     }
@@ -86,13 +91,15 @@ TEST(PlotBuilder, Failures) {
     const std::string noneJa = "chart(値, 値, …) のように、並べる値を書いてください";
     const std::string noneEn = "Write values to chart, like chart(a, b, …)";
     const Case cases[] = {
-        {"plot()", "plot(式) のように、描く式を書いてください", "Write an expression to draw, like plot(x^2)"},
+        {"plot()", "plot(式) のように、描く式を書いてください",
+         "Write an expression to draw, like plot(x^2)"},
         {"plot(x^2, 3)", "範囲は plot(式, 左, 右) のように 2 つ書いてください",
          "Give both ends of the range: plot(expr, left, right)"},
         {"plot(x^2, 5, 1)", leftJa, leftEn},
         {"plot(x, \"a\", 3)", leftJa, leftEn},
         {"plot(1 / 0)", "この式はグラフにできません", "This expression can’t be plotted"},
-        {"plot(1 / (x == 0))", "この式はグラフにできません", "This expression can’t be plotted"}, // a lone point
+        {"plot(1 / (x == 0))", "この式はグラフにできません",
+         "This expression can’t be plotted"}, // a lone point
         {"plot([1, x])", "表は plot では描けません（表は chart(表) で棒グラフにできます）",
          "plot can’t draw a list (use chart(list) for a bar chart)"},
         {"plot(\"a\")", "文字は plot では描けません（表は chart(表) で棒グラフにできます）",
@@ -132,7 +139,8 @@ TEST(PlotBuilder, Surfaces) {
         int holes = 0;
         for (const auto& row : spec.surface) {
             ASSERT_EQ(row.size(), 21u) << c.line;
-            for (const auto& height : row) holes += height ? 0 : 1;
+            for (const auto& height : row)
+                holes += height ? 0 : 1;
         }
         EXPECT_EQ(holes, c.holes) << c.line;
         EXPECT_EQ(spec.xRange, c.xRange) << c.line;

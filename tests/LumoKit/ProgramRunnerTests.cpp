@@ -17,14 +17,13 @@ struct RunCase {
 };
 
 void expectRuns(const std::vector<RunCase>& cases, const std::vector<SharedSheet>& others = {},
-                AppLanguage language = AppLanguage::english)
-{
+                AppLanguage language = AppLanguage::english) {
     for (const auto& c : cases)
         EXPECT_EQ(sheetAnswers(c.text, others, language), c.expected) << c.text;
 }
 
-std::vector<std::string> runWithLimits(const std::string& text, BudgetLimits limits, std::int64_t* steps = nullptr)
-{
+std::vector<std::string> runWithLimits(const std::string& text, BudgetLimits limits,
+                                       std::int64_t* steps = nullptr) {
     L10n::setCurrent(AppLanguage::english);
     ProgramRunner runner(unicode::splitLines(text), {}, limits);
     auto shown = showResults(runner.run());
@@ -39,8 +38,7 @@ const std::string tooLong = "! The loop is taking too long";
 
 } // namespace
 
-TEST(ProgramBudget, StepsDepthAndClock)
-{
+TEST(ProgramBudget, StepsDepthAndClock) {
     L10n::setCurrent(AppLanguage::english);
     ProgramBudget steps(BudgetLimits{3, 40, 100});
     for (int i = 0; i < 3; ++i)
@@ -74,8 +72,7 @@ TEST(ProgramBudget, StepsDepthAndClock)
     L10n::setCurrent(AppLanguage::system);
 }
 
-TEST(ProgramRunner, StoppingTheRun)
-{
+TEST(ProgramRunner, StoppingTheRun) {
     // Lines already run keep their results; unreached lines, notes included, show the message.
     EXPECT_EQ(runWithLimits("1\nfor i in range(20):\n  i\n2\n\n// n", BudgetLimits{10, 40, 100}),
               (std::vector<std::string>{"1", tooMany, "9", tooMany, "", tooMany}));
@@ -85,12 +82,12 @@ TEST(ProgramRunner, StoppingTheRun)
     EXPECT_EQ(runWithLimits("def f():\n  while 1:\n    1\nf()\n2", BudgetLimits{5, 40, 100}),
               (std::vector<std::string>{"", tooMany, "1", tooMany, tooMany}));
     std::int64_t steps = 0;
-    runWithLimits("for i in range(5):\n  i\nn = 0\nwhile n < 3:\n  n = n + 1\nfor c in \"ab\":\n  c", {}, &steps);
+    runWithLimits("for i in range(5):\n  i\nn = 0\nwhile n < 3:\n  n = n + 1\nfor c in \"ab\":\n  c", {},
+                  &steps);
     EXPECT_EQ(steps, 10);
 }
 
-TEST(ProgramRunner, EndlessSheetsFinish)
-{
+TEST(ProgramRunner, EndlessSheetsFinish) {
     const auto started = std::chrono::steady_clock::now();
     const auto endless = sheetAnswers("x = 0\nwhile True:\n  x = x + 1\n3");
     EXPECT_TRUE(endless[1] == tooMany || endless[1] == tooLong) << endless[1];
@@ -104,7 +101,8 @@ TEST(ProgramRunner, EndlessSheetsFinish)
     EXPECT_TRUE(many[9998] == tooMany || many[9998] == tooLong);
 
     // Branching recursion without any loop, and recursion across two other sheets.
-    const auto fib = sheetAnswers("def fib(n):\n  if n < 2:\n    return n\n  return fib(n-1) + fib(n-2)\nfib(35)");
+    const auto fib =
+        sheetAnswers("def fib(n):\n  if n < 2:\n    return n\n  return fib(n-1) + fib(n-2)\nfib(35)");
     EXPECT_EQ(fib[4], tooLong);
     const auto pingPong = sheetAnswers("ping(1)", {{"A", "def ping(n):\n  return pong(n + 1)"},
                                                    {"B", "def pong(n):\n  return ping(n + 1)"}});
@@ -116,8 +114,7 @@ TEST(ProgramRunner, EndlessSheetsFinish)
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(30));
 }
 
-TEST(ProgramRunner, Loops)
-{
+TEST(ProgramRunner, Loops) {
     expectRuns({
         {"for i in range(5):\n  s = i", {"", "4"}},
         {"xs = []\nfor i in range(5, 0, -2):\n  xs = xs + [i]\nxs", {"[]", "", "[5, 3, 1]", "[5, 3, 1]"}},
@@ -127,10 +124,12 @@ TEST(ProgramRunner, Loops)
         {"for c in \"aが👍🏽\":\n  c", {"", "\"👍🏽\""}},
         {"t = 0\nfor v in [1, 2, 3]:\n  t = t + v\nt", {"0", "", "6", "6"}},
         {"for i in range(10):\n  if i == 3:\n    break\ni", {"", "", "", "3"}},
-        {"t = 0\nfor i in range(5):\n  if i == 1 or i == 3:\n    continue\n  t = t + i\nt", {"0", "", "", "", "6", "6"}},
+        {"t = 0\nfor i in range(5):\n  if i == 1 or i == 3:\n    continue\n  t = t + i\nt",
+         {"0", "", "", "", "6", "6"}},
         {"n = 0\nwhile n < 4:\n  n = n + 1\nn", {"0", "", "4", "4"}},
         {"while 0:\n  1", {"", ""}},
-        {"for i in range(3):\n  for j in range(3):\n    if j == 1:\n      break\n  k = i", {"", "", "", "", "2"}},
+        {"for i in range(3):\n  for j in range(3):\n    if j == 1:\n      break\n  k = i",
+         {"", "", "", "", "2"}},
     });
     expectRuns({
         {"for i in 5:\n  1", {"! for can loop over range(…), a list [1, 2, 3], or text", ""}},
@@ -155,8 +154,7 @@ TEST(ProgramRunner, Loops)
                {}, AppLanguage::japanese);
 }
 
-TEST(ProgramRunner, IfChains)
-{
+TEST(ProgramRunner, IfChains) {
     expectRuns({
         {"x = 5\nif x > 3:\n  1\nelif x > 1:\n  2\nelse:\n  3", {"5", "", "1", "", "", "", ""}},
         {"x = 2\nif x > 3:\n  1\nelif x > 1:\n  2\nelse:\n  3", {"2", "", "", "", "2", "", ""}},
@@ -167,8 +165,7 @@ TEST(ProgramRunner, IfChains)
     });
 }
 
-TEST(ProgramRunner, Functions)
-{
+TEST(ProgramRunner, Functions) {
     expectRuns({
         {"def area(w, h):\n  return w * h\narea(3 m, 4 m)", {"", "12 m²", "12 m²"}},
         {"def f(x):\n  y = x * 2\n  return y + 1\nf(5)\ny", {"", "10", "11", "11", "! y is not defined"}},
@@ -178,8 +175,8 @@ TEST(ProgramRunner, Functions)
         {"def f(x):\n  return 1\ndef f(x):\n  return 2\nf(0)", {"", "", "", "2", "2"}},
         {"def f(a, b):\n  return a\nf(1)", {"", "", "! f needs 2 arguments"}},
         {"def f():\n  1\nf()", {"", "1", "! f doesn’t return a value"}},
-        {"def f(n):\n  return f(n + 1)\nf(0)", {"", "! Function calls are nested too deeply",
-                                               "! Function calls are nested too deeply"}},
+        {"def f(n):\n  return f(n + 1)\nf(0)",
+         {"", "! Function calls are nested too deeply", "! Function calls are nested too deeply"}},
         {"def fact(n):\n  if n <= 1:\n    return 1\n  return n * fact(n - 1)\nfact(10)",
          {"", "", "1", "3628800", "3628800"}},
         {"def s(xs):\n  t = 0\n  for v in xs:\n    t = t + v\n  return t\ns([1, 2, 3])\nsum",
@@ -191,23 +188,25 @@ TEST(ProgramRunner, Functions)
                {}, AppLanguage::japanese);
 }
 
-TEST(ProgramRunner, OtherSheetsFunctions)
-{
+TEST(ProgramRunner, OtherSheetsFunctions) {
     const std::vector<SharedSheet> others = {
         {"B", "price = 5\ndef g(x):\n  return x * 10\ndef h(x):\n  return k(x)\ndef k(x):\n  return 1\n"
-              "def sqrt(x):\n  return 0\ndef bad(x):\n  return x + [1]\ndef loop():\n  while 1:\n    1\n  return 1"},
+              "def sqrt(x):\n  return 0\ndef bad(x):\n  return x + [1]\ndef loop():\n  while 1:\n    1\n  "
+              "return 1"},
         {"C", "def g(x):\n  return x * 100\ndef only(x):\n  return g(x)\n"},
     };
-    expectRuns({
-        {"g(1)", {"10"}},                                                // the leftmost sheet wins
-        {"def g(x):\n  return -x\ng(1)", {"", "-1", "-1"}},             // the sheet's own def wins
-        {"g(1)\ndef g(x):\n  return -x\ng(1)", {"10", "", "-1", "-1"}}, // only below its def
-        {"sqrt(16)", {"4"}},                                             // built-ins can't be replaced
-        {"only(2)", {"200"}},                                            // C's g from C's function
-        {"def k(x):\n  return 2\nh(0)", {"", "", "1"}},                // B's k before this sheet's k
-        {"price", {"! price is not defined"}},                           // only defs are shared
-        {"bad(1)", {"! + doesn't work between a number and a list (from sheet “B”)"}},
-    }, others);
+    expectRuns(
+        {
+            {"g(1)", {"10"}},                                               // the leftmost sheet wins
+            {"def g(x):\n  return -x\ng(1)", {"", "-1", "-1"}},             // the sheet's own def wins
+            {"g(1)\ndef g(x):\n  return -x\ng(1)", {"10", "", "-1", "-1"}}, // only below its def
+            {"sqrt(16)", {"4"}},                                            // built-ins can't be replaced
+            {"only(2)", {"200"}},                                           // C's g from C's function
+            {"def k(x):\n  return 2\nh(0)", {"", "", "1"}},                 // B's k before this sheet's k
+            {"price", {"! price is not defined"}},                          // only defs are shared
+            {"bad(1)", {"! + doesn't work between a number and a list (from sheet “B”)"}},
+        },
+        others);
     const auto results = sheetAnswers("x = 1\nbad(1)", others, AppLanguage::japanese);
     EXPECT_NE(results[1].find("（B シートの）"), std::string::npos) << results[1];
 }

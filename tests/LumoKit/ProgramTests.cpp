@@ -14,8 +14,7 @@ template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 // A compact picture of a tree: L3 is line 3, _ blank, # note, bodies in parentheses.
 std::string describe(const ProgramBody& body);
 
-std::string describe(const ProgramNode& node)
-{
+std::string describe(const ProgramNode& node) {
     const auto n = [](std::int64_t index) { return std::to_string(index); };
     return std::visit(
         overloaded{
@@ -28,37 +27,42 @@ std::string describe(const ProgramNode& node)
             [&](const program::IfChain& chain) {
                 std::string text;
                 for (const auto& branch : chain.branches)
-                    text += (text.empty() ? "if" : branch.condition ? "elif" : "else") + n(branch.index) + "(" +
-                            describe(branch.body) + ")";
+                    text += (text.empty()       ? "if"
+                             : branch.condition ? "elif"
+                                                : "else") +
+                            n(branch.index) + "(" + describe(branch.body) + ")";
                 return text;
             },
             [&](const program::ForLoop& loop) {
                 return "for" + n(loop.index) + " " + loop.name + "(" + describe(loop.body) + ")";
             },
-            [&](const program::WhileLoop& loop) { return "while" + n(loop.index) + "(" + describe(loop.body) + ")"; },
+            [&](const program::WhileLoop& loop) {
+                return "while" + n(loop.index) + "(" + describe(loop.body) + ")";
+            },
             [&](const program::Define& define) {
                 std::string params;
                 for (const auto& param : define.params)
                     params += (params.empty() ? "" : ",") + param;
-                return "def" + n(define.index) + " " + define.name + "[" + params + "](" + describe(*define.body) + ")";
+                return "def" + n(define.index) + " " + define.name + "[" + params + "](" +
+                       describe(*define.body) + ")";
             },
-            [&](const program::Return& statement) { return "ret" + n(statement.index) + (statement.value ? "=" : ""); },
+            [&](const program::Return& statement) {
+                return "ret" + n(statement.index) + (statement.value ? "=" : "");
+            },
             [&](const program::BreakLoop& statement) { return "break" + n(statement.index); },
             [&](const program::ContinueLoop& statement) { return "continue" + n(statement.index); },
         },
         node.node);
 }
 
-std::string describe(const ProgramBody& body)
-{
+std::string describe(const ProgramBody& body) {
     std::string text;
     for (const auto& node : body)
         text += (text.empty() ? "" : " ") + describe(node);
     return text;
 }
 
-std::string tree(const std::string& text, AppLanguage language = AppLanguage::english)
-{
+std::string tree(const std::string& text, AppLanguage language = AppLanguage::english) {
     L10n::setCurrent(language);
     std::string shown = describe(Program::parse(unicode::splitLines(text)));
     L10n::setCurrent(AppLanguage::system);
@@ -70,16 +74,14 @@ struct TreeCase {
     std::string expected;
 };
 
-void expectTrees(const std::vector<TreeCase>& cases, AppLanguage language = AppLanguage::english)
-{
+void expectTrees(const std::vector<TreeCase>& cases, AppLanguage language = AppLanguage::english) {
     for (const auto& c : cases)
         EXPECT_EQ(tree(c.text, language), c.expected) << c.text;
 }
 
 } // namespace
 
-TEST(Program, Rows)
-{
+TEST(Program, Rows) {
     struct Case {
         std::string line;
         std::int64_t indent;
@@ -88,13 +90,20 @@ TEST(Program, Rows)
     };
     using Kind = Program::Row::Kind;
     const Case cases[] = {
-        {"", 0, "", Kind::blank},           {" \t ", 6, "", Kind::blank},
-        {"    x", 4, "x", Kind::code},      {"\tx ", 4, "x", Kind::code},
-        {"\u3000\u3000x", 2, "x", Kind::code}, {" \t\u3000x", 6, "x", Kind::code},
-        {"// a", 0, "// a", Kind::comment}, {"＃ a", 0, "＃ a", Kind::comment},
-        {"#", 0, "#", Kind::comment},       {"# 3", 0, "# 3", Kind::comment},
-        {"#3", 0, "#3", Kind::code},        {"#٣", 0, "#٣", Kind::code},
-        {"  #x", 2, "#x", Kind::comment},   {"/ 2", 0, "/ 2", Kind::code},
+        {"", 0, "", Kind::blank},
+        {" \t ", 6, "", Kind::blank},
+        {"    x", 4, "x", Kind::code},
+        {"\tx ", 4, "x", Kind::code},
+        {"\u3000\u3000x", 2, "x", Kind::code},
+        {" \t\u3000x", 6, "x", Kind::code},
+        {"// a", 0, "// a", Kind::comment},
+        {"＃ a", 0, "＃ a", Kind::comment},
+        {"#", 0, "#", Kind::comment},
+        {"# 3", 0, "# 3", Kind::comment},
+        {"#3", 0, "#3", Kind::code},
+        {"#٣", 0, "#٣", Kind::code},
+        {"  #x", 2, "#x", Kind::comment},
+        {"/ 2", 0, "/ 2", Kind::code},
     };
     for (const auto& c : cases) {
         const Program::Row row = Program::makeRow(7, c.line);
@@ -105,31 +114,29 @@ TEST(Program, Rows)
     }
 }
 
-TEST(Program, ValidNames)
-{
+TEST(Program, ValidNames) {
     for (const char* name : {"x", "_", "税込", "a1", "価格_2", "Ωmega"})
         EXPECT_TRUE(Program::isValidName(name)) << name;
     for (const char* name : {"", "1a", "a b", "a-b", "f(x)", "#"})
         EXPECT_FALSE(Program::isValidName(name)) << name;
 }
 
-TEST(Program, Blocks)
-{
+TEST(Program, Blocks) {
     expectTrees({
         {"1\n\n// n", "L0 _1 #2"},
         {"if x:\n  1\n2", "if0(L1) L2"},
-        {"if x:\n1", "if0() L1"},                    // nothing indented: empty body
+        {"if x:\n1", "if0() L1"}, // nothing indented: empty body
         {"if x:", "if0()"},
         {"if x:\n  1\n\n// n\n  2\n3", "if0(L1 _2 #3 L4) L5"},
         {"if x:\n    1\n// unindented note\n    2", "if0(L1 #2 L3)"},
-        {"1\n    2\n3", "L0 L1 L2"},                  // deeper indent without a header
-        {"if x:\n\t1\n    2", "if0(L1 L2)"},          // a tab is as wide as four spaces
+        {"1\n    2\n3", "L0 L1 L2"},                 // deeper indent without a header
+        {"if x:\n\t1\n    2", "if0(L1 L2)"},         // a tab is as wide as four spaces
         {"if x:\n\u3000\u30001\n  2", "if0(L1 L2)"}, // an ideographic space as one space
         {"for i in xs:\n  if i:\n    break\n  continue\n3", "for0 i(if1(break2) continue3) L4"},
         {"while n < 3:\n  n = n + 1", "while0(L1)"},
         {"def f(a, b):\n  return a\n  return\nf(1, 2)", "def0 f[a,b](ret1= ret2) L3"},
         {"def g():\n  return(1)", "def0 g[](ret1=)"},
-        {"ifx:\n1", "L0 L1"},                         // a keyword needs a space, ( or the end after it
+        {"ifx:\n1", "L0 L1"}, // a keyword needs a space, ( or the end after it
         {"if(x):\n  1", "if0(L1)"},
         {"if\u3000x:\n  1", "if0(L1)"},
         {"note:\n  1", "L0 L1"},
@@ -137,8 +144,7 @@ TEST(Program, Blocks)
     });
 }
 
-TEST(Program, IfChains)
-{
+TEST(Program, IfChains) {
     expectTrees({
         {"if a:\n  1\nelif b:\n  2\nelse:\n  3\n4", "if0(L1)elif2(L3)else4(L5) L6"},
         {"if a:\n  1\n\n// n\nelse:\n  3", "if0(L1 _2 #3)else4(L5)"},
@@ -151,8 +157,7 @@ TEST(Program, IfChains)
     });
 }
 
-TEST(Program, StructuralMistakes)
-{
+TEST(Program, StructuralMistakes) {
     expectTrees({
         {"if 1 +:\n  2\n3", "!0 The condition isn’t written correctly(if0(L1)) L2"},
         {"if a:\n  1\nelif = 2:\n  2", "!2 The condition isn’t written correctly(if0(L1)else2(L3))"},
@@ -180,10 +185,9 @@ TEST(Program, StructuralMistakes)
                 AppLanguage::japanese);
 }
 
-TEST(Program, CollectDefinitions)
-{
-    const ProgramBody nodes =
-        Program::parse(unicode::splitLines("def f(x):\n  return 1\nif a:\n  def g():\n    return 2\ndef f(y, z):\n  return 3"));
+TEST(Program, CollectDefinitions) {
+    const ProgramBody nodes = Program::parse(unicode::splitLines(
+        "def f(x):\n  return 1\nif a:\n  def g():\n    return 2\ndef f(y, z):\n  return 3"));
     const FunctionTable table = Program::collectDefinitions(nodes, std::string("Other"));
     ASSERT_EQ(table.size(), 1u); // g is nested in a block and is not collected
     const ProgramFunction& f = table.at("f");

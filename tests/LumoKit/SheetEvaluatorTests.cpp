@@ -13,8 +13,7 @@ struct SheetCase {
     std::vector<std::string> expected;
 };
 
-void expectSheets(const std::vector<SheetCase>& cases, AppLanguage language = AppLanguage::english)
-{
+void expectSheets(const std::vector<SheetCase>& cases, AppLanguage language = AppLanguage::english) {
     for (const auto& c : cases)
         EXPECT_EQ(sheetAnswers(c.text, {}, language), c.expected) << c.text;
 }
@@ -23,8 +22,7 @@ const std::string mixed = "! Units of different kinds are mixed, so they can’t
 
 } // namespace
 
-TEST(SheetEvaluator, LinesMatchTheEditor)
-{
+TEST(SheetEvaluator, LinesMatchTheEditor) {
     expectSheets({
         {"", {""}},
         {"1\n", {"1", ""}},
@@ -33,8 +31,7 @@ TEST(SheetEvaluator, LinesMatchTheEditor)
     });
 }
 
-TEST(SheetEvaluator, PrevSumAndTotal)
-{
+TEST(SheetEvaluator, PrevSumAndTotal) {
     expectSheets({
         {"sum\nprev", {"0", "0"}},
         {"prev", {"! prev is not defined"}},
@@ -54,12 +51,12 @@ TEST(SheetEvaluator, PrevSumAndTotal)
     });
 }
 
-TEST(SheetEvaluator, BuiltinWordsCannotBeNames)
-{
+TEST(SheetEvaluator, BuiltinWordsCannotBeNames) {
     expectSheets({
         {"total = 3\ntotal", {"! “total” is a built-in word and can’t be used as a name", "0"}},
         {"前 = 3", {"! “前” is a built-in word and can’t be used as a name"}},
-        {"Total = 3\nTotal", {"! “Total” is a built-in word and can’t be used as a name", "! Total is not defined"}},
+        {"Total = 3\nTotal",
+         {"! “Total” is a built-in word and can’t be used as a name", "! Total is not defined"}},
         {"SUBTOTAL = 1", {"! “SUBTOTAL” is a built-in word and can’t be used as a name"}},
     });
     expectSheets({{"ans = 1", {"! 「ans」はもともとある言葉なので名前に使えません"}},
@@ -67,8 +64,7 @@ TEST(SheetEvaluator, BuiltinWordsCannotBeNames)
                  AppLanguage::japanese);
 }
 
-TEST(SheetEvaluator, TrailingEqualsAndContinuation)
-{
+TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
     expectSheets({
         {"1200 × 35 =", {"42000"}},
         {"2 + 3 = = ＝", {"5"}},
@@ -83,8 +79,7 @@ TEST(SheetEvaluator, TrailingEqualsAndContinuation)
     });
 }
 
-TEST(SheetEvaluator, NamesLineReferencesAndFailures)
-{
+TEST(SheetEvaluator, NamesLineReferencesAndFailures) {
     expectSheets({
         {"price = 1200\nprice × 2\n#2 + 1", {"1200", "2400", "2401"}},
         {"#2\n5", {"! #2 not found", "5"}},
@@ -94,8 +89,7 @@ TEST(SheetEvaluator, NamesLineReferencesAndFailures)
     });
 }
 
-TEST(SheetEvaluator, LineResultsCarryNames)
-{
+TEST(SheetEvaluator, LineResultsCarryNames) {
     const auto results = DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {});
     ASSERT_EQ(results.size(), 4u);
     EXPECT_EQ(results[0].name, "price");
@@ -104,32 +98,30 @@ TEST(SheetEvaluator, LineResultsCarryNames)
     EXPECT_EQ(results[3].outcome.kind, LineOutcome::Kind::plot);
 }
 
-TEST(SheetEvaluator, PlotLinesChangeNothing)
-{
+TEST(SheetEvaluator, PlotLinesChangeNothing) {
     expectSheets({
         {"5\nplot(x^2)\nprev\nsum", {"5", "plot: plot(x^2)", "5", "10"}},
         {"chart([1, 2])\n#1", {"plot: chart([1, 2])", "! #1 not found"}},
     });
 }
 
-TEST(SheetEvaluator, LinesInLoopsShowTheLastPassAndStayOutOfSums)
-{
+TEST(SheetEvaluator, LinesInLoopsShowTheLastPassAndStayOutOfSums) {
     expectSheets({
         {"1\nfor i in range(3):\n    i * 10\nsum\ntotal", {"1", "", "20", "1", "2"}},
         {"for i in range(3):\n    i\n    × 2", {"", "2", "4"}},
     });
 }
 
-TEST(SheetEvaluator, PrepareLine)
-{
+TEST(SheetEvaluator, PrepareLine) {
     struct Case {
         std::string text;
         bool hasPrevious;
         std::string expected;
     };
     const Case cases[] = {
-        {"- 5", true, "prev - 5"}, {"- 5", false, "- 5"}, {"-5", true, "-5"},      {"× 2 =", true, "prev × 2"},
-        {"3 ==", true, "3"},       {"+", true, "+"},      {"^2", true, "prev ^2"}, {"＝", false, ""},
+        {"- 5", true, "prev - 5"},   {"- 5", false, "- 5"}, {"-5", true, "-5"},
+        {"× 2 =", true, "prev × 2"}, {"3 ==", true, "3"},   {"+", true, "+"},
+        {"^2", true, "prev ^2"},     {"＝", false, ""},
     };
     for (const auto& c : cases)
         EXPECT_EQ(prepareLine(c.text, c.hasPrevious), c.expected) << c.text;

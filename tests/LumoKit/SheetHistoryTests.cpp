@@ -10,7 +10,8 @@ namespace {
 // A fixed origin, so that every time in a test is an offset in seconds from it.
 SheetHistory::TimePoint at(double seconds) {
     return SheetHistory::TimePoint{} + 1'000'000s +
-           std::chrono::duration_cast<SheetHistory::TimePoint::duration>(std::chrono::duration<double>(seconds));
+           std::chrono::duration_cast<SheetHistory::TimePoint::duration>(
+               std::chrono::duration<double>(seconds));
 }
 
 SheetSnapshot snap(std::string text, std::vector<std::int64_t> locked = {}) {
@@ -40,7 +41,10 @@ TEST(SheetHistory, GroupsEditsIntoSteps) {
         std::vector<std::string> undone; // texts returned by successive undos
     };
     const Case cases[] = {
-        {"typing within 0.9 s is one step", snap(""), {{snap("a"), 0}, {snap("ab"), 0.3}, {snap("abc"), 0.6}}, {""}},
+        {"typing within 0.9 s is one step",
+         snap(""),
+         {{snap("a"), 0}, {snap("ab"), 0.3}, {snap("abc"), 0.6}},
+         {""}},
         {"a key 1 s after the step's start begins a new one",
          snap(""),
          {{snap("a"), 0}, {snap("ab"), 0.3}, {snap("abc"), 0.6}, {snap("abcd"), 1.0}},
@@ -54,9 +58,15 @@ TEST(SheetHistory, GroupsEditsIntoSteps) {
          {{snap("a\n"), 0}, {snap("a\nb"), 0.1}, {snap("a\nbc"), 0.2}},
          {"a\n", "a"}},
         {"a paste is its own step", snap("a"), {{snap("ab"), 0}, {snap("abxyz"), 0.1}}, {"ab", "a"}},
-        {"deleting one character joins the step", snap("a"), {{snap("ab"), 0}, {snap("abc"), 0.2}, {snap("ab"), 0.4}}, {"a"}},
+        {"deleting one character joins the step",
+         snap("a"),
+         {{snap("ab"), 0}, {snap("abc"), 0.2}, {snap("ab"), 0.4}},
+         {"a"}},
         {"replacing a character joins the step", snap("a"), {{snap("ab"), 0}, {snap("ax"), 0.2}}, {"a"}},
-        {"deleting a selection of two is structural", snap("abcd"), {{snap("abc"), 0}, {snap("a"), 0.1}}, {"abc", "abcd"}},
+        {"deleting a selection of two is structural",
+         snap("abcd"),
+         {{snap("abc"), 0}, {snap("a"), 0.1}},
+         {"abc", "abcd"}},
         {"an emoji ZWJ sequence counts as one character",
          snap("a"),
          {{snap("ab"), 0}, {snap("ab👩‍👩‍👧"), 0.1}, {snap("ab👩‍👩‍👧🇯🇵"), 0.2}},
@@ -65,9 +75,18 @@ TEST(SheetHistory, GroupsEditsIntoSteps) {
          snap("caf"),
          {{snap("cafe"), 0}, {snap("cafe\u0301"), 0.1}, {snap("cafe\u0301s"), 0.2}},
          {"caf"}},
-        {"Japanese characters count one each", snap("計"), {{snap("計算"), 0}, {snap("計算式"), 0.5}}, {"計"}},
-        {"locking a line is a step", snap("a\nb"), {{snap("a\nb", {1}), 0}, {snap("a\nbc", {1}), 0.1}}, {"a\nb", "a\nb"}},
-        {"reordered locks are a step", snap("a", {0, 2}), {{snap("a", {2, 0}), 0}, {snap("a", {2}), 0.1}}, {"a", "a"}},
+        {"Japanese characters count one each",
+         snap("計"),
+         {{snap("計算"), 0}, {snap("計算式"), 0.5}},
+         {"計"}},
+        {"locking a line is a step",
+         snap("a\nb"),
+         {{snap("a\nb", {1}), 0}, {snap("a\nbc", {1}), 0.1}},
+         {"a\nb", "a\nb"}},
+        {"reordered locks are a step",
+         snap("a", {0, 2}),
+         {{snap("a", {2, 0}), 0}, {snap("a", {2}), 0.1}},
+         {"a", "a"}},
         {"an unchanged snapshot records nothing", snap("a"), {{snap("a"), 0}}, {}},
         {"a line removed by joining is structural", snap("a\nb"), {{snap("ab"), 0}}, {"a\nb"}},
     };
@@ -119,7 +138,8 @@ TEST(SheetHistory, KeepsTheNewest200Steps) {
     EXPECT_EQ(restored.size(), 200u);
     EXPECT_FALSE(history.undo());
     // Redoing everything brings back the latest content without losing steps.
-    while (history.redo()) {}
+    while (history.redo()) {
+    }
     EXPECT_EQ(history.current().text, text);
     EXPECT_EQ(history.past().size(), 200u);
 }

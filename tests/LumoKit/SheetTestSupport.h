@@ -11,8 +11,7 @@ namespace lumo::test {
 
 /// One line's result as the tests spell it: the formatted answer, "! message" for a failure,
 /// "plot: title" for a plot, "//" for a note and "" for a blank.
-inline std::string showResult(const LineResult& result)
-{
+inline std::string showResult(const LineResult& result) {
     switch (result.outcome.kind) {
     case LineOutcome::Kind::value:
         return ValueFormatter::format(result.outcome.value, Grouping::none);
@@ -28,8 +27,7 @@ inline std::string showResult(const LineResult& result)
     return "";
 }
 
-inline std::vector<std::string> showResults(const std::vector<LineResult>& results)
-{
+inline std::vector<std::string> showResults(const std::vector<LineResult>& results) {
     std::vector<std::string> shown;
     for (const auto& result : results)
         shown.push_back(showResult(result));
@@ -37,9 +35,9 @@ inline std::vector<std::string> showResults(const std::vector<LineResult>& resul
 }
 
 /// The shown results of a sheet, evaluated in the given language (restored afterwards).
-inline std::vector<std::string> sheetAnswers(const std::string& text, const std::vector<SharedSheet>& others = {},
-                                             AppLanguage language = AppLanguage::english)
-{
+inline std::vector<std::string> sheetAnswers(const std::string& text,
+                                             const std::vector<SharedSheet>& others = {},
+                                             AppLanguage language = AppLanguage::english) {
     L10n::setCurrent(language);
     auto shown = showResults(DocumentEvaluator::evaluate(text, others));
     L10n::setCurrent(AppLanguage::system);

@@ -35,8 +35,14 @@ TEST(SyntaxHighlighter, ClassifiesPiecesOfALine) {
         {"3万5000円 ÷ .5", {{"3万5000", number}, {"円", unit}, {"÷", operatorMark}, {".5", number}}},
         {"SQRT(2)", {{"SQRT", function}, {"(", operatorMark}, {"2", number}, {")", operatorMark}}},
         {"if x > 1:", {{"if", keyword}, {"x", name}, {"1", number}}},
-        {"for i in range(3):", {{"for", keyword}, {"i", name}, {"in", keyword}, {"range", keyword},
-                                {"(", operatorMark}, {"3", number}, {")", operatorMark}}},
+        {"for i in range(3):",
+         {{"for", keyword},
+          {"i", name},
+          {"in", keyword},
+          {"range", keyword},
+          {"(", operatorMark},
+          {"3", number},
+          {")", operatorMark}}},
         {"true and not False", {{"true", name}, {"and", keyword}, {"not", keyword}, {"False", keyword}}},
         {"100 km/h → m/s", {{"100", number}, {"km/h", unit}, {"→", operatorMark}, {"m/s", unit}}},
         {"a/b", {{"a", name}, {"/", operatorMark}, {"b", name}}},
@@ -86,8 +92,9 @@ TEST(SyntaxHighlighter, HexColors) {
         std::optional<std::uint32_t> expected;
     };
     const Case cases[] = {
-        {" #0e8a64 ", 0x0E8A64FF}, {"B4551A", 0xB4551AFF}, {"#0E8A6", std::nullopt}, {"#0E8A64F", std::nullopt},
-        {"##0E8A64", std::nullopt}, {"#0E8G64", std::nullopt}, {"", std::nullopt},
+        {" #0e8a64 ", 0x0E8A64FF},  {"B4551A", 0xB4551AFF},     {"#0E8A6", std::nullopt},
+        {"#0E8A64F", std::nullopt}, {"##0E8A64", std::nullopt}, {"#0E8G64", std::nullopt},
+        {"", std::nullopt},
     };
     for (const auto& c : cases)
         EXPECT_EQ(HexColor::parse(c.text), c.expected) << c.text;
@@ -100,7 +107,8 @@ TEST(SyntaxHighlighter, ThemeColors) {
     EXPECT_EQ(Theme::color(SyntaxKind::number, Appearance::light, none), 0x1B1A18FFu);
     EXPECT_EQ(Theme::color(SyntaxKind::number, Appearance::dark, none), 0xE9E9ECFFu);
 
-    SyntaxColorOverrides user{{"quoted.light", " #0e8a64 "}, {"quoted.dark", "#12345"}, {"number", "#FFFFFF"}};
+    SyntaxColorOverrides user{
+        {"quoted.light", " #0e8a64 "}, {"quoted.dark", "#12345"}, {"number", "#FFFFFF"}};
     EXPECT_EQ(Theme::color(SyntaxKind::quoted, Appearance::light, user), 0x0E8A64FFu);
     // Unreadable or misnamed entries fall back to the defaults.
     EXPECT_EQ(Theme::color(SyntaxKind::quoted, Appearance::dark, user), 0xE8A15FFFu);

@@ -12,11 +12,11 @@ TEST(Unicode, GraphemeClusters) {
     const Case cases[] = {
         {"", 0},
         {"abc", 3},
-        {"e\u0301", 1},                         // e + combining acute
+        {"e\u0301", 1},                                    // e + combining acute
         {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 1}, // family emoji (ZWJ sequence)
-        {"\U0001F1EF\U0001F1F5", 1},            // flag
+        {"\U0001F1EF\U0001F1F5", 1},                       // flag
         {"税込", 2},
-        {"\xff\xfe", 2},                        // invalid bytes become one character each
+        {"\xff\xfe", 2}, // invalid bytes become one character each
     };
     for (const auto& c : cases) {
         EXPECT_EQ(unicode::graphemeCount(c.text), c.count) << c.text;

@@ -10,9 +10,13 @@ using namespace lumo;
 
 namespace {
 
-UnitRef unit(std::string_view name) { return UnitRegistry::shared().find(name); }
+UnitRef unit(std::string_view name) {
+    return UnitRegistry::shared().find(name);
+}
 
-std::string displayOf(const UnitRef& u) { return u ? u->display : ""; }
+std::string displayOf(const UnitRef& u) {
+    return u ? u->display : "";
+}
 
 std::string conversionMessage(double x, std::string_view from, std::string_view to) {
     try {
@@ -55,16 +59,18 @@ TEST(Units, Conversions) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.from) + " → " + c.to);
         ASSERT_TRUE(unit(c.from) && unit(c.to));
-        EXPECT_DOUBLE_EQ(ValueFormatter::roundSignificant(convert(c.x, *unit(c.from), *unit(c.to))), c.expected);
+        EXPECT_DOUBLE_EQ(ValueFormatter::roundSignificant(convert(c.x, *unit(c.from), *unit(c.to))),
+                         c.expected);
     }
 }
 
 TEST(Units, LookupByExactSpelling) {
     const std::pair<const char*, const char*> cases[] = {
-        {"ミリ", "mm"}, {"C", "°C"},   {"celsius", "°C"}, {"B", "B"},       {"kb", "KB"},   {"kph", "km/h"},
-        {"平米", "m²"}, {"mm2", "mm²"}, {"$", "USD"},      {"￥", "円"},     {"ドル", "USD"}, {"€", "EUR"},
-        {"°", "deg"},   {"分", "min"},  {"リットル", "l"}, {"ノット", "knot"}, {"c", ""},     {"b", ""},
-        {"kib", ""},    {"", ""},       {"Mm", ""},
+        {"ミリ", "mm"},     {"C", "°C"},    {"celsius", "°C"}, {"B", "B"},    {"kb", "KB"},
+        {"kph", "km/h"},    {"平米", "m²"}, {"mm2", "mm²"},    {"$", "USD"},  {"￥", "円"},
+        {"ドル", "USD"},    {"€", "EUR"},   {"°", "deg"},      {"分", "min"}, {"リットル", "l"},
+        {"ノット", "knot"}, {"c", ""},      {"b", ""},         {"kib", ""},   {"", ""},
+        {"Mm", ""},
     };
     for (const auto& [name, display] : cases)
         EXPECT_EQ(displayOf(UnitRegistry::shared().lookup(name)), display) << name;
@@ -74,11 +80,13 @@ TEST(Units, LookupByExactSpelling) {
 
 TEST(Units, CompoundNames) {
     const std::pair<const char*, const char*> cases[] = {
-        {"N/mm2", "N/mm²"},        {"kN/mm²", "kN/mm²"}, {"mm^2", "mm²"},       {"m/s²", "m/s²"},
-        {"m/s2", "m/s²"},          {"kN·m", "kN·m"},     {"kN*m", "kN·m"},      {"kN⋅m", "kN·m"},
-        {"kg/m·s²", "kg/(m·s²)"},  {"m^-1", "m⁻¹"},      {"s⁻¹", "s⁻¹"},        {"mm·mm", "mm²"},
-        {"円/坪", "円/坪"},        {"m^0", ""},          {"mm^10", ""},         {"foo/s", ""},
-        {"m/", ""},                {"/s", ""},           {"m/m", ""},           {"x2", ""},
+        {"N/mm2", "N/mm²"}, {"kN/mm²", "kN/mm²"}, {"mm^2", "mm²"},
+        {"m/s²", "m/s²"},   {"m/s2", "m/s²"},     {"kN·m", "kN·m"},
+        {"kN*m", "kN·m"},   {"kN⋅m", "kN·m"},     {"kg/m·s²", "kg/(m·s²)"},
+        {"m^-1", "m⁻¹"},    {"s⁻¹", "s⁻¹"},       {"mm·mm", "mm²"},
+        {"円/坪", "円/坪"}, {"m^0", ""},          {"mm^10", ""},
+        {"foo/s", ""},      {"m/", ""},           {"/s", ""},
+        {"m/m", ""},        {"x2", ""},
     };
     for (const auto& [name, display] : cases)
         EXPECT_EQ(displayOf(UnitRegistry::shared().parseCompound(name)), display) << name;
@@ -96,18 +104,10 @@ TEST(Units, CombiningKeepsTheUnitsWritten) {
         double factor;
     };
     const Case cases[] = {
-        {"km/h", "h", 1, "km", 1},
-        {"km/h", "min", 1, "km", 1.0 / 60},
-        {"mm", "m", 1, "mm²", 1000},
-        {"kN", "mm²", -1, "kN/mm²", 1},
-        {"kN/mm²", "mm2", 1, "kN", 1},
-        {"m", "s²", -1, "m/s²", 1},
-        {"円/kg", "kg", 1, "円", 1},
-        {"mi", "h", -1, "mph", 1},
-        {"°C", "°C", -1, "", 1},
-        {"°F", "K", -1, "", 5.0 / 9},
-        {"l", "m³", -1, "", 0.001},
-        {"", "s", -1, "s⁻¹", 1},
+        {"km/h", "h", 1, "km", 1},      {"km/h", "min", 1, "km", 1.0 / 60}, {"mm", "m", 1, "mm²", 1000},
+        {"kN", "mm²", -1, "kN/mm²", 1}, {"kN/mm²", "mm2", 1, "kN", 1},      {"m", "s²", -1, "m/s²", 1},
+        {"円/kg", "kg", 1, "円", 1},    {"mi", "h", -1, "mph", 1},          {"°C", "°C", -1, "", 1},
+        {"°F", "K", -1, "", 5.0 / 9},   {"l", "m³", -1, "", 0.001},         {"", "s", -1, "s⁻¹", 1},
         {"USD", "円", -1, "USD/円", 1},
     };
     for (const auto& c : cases) {
@@ -123,13 +123,13 @@ TEST(Units, CombiningKeepsTheUnitsWritten) {
 
 TEST(Units, Powers) {
     const std::tuple<const char*, int, const char*> cases[] = {
-        {"mm", 2, "mm²"}, {"km/h", 2, "km²/h²"}, {"m", -1, "m⁻¹"}, {"m", 0, ""}, {"m²", 9, "m¹⁸"}, {"kN", 1, "kN"},
+        {"mm", 2, "mm²"}, {"km/h", 2, "km²/h²"}, {"m", -1, "m⁻¹"},
+        {"m", 0, ""},     {"m²", 9, "m¹⁸"},      {"kN", 1, "kN"},
     };
     for (const auto& [name, power, display] : cases)
         EXPECT_EQ(displayOf(raiseUnit(unit(name), power).unit), display) << name << "^" << power;
     UnitRef runaway = unit("m");
-    EXPECT_THROW(
-        for (int i = 0; i < 10; ++i) runaway = raiseUnit(runaway, 9).unit;, CalcError);
+    EXPECT_THROW(for (int i = 0; i < 10; ++i) runaway = raiseUnit(runaway, 9).unit;, CalcError);
 }
 
 TEST(Units, TightUnits) {

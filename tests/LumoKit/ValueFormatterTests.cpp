@@ -16,7 +16,9 @@ using namespace lumo;
 
 namespace {
 
-Value qty(double x, std::string_view unit) { return Value::withUnit(x, UnitRegistry::shared().find(unit)); }
+Value qty(double x, std::string_view unit) {
+    return Value::withUnit(x, UnitRegistry::shared().find(unit));
+}
 
 std::vector<Value> numbers(int count) {
     std::vector<Value> items;
@@ -25,7 +27,9 @@ std::vector<Value> numbers(int count) {
     return items;
 }
 
-std::string format(const Value& value) { return ValueFormatter::format(value, Grouping::none); }
+std::string format(const Value& value) {
+    return ValueFormatter::format(value, Grouping::none);
+}
 
 } // namespace
 
@@ -94,20 +98,23 @@ TEST(ValueFormatter, Values) {
         {qty(12, "坪"), "12坪"},
         {Value::makeText("say \"hi\""), "\"say \"hi\"\""},
         {Value::list({}), "[]"},
-        {Value::list({Value::plain(1), Value::makeText("a"), Value::list({qty(2, "mm")})}), "[1, \"a\", [2 mm]]"},
+        {Value::list({Value::plain(1), Value::makeText("a"), Value::list({qty(2, "mm")})}),
+         "[1, \"a\", [2 mm]]"},
     };
     for (const auto& [value, expected] : cases)
         EXPECT_EQ(format(value), expected);
     EXPECT_EQ(ValueFormatter::format(qty(1234567, "円"), Grouping::grouped), "1,234,567円");
-    EXPECT_EQ(ValueFormatter::format(Value::list({Value::plain(1e4), Value::percent(1e4)}), Grouping::grouped),
-              "[10,000, 10,000%]");
+    EXPECT_EQ(
+        ValueFormatter::format(Value::list({Value::plain(1e4), Value::percent(1e4)}), Grouping::grouped),
+        "[10,000, 10,000%]");
 }
 
 TEST(ValueFormatter, LongListsShowAHundredItems) {
     const std::string first100 = format(Value::list(numbers(100)));
     for (int count : {101, 250}) {
         const std::string shown = format(Value::list(numbers(count)));
-        EXPECT_EQ(shown, first100.substr(0, first100.size() - 1) + ", … 全 " + std::to_string(count) + " 個]");
+        EXPECT_EQ(shown,
+                  first100.substr(0, first100.size() - 1) + ", … 全 " + std::to_string(count) + " 個]");
     }
     // The marker reads the same in both languages.
     L10n::setCurrent(AppLanguage::english);
@@ -123,8 +130,8 @@ TEST(ValueFormatter, LongListsShowAHundredItems) {
 TEST(ValueFormatter, MaxFractionDigits) {
     EXPECT_EQ(ValueFormatter::maxFractionDigits(), 10);
     const std::tuple<int, double, const char*> cases[] = {
-        {2, 1.0 / 3, "0.33"}, {2, 2.0 / 3, "0.67"}, {2, -0.001, "0"},   {0, 12.75, "13"},
-        {0, 1e-9, "0"},       {3, 1.5, "1.5"},      {-5, 2.25, "2"},    {15, 1.0 / 3, "0.3333333333333"},
+        {2, 1.0 / 3, "0.33"}, {2, 2.0 / 3, "0.67"}, {2, -0.001, "0"}, {0, 12.75, "13"},
+        {0, 1e-9, "0"},       {3, 1.5, "1.5"},      {-5, 2.25, "2"},  {15, 1.0 / 3, "0.3333333333333"},
     };
     for (const auto& [digits, number, expected] : cases) {
         ValueFormatter::setMaxFractionDigits(digits);
@@ -140,7 +147,8 @@ bool useDecimalCommaLocale() {
         return true;
     auto dir = std::filesystem::temp_directory_path() / "lumo-test-locales";
     std::filesystem::create_directories(dir);
-    std::string command = "localedef -i de_DE -f UTF-8 '" + (dir / "de_DE.UTF-8").string() + "' >/dev/null 2>&1";
+    std::string command =
+        "localedef -i de_DE -f UTF-8 '" + (dir / "de_DE.UTF-8").string() + "' >/dev/null 2>&1";
     [[maybe_unused]] int status = std::system(command.c_str());
     ::setenv("LOCPATH", dir.c_str(), 1);
     return std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;

@@ -10,7 +10,9 @@
 
 namespace lumo {
 // Failures print values as the answer column shows them.
-void PrintTo(const Value& value, std::ostream* out) { *out << ValueFormatter::format(value, Grouping::none); }
+void PrintTo(const Value& value, std::ostream* out) {
+    *out << ValueFormatter::format(value, Grouping::none);
+}
 } // namespace lumo
 
 using namespace lumo;
@@ -19,11 +21,21 @@ namespace {
 
 using Operation = std::function<Value(const Value&, const Value&)>;
 
-Value num(double x) { return Value::plain(x); }
-Value qty(double x, std::string_view unit) { return Value::withUnit(x, UnitRegistry::shared().find(unit)); }
-Value pct(double figure) { return Value::percent(figure); }
-Value text(std::string s) { return Value::makeText(std::move(s)); }
-Value list(std::vector<Value> items) { return Value::list(std::move(items)); }
+Value num(double x) {
+    return Value::plain(x);
+}
+Value qty(double x, std::string_view unit) {
+    return Value::withUnit(x, UnitRegistry::shared().find(unit));
+}
+Value pct(double figure) {
+    return Value::percent(figure);
+}
+Value text(std::string s) {
+    return Value::makeText(std::move(s));
+}
+Value list(std::vector<Value> items) {
+    return Value::list(std::move(items));
+}
 
 std::string failure(const Operation& operation, const Value& left, const Value& right) {
     try {
@@ -122,7 +134,8 @@ TEST(Value, FailuresInEnglish) {
         {add, qty(1, "kg"), qty(2, "m"), "kg and m can't be added together"},
         {subtract, qty(1000, "円"), qty(5, "$"), "円 and USD can't be added together"},
         {add, text(std::string(99999, 'a')), text("bc"), "The text is too long"},
-        {add, list(std::vector<Value>(60000, num(1))), list(std::vector<Value>(40001, num(1))), "The list is too big"},
+        {add, list(std::vector<Value>(60000, num(1))), list(std::vector<Value>(40001, num(1))),
+         "The list is too big"},
         {multiply, list({num(1), num(2)}), num(50001), "The list is too big"},
         {multiply, num(1e300), list({num(1)}), "The list is too big"},
         {multiply, text("ab"), num(1e300), "The text is too long"},
@@ -145,7 +158,8 @@ TEST(Value, FailuresInEnglish) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(failure(c.operation, c.left, c.right), c.message) << c.message;
-    EXPECT_EQ(failure(alignOnly, text("a"), num(1)), "this calculation doesn't work between text and a number");
+    EXPECT_EQ(failure(alignOnly, text("a"), num(1)),
+              "this calculation doesn't work between text and a number");
     L10n::setCurrent(AppLanguage::system);
 }
 

@@ -23,14 +23,15 @@ public:
 
     // Writes the INI text as a sync client or an older version could have left it, so every
     // value arrives the way the INI backend hands it back (mostly as text).
-    void writeRaw(const QByteArray& lines)
-    {
+    void writeRaw(const QByteArray& lines) {
         QFile file(m_path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[General]\n" + lines + "\n");
     }
 
-    std::unique_ptr<QSettings> open() const { return std::make_unique<QSettings>(m_path, QSettings::IniFormat); }
+    std::unique_ptr<QSettings> open() const {
+        return std::make_unique<QSettings>(m_path, QSettings::IniFormat);
+    }
 
 private:
     QTemporaryDir m_dir;
@@ -38,30 +39,57 @@ private:
 };
 
 struct DecodingCase {
-    QByteArray line;  // empty: the key is missing
+    QByteArray line; // empty: the key is missing
     QString (*read)(const AppSettings&);
     QString expected;
 };
 
-QString appearance(const AppSettings& s) { return rawValue(s.appearance()); }
-QString keypadSize(const AppSettings& s) { return rawValue(s.keypadSize()); }
-QString textSize(const AppSettings& s) { return rawValue(s.textSize()); }
-QString width(const AppSettings& s) { return QString::number(s.resultColumnWidth()); }
-QString digits(const AppSettings& s) { return QString::number(s.maxFractionDigits()); }
-QString angle(const AppSettings& s) { return rawValue(s.angle()); }
-QString listStyle(const AppSettings& s) { return rawValue(s.sheetListStyle()); }
-QString namedValues(const AppSettings& s) { return s.showsNamedValues() ? "true" : "false"; }
-QString side(const AppSettings& s) { return rawValue(s.keypadSide()); }
-QString grouping(const AppSettings& s) { return s.groupsDigits() ? "true" : "false"; }
-QString haptics(const AppSettings& s) { return s.hapticFeedback() ? "true" : "false"; }
-QString language(const AppSettings& s) { return QString::fromLatin1(rawValue(s.language()).data()); }
-QString terms(const AppSettings& s) { return QString::number(s.acceptedTermsVersion()); }
-QString colorCount(const AppSettings& s) { return QString::number(s.syntaxColors().size()); }
+QString appearance(const AppSettings& s) {
+    return rawValue(s.appearance());
+}
+QString keypadSize(const AppSettings& s) {
+    return rawValue(s.keypadSize());
+}
+QString textSize(const AppSettings& s) {
+    return rawValue(s.textSize());
+}
+QString width(const AppSettings& s) {
+    return QString::number(s.resultColumnWidth());
+}
+QString digits(const AppSettings& s) {
+    return QString::number(s.maxFractionDigits());
+}
+QString angle(const AppSettings& s) {
+    return rawValue(s.angle());
+}
+QString listStyle(const AppSettings& s) {
+    return rawValue(s.sheetListStyle());
+}
+QString namedValues(const AppSettings& s) {
+    return s.showsNamedValues() ? "true" : "false";
+}
+QString side(const AppSettings& s) {
+    return rawValue(s.keypadSide());
+}
+QString grouping(const AppSettings& s) {
+    return s.groupsDigits() ? "true" : "false";
+}
+QString haptics(const AppSettings& s) {
+    return s.hapticFeedback() ? "true" : "false";
+}
+QString language(const AppSettings& s) {
+    return QString::fromLatin1(rawValue(s.language()).data());
+}
+QString terms(const AppSettings& s) {
+    return QString::number(s.acceptedTermsVersion());
+}
+QString colorCount(const AppSettings& s) {
+    return QString::number(s.syntaxColors().size());
+}
 
 } // namespace
 
-TEST(AppSettings, DecodesEveryKeyWithItsDefaults)
-{
+TEST(AppSettings, DecodesEveryKeyWithItsDefaults) {
     const DecodingCase cases[] = {
         {"", appearance, "dark"},
         {"lumo.appearance=auto", appearance, "auto"},
@@ -121,8 +149,7 @@ TEST(AppSettings, DecodesEveryKeyWithItsDefaults)
     }
 }
 
-TEST(AppSettings, WrittenValuesReadBackTheSame)
-{
+TEST(AppSettings, WrittenValuesReadBackTheSame) {
     IniStore ini;
     {
         auto store = ini.open();
@@ -138,13 +165,13 @@ TEST(AppSettings, WrittenValuesReadBackTheSame)
     EXPECT_EQ(store->value("lumo.appearance").toString(), "auto");
     EXPECT_EQ(settings.appearance(), AppearanceSetting::automatic);
     EXPECT_EQ(settings.resultColumnWidth(), 560);
-    EXPECT_EQ(settings.syntaxColors(), (QMap<QString, QString>{{"number.dark", "#FFAA00"}, {"quoted.light", "#112233"}}));
+    EXPECT_EQ(settings.syntaxColors(),
+              (QMap<QString, QString>{{"number.dark", "#FFAA00"}, {"quoted.light", "#112233"}}));
     EXPECT_FALSE(settings.groupsDigits());
     EXPECT_TRUE(settings.hasAcceptedTerms());
 }
 
-TEST(AppSettings, PushesIntoTheEngineAtCreationAndOnChange)
-{
+TEST(AppSettings, PushesIntoTheEngineAtCreationAndOnChange) {
     IniStore ini;
     ini.writeRaw("lumo.maxFractionDigits=3\nlumo.angle=degrees\nlumo.language=japanese");
     auto store = ini.open();
@@ -165,8 +192,7 @@ TEST(AppSettings, PushesIntoTheEngineAtCreationAndOnChange)
     settings.setMaxFractionDigits(AppSettings::defaultMaxFractionDigits);
 }
 
-TEST(AppSettings, PostsItsNotifications)
-{
+TEST(AppSettings, PostsItsNotifications) {
     IniStore ini;
     auto store = ini.open();
     NotificationCenter center;
@@ -188,21 +214,21 @@ TEST(AppSettings, PostsItsNotifications)
     settings.setKeypadSize(KeypadSizeSetting::small);
     settings.setResultColumnWidth(200);
     settings.setSyntaxColors({{"number.light", "#000000"}});
-    EXPECT_EQ(posted, QStringList({"lumo.languageChanged", "lumo.keypadSizeChanged", "lumo.resultWidthChanged",
-                                   "lumo.syntaxColorsChanged"}));
+    EXPECT_EQ(posted, QStringList({"lumo.languageChanged", "lumo.keypadSizeChanged",
+                                   "lumo.resultWidthChanged", "lumo.syntaxColorsChanged"}));
     EXPECT_EQ(languageWhenPosted, AppLanguage::japanese);
     settings.setLanguage(AppLanguage::system);
 }
 
-TEST(AppSettings, KeyLayoutsRoundTripThroughTheirKeys)
-{
+TEST(AppSettings, KeyLayoutsRoundTripThroughTheirKeys) {
     IniStore ini;
     auto store = ini.open();
     AppSettings settings(*store, nullptr);
     EXPECT_TRUE(settings.keyLayouts().empty());
     EXPECT_FALSE(settings.keyLayoutsUpdatedAt());
 
-    const KeyLayouts layouts{{"functions", {{"main", {"sqrt", "sin"}}}}, {"units", {{"length", {"mm", "m"}}}}};
+    const KeyLayouts layouts{{"functions", {{"main", {"sqrt", "sin"}}}},
+                             {"units", {{"length", {"mm", "m"}}}}};
     settings.setKeyLayouts(layouts, Timestamp::fromSeconds(1700000000));
     auto reopened = ini.open();
     EXPECT_TRUE(reopened->contains("lumo.keyLayout.functions"));

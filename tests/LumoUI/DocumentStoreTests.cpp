@@ -27,8 +27,7 @@ namespace {
 
 class QtEnvironment : public testing::Environment {
 public:
-    void SetUp() override
-    {
+    void SetUp() override {
         static int argc = 1;
         static char name[] = "DocumentStoreTests";
         static char* argv[] = {name, nullptr};
@@ -36,8 +35,7 @@ public:
         L10n::setCurrent(AppLanguage::english);
     }
     // The application goes before static destruction begins, while Qt's globals still exist.
-    void TearDown() override
-    {
+    void TearDown() override {
         m_application.reset();
         L10n::setCurrent(AppLanguage::system);
     }
@@ -50,14 +48,12 @@ const auto* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnviro
 
 QStringList capturedLog;
 
-void captureLog(QtMsgType, const QMessageLogContext&, const QString& message)
-{
+void captureLog(QtMsgType, const QMessageLogContext&, const QString& message) {
     capturedLog.append(message);
 }
 
 // Runs the event loop until `done` holds; false after the timeout.
-bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000)
-{
+bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000) {
     QElapsedTimer elapsed;
     elapsed.start();
     QTimer tick;
@@ -70,8 +66,7 @@ bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000)
     return true;
 }
 
-void runFor(int ms)
-{
+void runFor(int ms) {
     QElapsedTimer elapsed;
     elapsed.start();
     waitUntil([&] { return elapsed.elapsed() >= ms; }, ms + 1000);
@@ -80,32 +75,31 @@ void runFor(int ms)
 // Whole seconds, as the file stores them, so that copies compare equal after a round trip.
 struct FakeClock {
     double seconds = 1'700'000'000;
-    std::function<Timestamp()> function() { return [this] { return Timestamp{seconds}; }; }
+    std::function<Timestamp()> function() {
+        return [this] { return Timestamp{seconds}; };
+    }
 };
 
 const Uuid sheetX = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000001");
 const Uuid sheetY = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000002");
 
-LumoDocument baseDocument(Timestamp at)
-{
+LumoDocument baseDocument(Timestamp at) {
     LumoDocument document;
     document.sheets = {{sheetX, "X", "1\n", at, {}}, {sheetY, "Y", "2\n", at, {}}};
     document.selectedSheetID = sheetX;
     return document;
 }
 
-void writeDocument(const QString& path, const LumoDocument& document)
-{
-    ASSERT_TRUE(DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
+void writeDocument(const QString& path, const LumoDocument& document) {
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
 }
 
-LumoDocument readDocument(const QString& path)
-{
+LumoDocument readDocument(const QString& path) {
     return decodeDocument(DocumentFile::read(path).value_or(QByteArray()).toStdString());
 }
 
-std::vector<std::string> sortedNames(const LumoDocument& document)
-{
+std::vector<std::string> sortedNames(const LumoDocument& document) {
     std::vector<std::string> names;
     for (const Sheet& sheet : document.sheets)
         names.push_back(sheet.name);
@@ -113,8 +107,7 @@ std::vector<std::string> sortedNames(const LumoDocument& document)
     return names;
 }
 
-bool sameSheets(const LumoDocument& a, const LumoDocument& b)
-{
+bool sameSheets(const LumoDocument& a, const LumoDocument& b) {
     auto sorted = [](std::vector<Sheet> sheets) {
         std::sort(sheets.begin(), sheets.end(), [](const Sheet& l, const Sheet& r) { return l.id < r.id; });
         return sheets;
@@ -127,8 +120,7 @@ struct Device {
     QTemporaryDir local;
     std::unique_ptr<DocumentStore> store;
 
-    Device(const QString& cloud, FakeClock& clock, const std::optional<LumoDocument>& seed = std::nullopt)
-    {
+    Device(const QString& cloud, FakeClock& clock, const std::optional<LumoDocument>& seed = std::nullopt) {
         if (seed)
             writeDocument(QDir(local.path()).filePath("document.json"), *seed);
         DocumentStore::Options options;
@@ -149,8 +141,7 @@ struct TwoDevices : testing::Test {
     std::unique_ptr<Device> a;
     std::unique_ptr<Device> b;
 
-    void SetUp() override
-    {
+    void SetUp() override {
         const LumoDocument base = baseDocument(Timestamp{clock.seconds});
         writeDocument(QDir(cloud.path()).filePath("Documents/document.json"), base);
         a = std::make_unique<Device>(cloud.path(), clock, base);
@@ -160,8 +151,7 @@ struct TwoDevices : testing::Test {
     bool converged() const { return sameSheets(a->store->document(), b->store->document()); }
 };
 
-DocumentStore::Options memoryOptions(FakeClock& clock)
-{
+DocumentStore::Options memoryOptions(FakeClock& clock) {
     DocumentStore::Options options;
     options.clock = clock.function();
     return options;
@@ -169,8 +159,7 @@ DocumentStore::Options memoryOptions(FakeClock& clock)
 
 } // namespace
 
-TEST_F(TwoDevices, EditsOnBothConverge)
-{
+TEST_F(TwoDevices, EditsOnBothConverge) {
     clock.seconds += 10;
     a->store->updateText(sheetX, "1\n10\n");
     b->store->updateText(sheetY, "2\n20\n");
@@ -179,17 +168,16 @@ TEST_F(TwoDevices, EditsOnBothConverge)
     }));
 }
 
-TEST_F(TwoDevices, AnEditAfterADeletionSurvives)
-{
+TEST_F(TwoDevices, AnEditAfterADeletionSurvives) {
     clock.seconds += 10;
     a->store->deleteSheet(sheetX);
     clock.seconds += 10;
     b->store->updateText(sheetX, "kept\n");
-    ASSERT_TRUE(waitUntil([&] { return converged() && a->sheet(sheetX) && a->sheet(sheetX)->text == "kept\n"; }));
+    ASSERT_TRUE(
+        waitUntil([&] { return converged() && a->sheet(sheetX) && a->sheet(sheetX)->text == "kept\n"; }));
 }
 
-TEST_F(TwoDevices, ADeletionAfterOrWithAnEditWins)
-{
+TEST_F(TwoDevices, ADeletionAfterOrWithAnEditWins) {
     clock.seconds += 10;
     b->store->updateText(sheetX, "edited\n");
     ASSERT_TRUE(waitUntil([&] { return a->sheet(sheetX)->text == "edited\n"; }));
@@ -204,8 +192,7 @@ TEST_F(TwoDevices, ADeletionAfterOrWithAnEditWins)
     ASSERT_TRUE(waitUntil([&] { return converged() && !a->sheet(sheetY) && !b->sheet(sheetY); }));
 }
 
-TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets)
-{
+TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets) {
     QTemporaryDir cloud;
     FakeClock clock;
     Device a(cloud.path(), clock);
@@ -219,14 +206,14 @@ TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets)
     expected.push_back("Sheet 5");
     std::sort(expected.begin(), expected.end());
     ASSERT_TRUE(waitUntil([&] {
-        return sameSheets(a.store->document(), b.store->document()) && sortedNames(b.store->document()) == expected;
+        return sameSheets(a.store->document(), b.store->document()) &&
+               sortedNames(b.store->document()) == expected;
     }));
     // The copies that went away left tombstones, so the removal reaches every device.
     EXPECT_EQ(b.store->document().deletedSheets.size(), 4u);
 }
 
-TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved)
-{
+TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved) {
     QTemporaryDir cloud;
     FakeClock clock;
     const QDir documents(QDir(cloud.path()).filePath("Documents"));
@@ -238,12 +225,14 @@ TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved)
         copy.sheets = {{Uuid::random(), "copy " + std::to_string(++n), "", Timestamp{clock.seconds}, {}}};
         writeDocument(documents.filePath(name), copy);
     }
-    ASSERT_TRUE(DocumentFile::writeAtomically(documents.filePath("document (2).json"), "{ half written").isEmpty());
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(documents.filePath("document (2).json"), "{ half written").isEmpty());
     ASSERT_TRUE(DocumentFile::writeAtomically(documents.filePath("documents.json"), "{}").isEmpty());
 
     Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
     ASSERT_TRUE(waitUntil([&] {
-        return std::none_of(std::begin(copies), std::end(copies), [&](const char* name) { return documents.exists(name); });
+        return std::none_of(std::begin(copies), std::end(copies),
+                            [&](const char* name) { return documents.exists(name); });
     }));
     const auto names = sortedNames(device.store->document());
     EXPECT_EQ(names, (std::vector<std::string>{"X", "Y", "copy 1", "copy 2", "copy 3"}));
@@ -253,8 +242,7 @@ TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved)
     EXPECT_EQ(sortedNames(readDocument(documents.filePath("document.json"))), names);
 }
 
-TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder)
-{
+TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder) {
     QTemporaryDir cloud;
     FakeClock clock;
     Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
@@ -263,10 +251,9 @@ TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder)
     EXPECT_TRUE(sameSheets(readDocument(cloudFile), device.store->document()));
 }
 
-TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond)
-{
+TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond) {
     QTemporaryDir local;
-    DocumentStore::Options options;  // the production delays
+    DocumentStore::Options options; // the production delays
     options.storageDirectory = local.path();
     DocumentStore store(options, nullptr, nullptr, nullptr);
     const Uuid id = store.document().sheets.front().id;
@@ -287,11 +274,10 @@ TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond)
     EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "1\n2\n");
 }
 
-TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge)
-{
+TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge) {
     QTemporaryDir local;
     QTemporaryDir cloud;
-    DocumentStore::Options options;  // the production delays
+    DocumentStore::Options options; // the production delays
     options.storageDirectory = local.path();
     options.cloudFolder = cloud.path();
     DocumentStore store(options, nullptr, nullptr, nullptr);
@@ -299,19 +285,20 @@ TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge)
     int merges = 0;
     QObject::connect(&store, &DocumentStore::remoteChecked, [&] { ++checks; });
     QObject::connect(&store, &DocumentStore::remoteMerged, [&] { ++merges; });
-    ASSERT_TRUE(waitUntil([&] { return checks == 1; }));  // the look at start
+    ASSERT_TRUE(waitUntil([&] { return checks == 1; })); // the look at start
 
     store.updateText(store.document().sheets.front().id, "own\n");
     ASSERT_TRUE(waitUntil([&] { return checks >= 2; }));
     EXPECT_EQ(merges, 0);
-    EXPECT_EQ(store.lastSyncedData(), DocumentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
+    EXPECT_EQ(store.lastSyncedData(),
+              DocumentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
 }
 
-TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost)
-{
+TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
     QTemporaryDir local;
     const QByteArray corrupt = "{\"sheets\": [ truncated";
-    ASSERT_TRUE(DocumentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
     capturedLog.clear();
     const auto previous = qInstallMessageHandler(captureLog);
     FakeClock clock;
@@ -336,8 +323,7 @@ TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost)
     EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
 }
 
-TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange)
-{
+TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
     QTemporaryDir root;
     // A folder beneath a regular file can never be created, even by root.
     ASSERT_TRUE(DocumentFile::writeAtomically(root.filePath("blocker"), "x").isEmpty());
@@ -364,8 +350,7 @@ TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange)
     EXPECT_EQ(store.sheet(id)->text, "still kept\n");
 }
 
-TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages)
-{
+TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages) {
     struct Case {
         AppLanguage language;
         std::string added;
@@ -374,15 +359,15 @@ TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages)
         std::string erasedName;
     };
     const Case cases[] = {
-        {AppLanguage::english, "Sheet 2", "Y Copy", "Only this sheet is cleared; your other sheets are untouched.",
-         "New Sheet"},
+        {AppLanguage::english, "Sheet 2", "Y Copy",
+         "Only this sheet is cleared; your other sheets are untouched.", "New Sheet"},
         {AppLanguage::japanese, "シート 2", "Y のコピー", "このシートだけを消去します。", "新しいシート"},
     };
     for (const Case& c : cases) {
         L10n::setCurrent(c.language);
         FakeClock clock;
         DocumentStore::Options options = memoryOptions(clock);
-        options.source = DocumentStore::Source::file;  // no folders: nothing is read or saved
+        options.source = DocumentStore::Source::file; // no folders: nothing is read or saved
         DocumentStore store(options, nullptr, nullptr, nullptr);
         store.eraseAllContent();
         EXPECT_EQ(store.document().sheets.front().name, c.erasedName);
@@ -391,7 +376,7 @@ TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages)
         const auto copy = store.duplicateSheet(store.document().sheets.front().id);
         ASSERT_TRUE(copy);
         EXPECT_EQ(store.sheet(*copy)->name, c.duplicated);
-        EXPECT_EQ(store.document().sheets[1].id, *copy);  // right after the original
+        EXPECT_EQ(store.document().sheets[1].id, *copy); // right after the original
         store.requestClearSheet(*copy);
         ASSERT_TRUE(store.clearSheetPrompt());
         EXPECT_EQ(store.clearSheetPrompt()->rfind(c.promptStart, 0), 0u) << *store.clearSheetPrompt();
@@ -399,15 +384,14 @@ TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages)
     L10n::setCurrent(AppLanguage::english);
 }
 
-TEST(DocumentStoreEditing, OrderDeletionAndErasureBookkeeping)
-{
+TEST(DocumentStoreEditing, OrderDeletionAndErasureBookkeeping) {
     FakeClock clock;
     DocumentStore store(memoryOptions(clock), nullptr, nullptr, nullptr);
     const std::vector<Sheet> tutorial = store.document().sheets;
 
     clock.seconds += 5;
     store.addSheet();
-    EXPECT_FALSE(store.document().sheetOrderUpdatedAt);  // adding is not reordering
+    EXPECT_FALSE(store.document().sheetOrderUpdatedAt); // adding is not reordering
     store.moveSheet(tutorial[0].id, 99);
     EXPECT_EQ(store.document().sheets.back().id, tutorial[0].id);
     EXPECT_EQ(store.document().sheetOrderUpdatedAt, Timestamp{clock.seconds});
@@ -430,8 +414,7 @@ TEST(DocumentStoreEditing, OrderDeletionAndErasureBookkeeping)
     EXPECT_EQ(store.document().sheets.front().name, "New Sheet");
 }
 
-TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications)
-{
+TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications) {
     FakeClock clock;
     NotificationCenter center;
     UndoCenter undoCenter;
@@ -439,7 +422,7 @@ TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications)
     auto session = std::make_unique<SheetSession>(&store);
     const Uuid id = *session->sheetID();
     const std::string original = store.sheet(id)->text;
-    EXPECT_FALSE(undoCenter.canUndo());  // no active window yet
+    EXPECT_FALSE(undoCenter.canUndo()); // no active window yet
 
     session->activate();
     store.updateText(id, original + "1\n");
@@ -472,8 +455,7 @@ TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications)
     EXPECT_FALSE(undoCenter.canRedo());
 }
 
-TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage)
-{
+TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
     FakeClock clock;
     NotificationCenter center;
     DocumentStore::Options options = memoryOptions(clock);
@@ -493,8 +475,7 @@ TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage)
     EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
 }
 
-TEST(DocumentStoreEditing, KeyLayoutsTravelBetweenSettingsAndTheDocument)
-{
+TEST(DocumentStoreEditing, KeyLayoutsTravelBetweenSettingsAndTheDocument) {
     QTemporaryDir dir;
     QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
     NotificationCenter center;
@@ -524,18 +505,17 @@ TEST(DocumentStoreEditing, KeyLayoutsTravelBetweenSettingsAndTheDocument)
     EXPECT_EQ(settings.keyLayouts(), remote.keyLayouts);
     EXPECT_EQ(settings.keyLayoutsUpdatedAt(), Timestamp{200});
     EXPECT_EQ(announced, 1);
-    EXPECT_EQ(store.document().keyLayouts, remote.keyLayouts);  // the other store followed the announcement
+    EXPECT_EQ(store.document().keyLayouts, remote.keyLayouts); // the other store followed the announcement
 }
 
-TEST(DocumentStoreEditing, LaunchOptions)
-{
+TEST(DocumentStoreEditing, LaunchOptions) {
     QTemporaryDir dir;
     QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
     AppSettings settings(ini, nullptr);
     settings.setCloudFolder("/from/settings");
     struct Case {
         QStringList arguments;
-        const char* environment;  // LUMO_CLOUD_DIR, or null when unset
+        const char* environment; // LUMO_CLOUD_DIR, or null when unset
         DocumentStore::Source source;
         QString cloud;
     };

@@ -8,8 +8,7 @@
 
 using namespace lumo;
 
-TEST(NotificationCenter, DeliversByNameUntilTheObserverGoes)
-{
+TEST(NotificationCenter, DeliversByNameUntilTheObserverGoes) {
     NotificationCenter center;
     QStringList seen;
     auto receiver = std::make_unique<QObject>();
