@@ -284,29 +284,6 @@ private:
 
 } // namespace
 
-std::string kindNameJapanese(const Value& value) {
-    switch (value.kind) {
-    case Value::Kind::list:
-        return "表";
-    case Value::Kind::text:
-        return "文字";
-    case Value::Kind::number:
-        return "数";
-    }
-    return "数";
-}
-
-std::string kindNameEnglish(const Value& value) {
-    switch (value.kind) {
-    case Value::Kind::list:
-        return "a list";
-    case Value::Kind::text:
-        return "text";
-    case Value::Kind::number:
-        return "a number";
-    }
-    return "a number";
-}
 
 namespace AngleMode {
 bool degrees() {

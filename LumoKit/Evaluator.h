@@ -69,9 +69,6 @@ Value compareValues(const std::string& op, const Value& left, const Value& right
 /// Text ordering: scalar values after canonical normalisation. Negative, zero or positive.
 int compareTexts(std::string_view a, std::string_view b);
 
-/// The kind's name for composing a message in one language: "表"/"a list", "文字"/"text", "数"/"a number".
-std::string kindNameJapanese(const Value& value);
-std::string kindNameEnglish(const Value& value);
 
 /// Indexing a list or text by position (negative counts from the end).
 Value indexValue(const Value& target, const Value& position);

@@ -26,29 +26,6 @@ constexpr std::size_t maxTextBytes = maxTextLength * 64;
     throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
 }
 
-std::string kindNameJapanese(const Value& value) {
-    switch (value.kind) {
-    case Value::Kind::list:
-        return "表";
-    case Value::Kind::text:
-        return "文字";
-    case Value::Kind::number:
-        break;
-    }
-    return "数";
-}
-
-std::string kindNameEnglish(const Value& value) {
-    switch (value.kind) {
-    case Value::Kind::list:
-        return "a list";
-    case Value::Kind::text:
-        return "text";
-    case Value::Kind::number:
-        break;
-    }
-    return "a number";
-}
 
 // Sums that come out this close to zero relative to their operands are decimal noise:
 // 0.1 + 0.2 − 0.3 is 0, not 5.55e-17.
@@ -100,6 +77,30 @@ std::size_t valueWeight(const Value& value, std::size_t limit) {
             break;
     }
     return weight;
+}
+
+std::string kindNameJapanese(const Value& value) {
+    switch (value.kind) {
+    case Value::Kind::list:
+        return "表";
+    case Value::Kind::text:
+        return "文字";
+    case Value::Kind::number:
+        break;
+    }
+    return "数";
+}
+
+std::string kindNameEnglish(const Value& value) {
+    switch (value.kind) {
+    case Value::Kind::list:
+        return "a list";
+    case Value::Kind::text:
+        return "text";
+    case Value::Kind::number:
+        break;
+    }
+    return "a number";
 }
 
 namespace {

@@ -50,6 +50,9 @@ std::size_t valueWeight(const Value& value, std::size_t limit = maxValueWeight()
 
 /// The kind's name in messages: "表"/"a list", "文字"/"text", "数"/"a number".
 std::string kindName(const Value& value);
+/// One language's kind name, for messages composed per language before one is picked.
+std::string kindNameJapanese(const Value& value);
+std::string kindNameEnglish(const Value& value);
 
 /// A percent operand made its plain fraction (figure ÷ 100); other values unchanged.
 Value withoutPercent(const Value& value);
