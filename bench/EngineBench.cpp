@@ -16,26 +16,30 @@ namespace {
 
 const std::vector<std::string>& typicalLines() {
     static const std::vector<std::string> lines = {
-        "1200 × 35 + 10%",            // arithmetic and percent
-        "(3.5 + 2) * 4 / 7 - 1",      // plain arithmetic
-        "120 mm × 300 mm",            // units
+        "1200 × 35 + 10%",                    // arithmetic and percent
+        "(3.5 + 2) * 4 / 7 - 1",              // plain arithmetic
+        "120 mm × 300 mm",                    // units
         "36 kN / (120 mm × 300 mm) in N/mm2", // compound units and conversion
-        "2 h + 30 min",               // alignment
-        "5 km in m",                  // conversion
-        "sqrt(2) * sin(pi / 4)",      // functions
-        "[4800, 12000, 3200][1]",     // lists
+        "2 h + 30 min",                       // alignment
+        "5 km in m",                          // conversion
+        "sqrt(2) * sin(pi / 4)",              // functions
+        "[4800, 12000, 3200][1]",             // lists
     };
     return lines;
 }
 
 // A context that knows a few names, standing in for a sheet's earlier lines.
-class NamesContext : public EmptyContext {
+class NamesContext : public EvalContext {
 public:
     std::optional<Value> valueOf(const std::string& name) override {
         if (name == "price")
             return Value::plain(1200);
         if (name == "qty")
             return Value::plain(35);
+        return std::nullopt;
+    }
+    std::optional<Value> answerOnLine(std::int64_t) override { return std::nullopt; }
+    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override {
         return std::nullopt;
     }
 };

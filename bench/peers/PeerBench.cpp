@@ -38,13 +38,17 @@ std::vector<PeerLine> readLines(const std::string& path) {
     return lines;
 }
 
-class NamesContext : public lumo::EmptyContext {
+class NamesContext : public lumo::EvalContext {
 public:
     std::optional<lumo::Value> valueOf(const std::string& name) override {
         if (name == "price")
             return lumo::Value::plain(1200);
         if (name == "qty")
             return lumo::Value::plain(35);
+        return std::nullopt;
+    }
+    std::optional<lumo::Value> answerOnLine(std::int64_t) override { return std::nullopt; }
+    std::optional<lumo::Value> callFunction(const std::string&, const std::vector<lumo::Value>&) override {
         return std::nullopt;
     }
 };
