@@ -6,6 +6,7 @@
 #include <QtDebug>
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <limits>
 
@@ -172,9 +173,17 @@ SheetHistory& DocumentStore::history(const Sheet& sheet) {
     return m_histories.try_emplace(sheet.id, SheetSnapshot{sheet.text, sheet.lockedLines}).first->second;
 }
 
+Timestamp DocumentStore::now() const {
+    // A fraction kept only in memory would let two devices read one saved second differently:
+    // an edit later in the second that a deletion happened in would survive on its own device.
+    return Timestamp{std::floor(m_clock().seconds)};
+}
+
 SheetHistory::TimePoint DocumentStore::historyTime() const {
+    // Undo steps are grouped within fractions of a second, so the history gets the precise time.
     using namespace std::chrono;
-    return system_clock::time_point(duration_cast<system_clock::duration>(duration<double>(now().seconds)));
+    return system_clock::time_point(
+        duration_cast<system_clock::duration>(duration<double>(m_clock().seconds)));
 }
 
 QList<SheetSession*> DocumentStore::liveSessions() const {

@@ -131,7 +131,8 @@ signals:
     void remoteChecked();
 
 private:
-    Timestamp now() const { return m_clock(); }
+    // Time stamps for the document, in whole seconds as the file keeps them.
+    Timestamp now() const;
     SheetHistory::TimePoint historyTime() const;
     Sheet* findSheet(const Uuid& id);
     int indexOf(const Uuid& id) const;

@@ -192,6 +192,15 @@ TEST_F(TwoDevices, ADeletionAfterOrWithAnEditWins) {
     ASSERT_TRUE(waitUntil([&] { return converged() && !a->sheet(sheetY) && !b->sheet(sheetY); }));
 }
 
+TEST_F(TwoDevices, ADeletionEarlierInTheSameSecondStillWins) {
+    // The file keeps whole seconds; the devices must not judge by fractions only one of them saw.
+    clock.seconds += 10.2;
+    a->store->deleteSheet(sheetY);
+    clock.seconds += 0.6;
+    b->store->updateText(sheetY, "edited\n");
+    ASSERT_TRUE(waitUntil([&] { return converged() && !a->sheet(sheetY) && !b->sheet(sheetY); }));
+}
+
 TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets) {
     QTemporaryDir cloud;
     FakeClock clock;
