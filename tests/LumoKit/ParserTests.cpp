@@ -136,7 +136,8 @@ TEST(Parser, ImplicitProductsUnitsAndPercent) {
 TEST(Parser, Conversions) {
     const Case cases[] = {
         {"5 km in m", "(to (unit 5 km) m)"},
-        {"5 km → m to cm as mm へ ft", "(to (to (to (to (unit 5 km) m) cm) mm) ft)"},
+        {"5 km → m to cm as mm へ ft で m", "(to (to (to (to (to (unit 5 km) m) cm) mm) ft) m)"},
+        {"5 km into m", "(unit (unit (unit 5 km) into) m)"}, // only the listed words convert
         {"x in m/s", "(to x m/s)"},
         {"x in km/h", "(to x km/h)"},
         {"x to kN*m", "(to x kN·m)"},
