@@ -1,0 +1,91 @@
+// The document store's cost of one keystroke in a long sheet: updateText records the undo step
+// and evaluates the sheet again for the window that shows it. The store lives in memory, so no
+// file is written; the median over the repetitions is the number to watch (a few milliseconds).
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "DocumentStore.h"
+#include "SheetSession.h"
+
+using namespace lumo;
+
+namespace {
+
+// Everyday lines: names, units, percentages, lists, prev and a small function.
+const char* const block[] = {
+    "price = 1200",
+    "qty = 35",
+    "price × qty + 10%",
+    "width = 120 mm",
+    "depth = 300 mm",
+    "area = width × depth",
+    "36 kN / area in N/mm2",
+    "rent = 82000円",
+    "rent × 12",
+    "2 h + 30 min in min",
+    "prices = [4800, 12000, 3200]",
+    "sum(prices)",
+    "prev × 2",
+    "",
+    "// a note",
+    "def half(v):",
+    "    return v / 2",
+    "half(prev)",
+    "sqrt(2) * sin(pi / 4)",
+    "5 km in m",
+};
+// The line "rent × 12", where digits are typed.
+constexpr int typedLine = 8;
+
+std::string longSheet(int lines) {
+    std::string text;
+    for (int written = 0; written < lines; ++written) {
+        text += block[static_cast<std::size_t>(written) % std::size(block)];
+        text += '\n';
+    }
+    return text;
+}
+
+// Where a typed digit lands: the end of the typed line in the block nearest the middle.
+std::size_t typingPosition(const std::string& text, int lines) {
+    const int blockSize = static_cast<int>(std::size(block));
+    const int target = lines / 2 / blockSize * blockSize + typedLine;
+    std::size_t position = 0;
+    for (int line = 0; line < target; ++line)
+        position = text.find('\n', position) + 1;
+    return text.find('\n', position);
+}
+
+void keystrokeIntoSheet(benchmark::State& state) {
+    const int lines = static_cast<int>(state.range(0));
+    DocumentStore::Options options;
+    options.source = DocumentStore::Source::starter;
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    SheetSession session(&store);
+    session.activate();
+    const Uuid sheetID = *session.sheetID();
+    std::string text = longSheet(lines);
+    store.updateText(sheetID, text);
+
+    // A digit typed and deleted in turn keeps the sheet the same size from one keystroke to the next.
+    const std::size_t at = typingPosition(text, lines);
+    bool typed = false;
+    for (auto _ : state) {
+        if (typed)
+            text.erase(at, 1);
+        else
+            text.insert(at, 1, '7');
+        typed = !typed;
+        store.updateText(sheetID, text);
+        benchmark::DoNotOptimize(store.results().data());
+    }
+    state.SetLabel(std::to_string(store.results().size()) + " results");
+}
+BENCHMARK(keystrokeIntoSheet)
+    ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(9)
+    ->DisplayAggregatesOnly(true);
+
+} // namespace
