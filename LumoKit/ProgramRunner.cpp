@@ -162,6 +162,7 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
 
 std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chain, LineCounting counting) {
     for (const auto& branch : chain.branches) {
+        markLine(branch.index);
         if (branch.condition) {
             bool holds = false;
             try {
@@ -388,43 +389,20 @@ void ProgramRunner::failLine(std::int64_t index, const std::string& message) {
     setResult(index, {LineOutcome::makeFailure(message), std::nullopt});
 }
 
+// Only the line a node stands on is reached by executing it: the lines of a body are reached
+// when the body runs, and an if chain's headers as the chain comes to them.
 void ProgramRunner::markVisited(const ProgramNode& node) {
-    if (currentOwner() != LineOwner::thisSheet)
-        return;
-    const auto mark = [this](std::int64_t index) {
-        if (index >= 0 && static_cast<std::size_t>(index) < m_visited.size())
-            m_visited[static_cast<std::size_t>(index)] = true;
-    };
-    const auto markAll = [this](const ProgramBody& body) {
-        for (const auto& inner : body)
-            markVisited(inner);
-    };
     std::visit(overloaded{
-                   [&](const program::IfChain& chain) {
-                       for (const auto& branch : chain.branches) {
-                           mark(branch.index);
-                           markAll(branch.body);
-                       }
-                   },
-                   [&](const program::Invalid& invalid) {
-                       mark(invalid.index);
-                       markAll(invalid.body);
-                   },
-                   [&](const program::ForLoop& loop) {
-                       mark(loop.index);
-                       markAll(loop.body);
-                   },
-                   [&](const program::WhileLoop& loop) {
-                       mark(loop.index);
-                       markAll(loop.body);
-                   },
-                   [&](const program::Define& define) {
-                       mark(define.index);
-                       markAll(*define.body);
-                   },
-                   [&](const auto& simple) { mark(simple.index); },
+                   [](const program::IfChain&) {},
+                   [&](const auto& simple) { markLine(simple.index); },
                },
                node.node);
+}
+
+void ProgramRunner::markLine(std::int64_t index) {
+    if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
+        static_cast<std::size_t>(index) < m_visited.size())
+        m_visited[static_cast<std::size_t>(index)] = true;
 }
 
 // Notes and structural mistakes show wherever they stand, even in code that never runs.

@@ -58,6 +58,7 @@ private:
     void setResult(std::int64_t index, LineResult result);
     void failLine(std::int64_t index, const std::string& message);
     void markVisited(const ProgramNode& node);
+    void markLine(std::int64_t index);
     void showStructure(const ProgramBody& body);
     void fillUnreached();
     void stopIfExhausted() const;

@@ -81,6 +81,11 @@ TEST(ProgramRunner, StoppingTheRun) {
     // A loop inside a function stops the run from the calling line on.
     EXPECT_EQ(runWithLimits("def f():\n  while 1:\n    1\nf()\n2", BudgetLimits{5, 40, 100}),
               (std::vector<std::string>{"", tooMany, "1", tooMany, tooMany}));
+    // Reaching a header reaches only its line: a def never called, a branch not taken and a
+    // loop that ran no pass leave their bodies unreached.
+    EXPECT_EQ(runWithLimits("def f():\n  return 1\nif 1:\n  2\nelse:\n  3\nfor i in []:\n  4\nwhile 1:\n  5",
+                            BudgetLimits{5, 40, 100}),
+              (std::vector<std::string>{"", tooMany, "", "2", tooMany, tooMany, "", tooMany, tooMany, "5"}));
     std::int64_t steps = 0;
     runWithLimits("for i in range(5):\n  i\nn = 0\nwhile n < 3:\n  n = n + 1\nfor c in \"ab\":\n  c", {},
                   &steps);
