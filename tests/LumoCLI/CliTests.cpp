@@ -195,3 +195,42 @@ TEST(Cli, TextOutputAlignsAnswersByDisplayWidth) {
     second = second.substr(0, second.find('\n'));
     EXPECT_EQ(first.size() - std::string("税込").size() + 4, second.size());
 }
+
+TEST(Cli, PlotObjectsInJson) {
+    auto lines = jsonLines(runLumo("--json --lang en", "chart(1 m, 50 cm)\nplot(x × y, 0, 1)\n").out);
+    ASSERT_EQ(lines.size(), 3u);
+    const auto& bars = lines[0]["plot"];
+    EXPECT_EQ(bars["kind"], "bars");
+    EXPECT_EQ(bars["bars"],
+              nlohmann::json::parse(R"([{"label": "1 m", "value": 1}, {"label": "50 cm", "value": 0.5}])"));
+    EXPECT_EQ(bars["unitLabel"], "m");
+    EXPECT_TRUE(bars["segments"].empty() && bars["surface"].empty() && bars["zRange"].is_null());
+
+    const auto& surface = lines[1]["plot"];
+    EXPECT_EQ(surface["kind"], "surface");
+    EXPECT_EQ(surface["title"], "plot(x * y, 0, 1)");
+    ASSERT_EQ(surface["surface"].size(), 21u);
+    EXPECT_EQ(surface["surface"][20][20], 10.0);
+    EXPECT_EQ(surface["xRange"], nlohmann::json::array({0.0, 1.0}));
+    EXPECT_EQ(surface["yRange"], nlohmann::json::array({-10.0, 10.0}));
+    EXPECT_EQ(surface["zRange"], nlohmann::json::array({-10.0, 10.0}));
+    EXPECT_TRUE(surface["unitLabel"].is_null());
+}
+
+TEST_F(CliFiles, TextOutputHeadingsAndFailures) {
+    auto first = write("First.txt", "1 +\n");
+    auto second = write("Second.txt", "2\n");
+    struct Case {
+        std::string arguments;
+        bool headings;
+    };
+    const Case cases[] = {
+        {first + " " + second, true}, {first, false}, {"--sheet First " + first + " " + second, false}};
+    for (const auto& c : cases) {
+        auto out = runLumo("--lang en " + c.arguments).out;
+        EXPECT_EQ(out.find("First") != std::string::npos, c.headings) << c.arguments << "\n" << out;
+        // Off a terminal the failure is marked without colour codes.
+        EXPECT_NE(out.find("! The expression ends in the middle"), std::string::npos) << out;
+        EXPECT_EQ(out.find('\x1b'), std::string::npos) << out;
+    }
+}

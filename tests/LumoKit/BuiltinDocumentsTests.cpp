@@ -66,11 +66,17 @@ TEST(BuiltinDocuments, SampleDocument) {
         AppLanguage language;
         std::vector<std::string> names;
         std::string budget;
+        std::string trip;
+        std::string graphs;
         std::string intro;
     } editions[] = {
         {AppLanguage::english,
          {"Getting Started", "Monthly Budget", "Trip Estimate", "Graphs", "Long Sheet"},
          "rent = 820 USD\nutilities = 124 USD\nrent + utilities\n",
+         "flights = 340 USD\nhotel = 180 USD\nflights + hotel\n",
+         "// Write an expression and it becomes a curve\nplot(x^2 - 3x)\n\n// A list turns straight into "
+         "bars\n"
+         "sales = [420, 610, 380, 540]\nchart(sales)\n",
          "// Type, and the answer appears on the right\n1200 × 35\n+ 10%\n\n"
          "// Names and units work in your calculations\nwidth = 120 mm\ndepth = 300 mm\n"
          "area = width × depth\n36 kN / area in N/mm2\n\n// Mix time and speed freely\n2 h + 30 min\n"
@@ -79,6 +85,9 @@ TEST(BuiltinDocuments, SampleDocument) {
         {AppLanguage::japanese,
          {"はじめてのシート", "家計", "旅行の見積もり", "グラフ", "長いシート"},
          "家賃 = 82000円\n光熱費 = 12400円\n家賃 + 光熱費\n",
+         "交通費 = 34000円\n宿 = 18000円\n交通費 + 宿\n",
+         "// 式を書くと、その場で曲線になります\nplot(x^2 - 3x)\n\n// 表はそのまま棒グラフにできます\n"
+         "売上 = [420, 610, 380, 540]\nchart(売上)\n",
          "// 打つとすぐ右に答えが出ます\n1200 × 35\n+ 10%\n\n// 名前と単位は、そのまま計算に使えます\n"
          "梁幅 = 120 mm\n梁せい = 300 mm\n断面積 = 梁幅 × 梁せい\n36 kN / 断面積 in N/mm2\n\n"
          "// 時間や速さも混ぜられます\n2 h + 30 min\n100 km/h × 2 h\n\n// 表にして、まとめて集計もできます\n"
@@ -104,6 +113,8 @@ TEST(BuiltinDocuments, SampleDocument) {
         }
         EXPECT_EQ(document.sheets[0].text, edition.intro);
         EXPECT_EQ(document.sheets[1].text, edition.budget);
+        EXPECT_EQ(document.sheets[2].text, edition.trip);
+        EXPECT_EQ(document.sheets[3].text, edition.graphs);
         EXPECT_EQ(document.sheets[4].text, longSheet);
         EXPECT_EQ(document.selectedSheetID, document.sheets[0].id);
         EXPECT_TRUE(document.deletedSheets.empty() && document.keyLayouts.empty());
