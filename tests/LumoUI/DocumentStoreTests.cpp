@@ -303,6 +303,20 @@ TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge) {
               DocumentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
 }
 
+TEST(DocumentStoreSaving, PendingChangesAreWrittenWhenTheApplicationQuits) {
+    QTemporaryDir local;
+    FakeClock clock;
+    DocumentStore::Options options = memoryOptions(clock);
+    options.storageDirectory = local.path();
+    options.saveDelay = 1h;
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    store.updateText(store.document().sheets.front().id, "last words\n");
+
+    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+    QCoreApplication::exec();
+    EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "last words\n");
+}
+
 TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
     QTemporaryDir local;
     const QByteArray corrupt = "{\"sheets\": [ truncated";
@@ -462,6 +476,50 @@ TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications) {
     session.reset();
     EXPECT_FALSE(undoCenter.canUndo());
     EXPECT_FALSE(undoCenter.canRedo());
+}
+
+TEST(DocumentStoreEditing, UndoAvailabilityFollowsTheActiveWindowAndItsSheet) {
+    FakeClock clock;
+    NotificationCenter center;
+    UndoCenter undoCenter;
+    DocumentStore store(memoryOptions(clock), &center, &undoCenter, nullptr);
+    auto first = std::make_unique<SheetSession>(&store);
+    auto second = std::make_unique<SheetSession>(&store);
+    const Uuid a = *first->sheetID();
+    const std::string original = store.sheet(a)->text;
+    std::optional<Uuid> b;
+    // Keys 0.3 s apart, from the middle of a second: one step, since grouping uses the precise
+    // time and not the whole seconds kept in the file.
+    const auto typeKeys = [&](const std::string& keys) {
+        clock.seconds += 0.5;
+        for (std::size_t typed = 1; typed <= keys.size(); ++typed, clock.seconds += 0.3)
+            store.updateText(a, original + keys.substr(0, typed));
+    };
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        bool canUndo;
+        bool canRedo;
+    };
+    const Step steps[] = {
+        {"first window becomes key", [&] { first->activate(); }, false, false},
+        {"types three keys", [&] { typeKeys("123"); }, true, false},
+        {"one undo takes all three", [&] { center.post(Notification::undo); }, false, true},
+        {"redo", [&] { center.post(Notification::redo); }, true, false},
+        {"a new sheet is shown", [&] { b = store.addSheet(); }, false, false},
+        {"back to the edited sheet", [&] { first->showSheet(a); }, true, false},
+        {"the other window shows the new sheet", [&] { second->showSheet(*b); }, true, false},
+        {"the other window becomes key", [&] { second->activate(); }, false, false},
+        {"its undo leaves the edited sheet alone", [&] { center.post(Notification::undo); }, false, false},
+        {"the edited sheet is selected there", [&] { store.selectSheet(a); }, true, false},
+        {"the key window closes", [&] { second.reset(); }, false, false},
+    };
+    for (const Step& step : steps) {
+        step.act();
+        EXPECT_EQ(undoCenter.canUndo(), step.canUndo) << step.what;
+        EXPECT_EQ(undoCenter.canRedo(), step.canRedo) << step.what;
+    }
+    EXPECT_EQ(store.sheet(a)->text, original + "123");
 }
 
 TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
