@@ -52,18 +52,20 @@ std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now) {
     if (m_options.localFile.isEmpty())
         return std::nullopt;
     const std::optional<QByteArray> bytes = DocumentFile::read(m_options.localFile);
-    if (!bytes)
-        return std::nullopt;
-    std::optional<LumoDocument> document = decodeBytes(*bytes);
+    std::optional<LumoDocument> document = bytes ? decodeBytes(*bytes) : std::nullopt;
     if (!document) {
+        // A file that is there but cannot be read is set aside like one that cannot be decoded:
+        // the next save would otherwise replace it.
+        if (!QFileInfo::exists(m_options.localFile))
+            return std::nullopt;
+        const char* problem = bytes ? "could not decode" : "could not read";
         const auto when = QDateTime::fromSecsSinceEpoch(qint64(now.seconds));
         const QString aside = DocumentFile::moveAside(m_options.localFile, when);
         if (aside.isEmpty())
-            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile
+            qWarning().noquote() << "Lumo:" << problem << m_options.localFile
                                  << "and could not move it aside";
         else
-            qWarning().noquote() << "Lumo: could not decode" << m_options.localFile << "- moved it to"
-                                 << aside;
+            qWarning().noquote() << "Lumo:" << problem << m_options.localFile << "- moved it to" << aside;
         return std::nullopt;
     }
     if (document->sheets.empty())

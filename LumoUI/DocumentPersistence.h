@@ -46,7 +46,7 @@ public:
     ~DocumentPersistence() override;
 
     /// The local document, or nothing when the file is missing, unreadable or has no sheets.
-    /// A file that exists but does not decode is moved aside first and never overwritten.
+    /// A file that exists but cannot be read or decoded is moved aside first, never overwritten.
     std::optional<LumoDocument> loadLocal(Timestamp now);
 
     /// Saves after the save delay unless another change comes first.

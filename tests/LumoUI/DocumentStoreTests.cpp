@@ -344,6 +344,18 @@ TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
     store.updateText(store.document().sheets.front().id, "new\n");
     ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
     EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+
+    // What cannot even be read (a folder in the file's place, since root reads every file) is
+    // set aside as well, and the next save goes through.
+    QTemporaryDir blocked;
+    ASSERT_TRUE(QDir(blocked.path()).mkpath("document.json/kept"));
+    options.storageDirectory = blocked.path();
+    DocumentStore second(options, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(second.usingStarterDocument());
+    EXPECT_TRUE(QDir(blocked.path()).exists("document.unreadable-" + stamp + ".json/kept"));
+    QObject::connect(&second, &DocumentStore::saved, [&] { ++saves; });
+    second.updateText(second.document().sheets.front().id, "new\n");
+    ASSERT_TRUE(waitUntil([&] { return saves == 2; }, 1000));
 }
 
 TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
@@ -383,7 +395,8 @@ TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages) {
     };
     const Case cases[] = {
         {AppLanguage::english, "Sheet 2", "Y Copy",
-         "Only this sheet is cleared; your other sheets are untouched.", "New Sheet"},
+         "Only this sheet is cleared; your other sheets are untouched. You can undo it (↩︎ or ⌘Z).",
+         "New Sheet"},
         {AppLanguage::japanese, "シート 2", "Y のコピー", "このシートだけを消去します。", "新しいシート"},
     };
     for (const Case& c : cases) {
