@@ -59,17 +59,19 @@ namespace {
 enum class QuoteClass { none, doubleQuote, singleQuote };
 
 QuoteClass quoteClassOf(char32_t c) {
-    static const std::unordered_map<char32_t, QuoteClass> classes{
-        {U'"', QuoteClass::doubleQuote},      {U'\uFF02', QuoteClass::doubleQuote},
-        {U'\u201C', QuoteClass::doubleQuote}, {U'\u201D', QuoteClass::doubleQuote},
-        {U'\'', QuoteClass::singleQuote},     {U'\u2018', QuoteClass::singleQuote},
-        {U'\u2019', QuoteClass::singleQuote},
-    };
-    // Every quote is at least '"', so the common case needs no lookup.
-    if (c < U'"')
+    switch (c) {
+    case U'"':
+    case U'\uFF02':
+    case U'\u201C':
+    case U'\u201D':
+        return QuoteClass::doubleQuote;
+    case U'\'':
+    case U'\u2018':
+    case U'\u2019':
+        return QuoteClass::singleQuote;
+    default:
         return QuoteClass::none;
-    auto found = classes.find(c);
-    return found == classes.end() ? QuoteClass::none : found->second;
+    }
 }
 
 const char* asciiQuote(QuoteClass quoteClass) {
@@ -140,14 +142,8 @@ public:
             m_count = text.size();
             return;
         }
-        m_offsets.reserve(text.size() + 1);
-        std::size_t offset = 0;
-        for (const std::string& cluster : unicode::graphemes(text)) {
-            m_offsets.push_back(offset);
-            offset += cluster.size();
-        }
-        m_count = m_offsets.size();
-        m_offsets.push_back(offset);
+        m_offsets = unicode::graphemeBoundaries(text);
+        m_count = m_offsets.size() - 1;
     }
 
     std::size_t size() const { return m_count; }
@@ -181,9 +177,9 @@ bool isAsciiDigit(std::string_view c) {
 }
 
 char32_t firstScalar(std::string_view c) {
-    if (static_cast<unsigned char>(c[0]) < 0x80)
-        return static_cast<char32_t>(c[0]);
-    return unicode::decode(c).front();
+    char32_t scalar;
+    unicode::decodeFirst(c, scalar);
+    return scalar;
 }
 
 enum class Digits { allowed, notAllowed };
@@ -599,7 +595,18 @@ std::string normalize(std::string_view text) {
     out.reserve(text.size());
     QuoteClass open = QuoteClass::none;
     bool escaped = false;
-    for (char32_t c : unicode::decode(text)) {
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = unicode::decodeFirst(text.substr(offset), c);
+        // A scalar is copied as written; an invalid byte becomes U+FFFD.
+        const std::string_view written = text.substr(offset, length);
+        const auto copy = [&] {
+            if (length == 1 && c >= 0x80)
+                out += unicode::encode(c);
+            else
+                out += written;
+        };
+        offset += length;
         if (open != QuoteClass::none) {
             if (escaped) {
                 escaped = false;
@@ -610,7 +617,7 @@ std::string normalize(std::string_view text) {
                 open = QuoteClass::none;
                 continue;
             }
-            out += unicode::encode(c);
+            copy();
             continue;
         }
         if (QuoteClass quoteClass = quoteClassOf(c); quoteClass != QuoteClass::none) {
@@ -622,11 +629,10 @@ std::string normalize(std::string_view text) {
             out += static_cast<char>(c);
             continue;
         }
-        auto mapped = map.find(c);
-        if (mapped == map.end())
-            out += unicode::encode(c);
-        else
+        if (auto mapped = map.find(c); mapped != map.end())
             out += mapped->second;
+        else
+            copy();
     }
     return out;
 }

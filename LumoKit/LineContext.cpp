@@ -63,10 +63,11 @@ bool endsWith(std::string_view text, std::string_view suffix) {
 }
 
 bool continuesPrevious(std::string_view text) {
-    const std::u32string scalars = unicode::decode(text.substr(0, 8));
-    if (scalars.empty())
+    if (text.empty())
         return false;
-    switch (scalars[0]) {
+    char32_t first = 0;
+    const std::size_t length = unicode::decodeFirst(text, first);
+    switch (first) {
     case U'*':
     case U'/':
     case U'^':
@@ -79,7 +80,7 @@ bool continuesPrevious(std::string_view text) {
     case U'-':
     case U'－':
     case U'＋':
-        return scalars.size() > 1 && scalars[1] == U' ';
+        return text.substr(length).starts_with(' ');
     default:
         return false;
     }
@@ -108,6 +109,20 @@ ParsedLine parseLine(std::string text) {
         parsedLine.error = cannotCalculateMessage();
     }
     return parsedLine;
+}
+
+// Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
+// the commonest failure of a sheet, answered without throwing through the evaluator.
+bool isMixedSum(const Expr& expression, const LineContext& context) {
+    const auto* identifier = expression.as<expr::Identifier>();
+    if (!identifier)
+        return false;
+    const auto word = sheetWordOf(identifier->name);
+    if (!word || *word == SheetWord::previous)
+        return false;
+    if (!context.locals.empty() && context.locals.back().contains(identifier->name))
+        return false;
+    return !(*word == SheetWord::blockSum ? context.block : context.all).value();
 }
 
 bool isPlotCall(const Expr& expression) {
@@ -216,6 +231,10 @@ LineResult LineContext::evaluateLine(const program::Line& line, LineCounting cou
     // only confuse, so the lower-case spelling is refused as well.
     if (statement.name && (isSheetWord(*statement.name) || isSheetWord(unicode::toLower(*statement.name))))
         return {LineOutcome::makeFailure(builtinWordMessage(*statement.name)), statement.name};
+    if (isMixedSum(*statement.expr, *this)) {
+        mixedUnits = true;
+        return {LineOutcome::makeFailure(mixedUnitsMessage()), statement.name};
+    }
     try {
         LineOutcome outcome = evaluateStatement(line, parsedLine, counting, owner);
         if (outcome.kind == LineOutcome::Kind::plot)

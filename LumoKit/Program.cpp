@@ -87,16 +87,31 @@ std::optional<Header> headerOf(const Program::Row& row) {
 }
 
 std::int64_t indentWidth(std::string_view line) {
+    static constexpr std::string_view ideographicSpace = "\u3000";
     std::int64_t width = 0;
-    for (char32_t c : unicode::decode(line)) {
-        if (c == U' ' || c == U'\u3000')
+    for (std::size_t i = 0; i < line.size();) {
+        if (line[i] == ' ') {
             width += 1;
-        else if (c == U'\t')
+            ++i;
+        } else if (line[i] == '\t') {
             width += 4;
-        else
+            ++i;
+        } else if (line.substr(i).starts_with(ideographicSpace)) {
+            width += 1;
+            i += ideographicSpace.size();
+        } else {
             break;
+        }
     }
     return width;
+}
+
+bool startsWithNumber(std::string_view text) {
+    if (text.empty())
+        return false;
+    char32_t first = 0;
+    unicode::decodeFirst(text, first);
+    return unicode::isNumber(first);
 }
 
 std::vector<std::string> splitParameters(std::string_view text) {
@@ -328,8 +343,7 @@ Row makeRow(std::int64_t index, std::string_view line) {
         row.kind = Row::Kind::comment;
     } else if (row.text.front() == '#') {
         // "#3" is a line reference and so code; any other "#" starts a note.
-        const std::u32string after = unicode::decode(std::string_view(row.text).substr(1));
-        if (after.empty() || !unicode::isNumber(after.front()))
+        if (!startsWithNumber(std::string_view(row.text).substr(1)))
             row.kind = Row::Kind::comment;
     }
     return row;

@@ -24,12 +24,33 @@ std::size_t decodeOne(std::string_view text, char32_t& scalar) {
     return static_cast<std::size_t>(length);
 }
 
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 template <typename Map> std::string mapScalars(std::string_view text, Map map) {
     std::string out;
     out.reserve(text.size());
+    // ASCII maps to ASCII, so such text needs no decoding.
+    if (isAscii(text)) {
+        for (char c : text)
+            out += static_cast<char>(map(static_cast<utf8proc_int32_t>(c)));
+        return out;
+    }
     for (char32_t c : decode(text))
         out += encode(static_cast<char32_t>(map(static_cast<utf8proc_int32_t>(c))));
     return out;
+}
+
+// The trim of a text with invalid bytes: each becomes U+FFFD.
+std::string trimAndRepair(std::string_view text) {
+    std::u32string scalars = decode(text);
+    std::size_t begin = 0, end = scalars.size();
+    while (begin < end && isWhitespace(scalars[begin]))
+        ++begin;
+    while (end > begin && isWhitespace(scalars[end - 1]))
+        --end;
+    return encode(std::u32string_view(scalars).substr(begin, end - begin));
 }
 
 } // namespace
@@ -43,6 +64,14 @@ std::u32string decode(std::string_view text) {
         out.push_back(c);
     }
     return out;
+}
+
+std::size_t decodeFirst(std::string_view text, char32_t& scalar) {
+    if (static_cast<unsigned char>(text.front()) < 0x80) {
+        scalar = static_cast<char32_t>(text.front());
+        return 1;
+    }
+    return decodeOne(text, scalar);
 }
 
 std::string encode(char32_t scalar) {
@@ -83,6 +112,24 @@ std::vector<std::string> graphemes(std::string_view text) {
         first = false;
     }
     return clusters;
+}
+
+std::vector<std::size_t> graphemeBoundaries(std::string_view text) {
+    std::vector<std::size_t> boundaries;
+    boundaries.reserve(text.size() + 1);
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = decodeOne(text.substr(offset), c);
+        if (offset == 0 || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                            static_cast<utf8proc_int32_t>(c), &state))
+            boundaries.push_back(offset);
+        offset += length;
+        previous = c;
+    }
+    boundaries.push_back(text.size());
+    return boundaries;
 }
 
 std::size_t graphemeCount(std::string_view text) {
@@ -132,6 +179,9 @@ bool isDecimalDigit(char32_t c) {
 
 bool isWhitespace(char32_t c) {
     // Unicode's White_Space property: the separators (Zs, Zl, Zp) plus the C0/C1 spacing controls.
+    // Among ASCII only the space is a separator, which spares the lookup for most text.
+    if (c < 0x80)
+        return c == U' ' || (c >= 0x09 && c <= 0x0D);
     switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
     case UTF8PROC_CATEGORY_ZS:
     case UTF8PROC_CATEGORY_ZL:
@@ -172,15 +222,22 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string trim(std::string_view text) {
-    std::u32string scalars = decode(text);
-    std::size_t begin = 0, end = scalars.size();
-    while (begin < end && isWhitespace(scalars[begin]))
-        ++begin;
-    while (end > begin && isWhitespace(scalars[end - 1]))
-        --end;
-    if (begin == 0 && end == scalars.size() && encode(scalars) == text)
-        return std::string(text);
-    return encode(std::u32string_view(scalars).substr(begin, end - begin));
+    // Valid text is cut in place; text with invalid bytes is repaired on the way.
+    std::size_t begin = std::string_view::npos, end = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = decodeFirst(text.substr(offset), c);
+        if (length == 1 && c == replacementCharacter)
+            return trimAndRepair(text);
+        if (!isWhitespace(c)) {
+            begin = std::min(begin, offset);
+            end = offset + length;
+        }
+        offset += length;
+    }
+    if (begin == std::string_view::npos)
+        return {};
+    return std::string(text.substr(begin, end - begin));
 }
 
 std::size_t utf16Length(std::string_view text) {

@@ -10,11 +10,17 @@ namespace lumo::unicode {
 
 /// Decodes UTF-8 into scalars; each invalid byte becomes U+FFFD.
 std::u32string decode(std::string_view text);
+/// Decodes the first scalar of a non-empty text and returns its length in bytes; an invalid
+/// byte reads as U+FFFD of length 1.
+std::size_t decodeFirst(std::string_view text, char32_t& scalar);
 std::string encode(char32_t scalar);
 std::string encode(std::u32string_view scalars);
 
 /// Splits text into user-perceived characters (extended grapheme clusters), each as UTF-8.
 std::vector<std::string> graphemes(std::string_view text);
+/// The byte offsets at which the grapheme clusters begin, followed by the text's size: the
+/// same clusters as graphemes(), located in the text itself.
+std::vector<std::size_t> graphemeBoundaries(std::string_view text);
 /// The number of grapheme clusters.
 std::size_t graphemeCount(std::string_view text);
 

@@ -497,24 +497,25 @@ UnitRegistry::UnitRegistry() {
 }
 
 UnitRef UnitRegistry::lookup(std::string_view name) const {
-    auto it = m_byName.find(std::string(name));
+    auto it = m_byName.find(name);
     return it == m_byName.end() ? nullptr : it->second;
 }
 
-UnitRef UnitRegistry::parseCompound(std::string_view name) const {
-    // Unit names come from single tokens; anything longer is not worth reading.
-    if (name.empty() || name.size() > 64)
-        return nullptr;
+namespace {
+
+// Reads a product, quotient or power of table units; absent when a term is unknown or
+// everything cancels.
+UnitRef readCompound(const UnitRegistry& registry, std::string_view name) {
     Components components;
     double unusedFactor = 1;
     for (const auto& term : splitTerms(name)) {
         std::string_view base;
         int exponent = 1;
-        UnitRef unit = lookup(term.text);
+        UnitRef unit = registry.lookup(term.text);
         if (!unit) {
             if (!splitExponent(term.text, base, exponent) || base.empty())
                 return nullptr;
-            unit = lookup(base);
+            unit = registry.lookup(base);
         }
         if (!unit)
             return nullptr;
@@ -527,6 +528,43 @@ UnitRef UnitRegistry::parseCompound(std::string_view name) const {
     if (components.empty() || dimensionsOf(components).empty())
         return nullptr;
     return interner().intern(components);
+}
+
+// The lexer asks whether "N/mm2" is a unit and the conversion reads it again on every run, so
+// compound names are read once; unknown names are remembered as absent.
+class CompoundNameCache {
+public:
+    UnitRef find(const UnitRegistry& registry, std::string_view name) {
+        {
+            std::lock_guard lock(m_mutex);
+            if (auto it = m_units.find(name); it != m_units.end())
+                return it->second;
+        }
+        UnitRef unit = readCompound(registry, name);
+        std::lock_guard lock(m_mutex);
+        if (m_units.size() > maxCacheEntries)
+            m_units.clear();
+        m_units.emplace(std::string(name), unit);
+        return unit;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::unordered_map<std::string, UnitRef, TextHash, std::equal_to<>> m_units;
+};
+
+CompoundNameCache& compoundNameCache() {
+    static CompoundNameCache instance;
+    return instance;
+}
+
+} // namespace
+
+UnitRef UnitRegistry::parseCompound(std::string_view name) const {
+    // Unit names come from single tokens; anything longer is not worth reading.
+    if (name.empty() || name.size() > 64)
+        return nullptr;
+    return compoundNameCache().find(*this, name);
 }
 
 UnitRef UnitRegistry::find(std::string_view name) const {

@@ -46,6 +46,13 @@ struct CombinedUnit {
     double factor = 1;
 };
 
+/// Hashes strings and string views alike, so that a map keyed by strings is searched with a
+/// view and no copy.
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+};
+
 /// The fixed table of known units, built once on first use.
 class UnitRegistry {
 public:
@@ -63,7 +70,7 @@ public:
 
 private:
     UnitRegistry();
-    std::unordered_map<std::string, UnitRef> m_byName;
+    std::unordered_map<std::string, UnitRef, TextHash, std::equal_to<>> m_byName;
 };
 
 /// The lexer's and parser's "is this a known unit?" question.
