@@ -165,7 +165,8 @@ private:
     }
 
     Value binary(const expr::Binary& node) const {
-        const std::string& op = node.op;
+        // Compared as a view, so that operators of different lengths differ at once.
+        const std::string_view op = node.op;
         if (op == "and" || op == "or") {
             Value left = walk(*node.left);
             // Short-circuit: the right side is not even looked at once the left decides.
@@ -175,19 +176,24 @@ private:
         }
         const Value left = walk(*node.left);
         const Value right = walk(*node.right);
-        if (op == "+")
+        switch (op.size() == 1 ? op.front() : '\0') {
+        case '+':
             return add(left, right);
-        if (op == "-")
+        case '-':
             return subtract(left, right);
-        if (op == "*")
+        case '*':
             return multiply(left, right);
-        if (op == "/")
+        case '/':
             return divide(left, right);
-        if (op == "^")
+        case '^':
             return power(left, right);
+        default:
+            break;
+        }
         if (isComparisonOperator(op))
-            return compareValues(op, left, right);
-        throw CalcError(L10n::pick("「" + op + "」は使えません", "“" + op + "” can’t be used here"));
+            return compareValues(node.op, left, right);
+        throw CalcError(
+            L10n::pick("「" + node.op + "」は使えません", "“" + node.op + "” can’t be used here"));
     }
 
     Value percent(const expr::Percent& node) const {
@@ -283,7 +289,6 @@ private:
 };
 
 } // namespace
-
 
 namespace AngleMode {
 bool degrees() {

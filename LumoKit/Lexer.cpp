@@ -1,5 +1,6 @@
 #include "Lexer.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -119,6 +120,16 @@ const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
         return m;
     }();
     return map;
+}
+
+// The end of the run of ASCII other than quotes that starts at `from`.
+std::size_t plainAsciiEnd(std::string_view text, std::size_t from) {
+    for (; from < text.size(); ++from) {
+        const auto byte = static_cast<unsigned char>(text[from]);
+        if (byte >= 0x80 || byte == '"' || byte == '\'')
+            break;
+    }
+    return from;
 }
 
 bool isAscii(std::string_view text) {
@@ -312,7 +323,8 @@ bool exceedsDoubleRange(std::string_view literal) {
 // Converts a gathered literal; anything that isn't one whole decimal literal is 0.
 double convertLiteral(std::string_view literal) {
     // Whole numbers of up to 15 digits are exact in a double; most literals are such.
-    if (literal.size() <= 15 && literal.find_first_not_of("0123456789") == std::string_view::npos) {
+    if (literal.size() <= 15 &&
+        std::all_of(literal.begin(), literal.end(), [](char c) { return c >= '0' && c <= '9'; })) {
         std::int64_t whole = 0;
         for (char digit : literal)
             whole = whole * 10 + (digit - '0');
@@ -494,7 +506,7 @@ private:
                 end = partEnd;
         }
         m_i = end;
-        m_tokens.push_back(Token::makeIdentifier(std::string(m_chars.slice(start, end)), position(start)));
+        pushText(Token::Kind::identifier, start, m_chars.slice(start, end));
     }
 
     bool scanPunctuation(std::string_view c) {
@@ -537,9 +549,17 @@ private:
     }
 
     bool pushOp(std::string_view op, std::size_t length) {
-        m_tokens.push_back(Token::makeOp(std::string(op), position(m_i)));
+        pushText(Token::Kind::op, m_i, op);
         m_i += length;
         return true;
+    }
+
+    // Tokens with text are built in place, so the text is copied once.
+    void pushText(Token::Kind kind, std::size_t start, std::string_view text) {
+        Token& token = m_tokens.emplace_back();
+        token.kind = kind;
+        token.start = position(start);
+        token.text = text;
     }
 
     const CharClasses& m_classes = CharClasses::shared();
@@ -596,6 +616,14 @@ std::string normalize(std::string_view text) {
     QuoteClass open = QuoteClass::none;
     bool escaped = false;
     for (std::size_t offset = 0; offset < text.size();) {
+        if (open == QuoteClass::none) {
+            // ASCII other than quotes is never rewritten, so such runs are copied whole.
+            const std::size_t end = plainAsciiEnd(text, offset);
+            out.append(text.substr(offset, end - offset));
+            offset = end;
+            if (offset == text.size())
+                break;
+        }
         char32_t c;
         const std::size_t length = unicode::decodeFirst(text.substr(offset), c);
         // A scalar is copied as written; an invalid byte becomes U+FFFD.

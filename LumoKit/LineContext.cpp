@@ -86,6 +86,10 @@ bool continuesPrevious(std::string_view text) {
     }
 }
 
+bool endsWithEquals(std::string_view text) {
+    return endsWith(text, "=") || endsWith(text, "＝");
+}
+
 std::string withoutTrailingEquals(std::string_view text) {
     std::string result(text);
     while (true) {
@@ -212,8 +216,12 @@ void LineContext::assign(const std::string& name, Value value) {
 
 const ParsedLine& LineContext::parsed(const program::Line& line) {
     LineParseCache& cache = *line.cache;
-    if (!cache.canContinue)
-        cache.canContinue = continuesPrevious(withoutTrailingEquals(line.source));
+    if (!cache.canContinue) {
+        // Only the start matters here, so a line without a trailing "=" needs no copy.
+        cache.canContinue = endsWithEquals(line.source)
+                                ? continuesPrevious(withoutTrailingEquals(line.source))
+                                : continuesPrevious(line.source);
+    }
     const bool continued = previous.has_value() && *cache.canContinue;
     auto& slot = continued ? cache.continued : cache.asWritten;
     if (!slot)
@@ -274,7 +282,10 @@ void LineContext::retain(const program::Line& line, LineOwner owner, const Value
             throw CalcError(listTooBigMessage());
         return;
     }
-    std::size_t& kept = m_retainedByLine[line.index];
+    const auto index = static_cast<std::size_t>(line.index);
+    if (index >= m_retainedByLine.size())
+        m_retainedByLine.resize(index + 1);
+    std::size_t& kept = m_retainedByLine[index];
     const std::size_t total = m_retained - kept + weight;
     if (total > retainedItemLimit)
         throw CalcError(listTooBigMessage());

@@ -79,7 +79,7 @@ private:
                                   LineCounting counting, LineOwner owner);
     void retain(const program::Line& line, LineOwner owner, const Value& answer);
 
-    std::unordered_map<std::int64_t, std::size_t> m_retainedByLine;
+    std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
 };
 

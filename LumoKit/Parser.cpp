@@ -54,12 +54,24 @@ using Kind = Token::Kind;
     fail("「" + op + "」の使い方が正しくありません", "“" + op + "” isn’t used correctly here");
 }
 
+// Compared character by character rather than through memcmp: every level of the grammar asks
+// these for each operand, and the words are only a few bytes long.
+bool sameText(std::string_view text, std::string_view expected) {
+    if (text.size() != expected.size())
+        return false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != expected[i])
+            return false;
+    }
+    return true;
+}
+
 bool isOp(const Token& token, std::string_view op) {
-    return token.kind == Kind::op && token.text == op;
+    return token.kind == Kind::op && sameText(token.text, op);
 }
 
 bool isWord(const Token& token, std::string_view word) {
-    return token.kind == Kind::identifier && token.text == word;
+    return token.kind == Kind::identifier && sameText(token.text, word);
 }
 
 bool isPercentOfWord(const Token& token) {
@@ -189,12 +201,14 @@ bool isReservedWord(std::string_view word) {
     static constexpr std::string_view words[] = {
         "in",   "to",   "as",  "of",    "へ",  "で",     "and",   "or",       "not",  "if",
         "elif", "else", "for", "while", "def", "return", "break", "continue", "True", "False"};
-    return word.size() <= 8 && std::find(std::begin(words), std::end(words), word) != std::end(words);
+    return word.size() <= 8 && std::any_of(std::begin(words), std::end(words),
+                                           [word](std::string_view w) { return sameText(word, w); });
 }
 
 bool isConversionWord(std::string_view word) {
     static constexpr std::string_view words[] = {"in", "to", "as", "へ", "で"};
-    return word.size() <= 3 && std::find(std::begin(words), std::end(words), word) != std::end(words);
+    return word.size() <= 3 && std::any_of(std::begin(words), std::end(words),
+                                           [word](std::string_view w) { return sameText(word, w); });
 }
 
 bool isComparisonOperator(std::string_view op) {
@@ -372,7 +386,7 @@ ExprPtr Parser::parsePostfix() {
     ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
-        if (token.kind == Kind::identifier && !isReservedWord(token.text) && token.text != "の" &&
+        if (token.kind == Kind::identifier && !isReservedWord(token.text) && !sameText(token.text, "の") &&
             peek().kind != Kind::lparen) {
             std::string unit = token.text;
             advance();

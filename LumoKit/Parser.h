@@ -91,7 +91,8 @@ struct Expr {
 };
 
 template <typename T> ExprPtr makeExpr(T node) {
-    return std::make_shared<const Expr>(Expr{std::move(node)});
+    // Built in place from the node, which is moved once.
+    return std::make_shared<const Expr>(std::move(node));
 }
 
 /// Structural equality of two trees (numbers compared exactly).

@@ -178,7 +178,7 @@ private:
     }
 
     ProgramNode parseCodeRow() {
-        const Program::Row& current = row();
+        Program::Row& current = m_rows[m_cursor];
         ++m_cursor;
         if (const auto header = headerOf(current))
             return parseHeader(current, *header);
@@ -302,7 +302,8 @@ private:
         return {std::move(define)};
     }
 
-    static ProgramNode simpleStatement(const Program::Row& current) {
+    // A row is read once, so its text moves into the line.
+    static ProgramNode simpleStatement(Program::Row& current) {
         const std::string& text = current.text;
         if (text == "break")
             return {program::BreakLoop{current.index}};
@@ -317,7 +318,7 @@ private:
                 return invalidNode(current.index, Mistake::returnValue);
             }
         }
-        return {program::Line{current.index, text}};
+        return {program::Line{current.index, std::move(current.text)}};
     }
 
     std::vector<Program::Row> m_rows;

@@ -42,6 +42,31 @@ template <typename Map> std::string mapScalars(std::string_view text, Map map) {
     return out;
 }
 
+// Calls visit with the byte offset of each grapheme cluster's start. Between two ASCII
+// characters other than CR LF there is always a break, and no rule looks back across one,
+// so segmentation starts afresh there; mostly-ASCII text then needs few lookups.
+template <typename Visit> void forEachClusterStart(std::string_view text, Visit visit) {
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[offset]);
+        if (byte < 0x80 && previous < 0x80 && !(previous == U'\r' && byte == '\n')) {
+            visit(offset);
+            state = 0;
+            previous = byte;
+            ++offset;
+            continue;
+        }
+        char32_t c;
+        const std::size_t length = decodeOne(text.substr(offset), c);
+        if (offset == 0 || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                            static_cast<utf8proc_int32_t>(c), &state))
+            visit(offset);
+        offset += length;
+        previous = c;
+    }
+}
+
 // The trim of a text with invalid bytes: each becomes U+FFFD.
 std::string trimAndRepair(std::string_view text) {
     std::u32string scalars = decode(text);
@@ -117,35 +142,14 @@ std::vector<std::string> graphemes(std::string_view text) {
 std::vector<std::size_t> graphemeBoundaries(std::string_view text) {
     std::vector<std::size_t> boundaries;
     boundaries.reserve(text.size() + 1);
-    utf8proc_int32_t state = 0;
-    char32_t previous = 0;
-    for (std::size_t offset = 0; offset < text.size();) {
-        char32_t c;
-        const std::size_t length = decodeOne(text.substr(offset), c);
-        if (offset == 0 || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
-                                                            static_cast<utf8proc_int32_t>(c), &state))
-            boundaries.push_back(offset);
-        offset += length;
-        previous = c;
-    }
+    forEachClusterStart(text, [&boundaries](std::size_t offset) { boundaries.push_back(offset); });
     boundaries.push_back(text.size());
     return boundaries;
 }
 
 std::size_t graphemeCount(std::string_view text) {
     std::size_t count = 0;
-    utf8proc_int32_t state = 0;
-    char32_t previous = 0;
-    bool first = true;
-    while (!text.empty()) {
-        char32_t c;
-        text.remove_prefix(decodeOne(text, c));
-        if (first || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
-                                                      static_cast<utf8proc_int32_t>(c), &state))
-            ++count;
-        previous = c;
-        first = false;
-    }
+    forEachClusterStart(text, [&count](std::size_t) { ++count; });
     return count;
 }
 
