@@ -88,6 +88,7 @@ TEST(Lexer, NormalizeRewritesOutsideQuotesOnly) {
         {"'a“b' 'it\\’s' ×", "'a“b' 'it\\’s' *"},
         {"“a\\”b” ×", "\"a\\”b\" *"},
         {"\xff", "\uFFFD"},
+        {"a\xff×\"\xfe\"", "a\uFFFD*\"\uFFFD\""},
     };
     for (const auto& c : cases)
         EXPECT_EQ(normalize(c.input), c.expected) << c.input;

@@ -17,10 +17,23 @@ TEST(Unicode, GraphemeClusters) {
         {"\U0001F1EF\U0001F1F5", 1},                       // flag
         {"税込", 2},
         {"\xff\xfe", 2}, // invalid bytes become one character each
+        // ASCII next to other characters: marks and joiners still attach, pairs still pair.
+        {"ab\u0301c", 3},
+        {"a\r\nb\r\r", 5},
+        {"1\U0001F1EF\U0001F1F5\U0001F1EF\U0001F1F5", 3},
+        {"\U0001F1EFx\U0001F1F5", 3},
+        {"\U0001F468\u200Da", 2},
+        {"x\xff\u0301", 2},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(unicode::graphemeCount(c.text), c.count) << c.text;
-        EXPECT_EQ(unicode::graphemes(c.text).size(), c.count) << c.text;
+        const auto clusters = unicode::graphemes(c.text);
+        EXPECT_EQ(clusters.size(), c.count) << c.text;
+        // Boundaries locate the same clusters in the text itself.
+        const auto boundaries = unicode::graphemeBoundaries(c.text);
+        ASSERT_EQ(boundaries.size(), c.count + 1) << c.text;
+        for (std::size_t i = 0; i < c.count && c.text.find('\xff') == std::string::npos; ++i)
+            EXPECT_EQ(c.text.substr(boundaries[i], boundaries[i + 1] - boundaries[i]), clusters[i]) << c.text;
     }
 }
 
@@ -38,7 +51,14 @@ TEST(Unicode, Properties) {
 TEST(Unicode, CaseTrimAndNormalisation) {
     EXPECT_EQ(unicode::toLower("TOTAL Äb"), "total äb");
     EXPECT_EQ(unicode::toUpper("c"), "C");
-    EXPECT_EQ(unicode::trim("\u3000 a b \t"), "a b");
+    const std::pair<std::string, std::string> trims[] = {
+        {"\u3000 a b \t", "a b"},
+        {"\u00A0x\u2028", "x"},
+        {" \t\u3000", ""},
+        {"a\xff ", "a\uFFFD"}, // invalid bytes are repaired
+    };
+    for (const auto& [text, trimmed] : trims)
+        EXPECT_EQ(unicode::trim(text), trimmed) << text;
     EXPECT_EQ(unicode::nfc("e\u0301"), "\u00e9");
 }
 
