@@ -302,15 +302,15 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
     if (!yRange)
         fail(text::noCurve);
 
-    PlotSpec spec;
-    spec.kind = PlotSpec::Kind::curve;
-    spec.segments = splitSegments(samples, yRange->high - yRange->low);
-    if (spec.segments.empty())
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::curve;
+    result.segments = splitSegments(samples, yRange->high - yRange->low);
+    if (result.segments.empty())
         fail(text::noCurve);
-    spec.xRange = xRange;
-    spec.yRange = *yRange;
-    spec.unitLabel = scale.label();
-    return spec;
+    result.xRange = xRange;
+    result.yRange = *yRange;
+    result.unitLabel = scale.label();
+    return result;
 }
 
 // ---- Surfaces -----------------------------------------------------------------------------
@@ -370,14 +370,14 @@ PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
     if (!zRange)
         fail(text::noSurface);
 
-    PlotSpec spec;
-    spec.kind = PlotSpec::Kind::surface;
-    spec.surface = std::move(rows);
-    spec.xRange = xRange;
-    spec.yRange = yRange;
-    spec.zRange = zRange;
-    spec.unitLabel = scale.label();
-    return spec;
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::surface;
+    result.surface = std::move(rows);
+    result.xRange = xRange;
+    result.yRange = yRange;
+    result.zRange = zRange;
+    result.unitLabel = scale.label();
+    return result;
 }
 
 // ---- Bars ---------------------------------------------------------------------------------
@@ -422,19 +422,19 @@ PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& sour
     if (labels.size() != values.size())
         labels = positionLabels(values.size());
 
-    PlotSpec spec;
-    spec.kind = PlotSpec::Kind::bars;
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::bars;
     NumberScale scale;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const auto number = finiteNumber(values[i], scale);
         if (!number)
             fail(text::notChartable);
-        spec.bars.push_back({labels[i], *number});
+        result.bars.push_back({labels[i], *number});
     }
-    spec.xRange = {0, static_cast<double>(spec.bars.size())};
-    spec.yRange = barRange(spec.bars);
-    spec.unitLabel = scale.label();
-    return spec;
+    result.xRange = {0, static_cast<double>(result.bars.size())};
+    result.yRange = barRange(result.bars);
+    result.unitLabel = scale.label();
+    return result;
 }
 
 } // namespace
@@ -464,15 +464,15 @@ std::optional<Value> PlotContext::callFunction(const std::string& name, const st
 
 PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context) {
     const auto source = readCallSource(call, sourceText);
-    PlotSpec spec;
+    PlotSpec result;
     if (isChartWord(call.name))
-        spec = buildBars(call, source, context);
+        result = buildBars(call, source, context);
     else if (isSurfaceCall(call))
-        spec = buildSurface(call, context);
+        result = buildSurface(call, context);
     else
-        spec = buildCurve(call, context);
-    spec.title = source ? source->title : unicode::trim(sourceText);
-    return spec;
+        result = buildCurve(call, context);
+    result.title = source ? source->title : unicode::trim(sourceText);
+    return result;
 }
 
 } // namespace lumo

@@ -64,14 +64,14 @@ TEST(PlotBuilder, Curves) {
         {"plot(x + 100 * (x > 0))", 1, 241, {-10, 10}}, // a jump without a change of sign is joined
     };
     for (const auto& c : cases) {
-        const PlotSpec spec = plot(c.line);
-        EXPECT_EQ(spec.kind, PlotSpec::Kind::curve) << c.line;
-        EXPECT_EQ(spec.segments.size(), c.segments) << c.line;
+        const PlotSpec drawn = plot(c.line);
+        EXPECT_EQ(drawn.kind, PlotSpec::Kind::curve) << c.line;
+        EXPECT_EQ(drawn.segments.size(), c.segments) << c.line;
         std::size_t points = 0;
-        for (const auto& segment : spec.segments)
+        for (const auto& segment : drawn.segments)
             points += segment.size();
         EXPECT_EQ(points, c.points) << c.line;
-        EXPECT_EQ(spec.xRange, c.xRange) << c.line;
+        EXPECT_EQ(drawn.xRange, c.xRange) << c.line;
     }
     const PlotSpec square = plot("plot(x^2)");
     EXPECT_EQ(square.yRange, (PlotRange{0, 100}));
@@ -133,19 +133,19 @@ TEST(PlotBuilder, Surfaces) {
         {"plot(1 / (x + y))", {-10, 10}, {-10, 10}, {-1, 1}, 21}, // the diagonal x + y = 0
     };
     for (const auto& c : cases) {
-        const PlotSpec spec = plot(c.line);
-        ASSERT_EQ(spec.kind, PlotSpec::Kind::surface) << c.line;
-        ASSERT_EQ(spec.surface.size(), 21u) << c.line;
+        const PlotSpec drawn = plot(c.line);
+        ASSERT_EQ(drawn.kind, PlotSpec::Kind::surface) << c.line;
+        ASSERT_EQ(drawn.surface.size(), 21u) << c.line;
         int holes = 0;
-        for (const auto& row : spec.surface) {
+        for (const auto& row : drawn.surface) {
             ASSERT_EQ(row.size(), 21u) << c.line;
             for (const auto& height : row)
                 holes += height ? 0 : 1;
         }
         EXPECT_EQ(holes, c.holes) << c.line;
-        EXPECT_EQ(spec.xRange, c.xRange) << c.line;
-        EXPECT_EQ(spec.yRange, c.yRange) << c.line;
-        EXPECT_EQ(spec.zRange, c.zRange) << c.line;
+        EXPECT_EQ(drawn.xRange, c.xRange) << c.line;
+        EXPECT_EQ(drawn.yRange, c.yRange) << c.line;
+        EXPECT_EQ(drawn.zRange, c.zRange) << c.line;
     }
     // Rows run along y, columns along x.
     const PlotSpec tilted = plot("plot(x + 2y)");
@@ -172,13 +172,13 @@ TEST(PlotBuilder, BarsLabelsAndUnits) {
         {"chart(1 m, 50 cm)", {{"1 m", 1}, {"50 cm", 0.5}}, {0, 1.12}, "m"},
     };
     for (const auto& c : cases) {
-        const PlotSpec spec = plot(c.line);
-        EXPECT_EQ(spec.kind, PlotSpec::Kind::bars) << c.line;
-        EXPECT_EQ(spec.bars, c.bars) << c.line;
-        EXPECT_DOUBLE_EQ(spec.yRange.low, c.yRange.low) << c.line;
-        EXPECT_DOUBLE_EQ(spec.yRange.high, c.yRange.high) << c.line;
-        EXPECT_EQ(spec.unitLabel, c.unitLabel) << c.line;
-        EXPECT_EQ(spec.title, c.line);
+        const PlotSpec drawn = plot(c.line);
+        EXPECT_EQ(drawn.kind, PlotSpec::Kind::bars) << c.line;
+        EXPECT_EQ(drawn.bars, c.bars) << c.line;
+        EXPECT_DOUBLE_EQ(drawn.yRange.low, c.yRange.low) << c.line;
+        EXPECT_DOUBLE_EQ(drawn.yRange.high, c.yRange.high) << c.line;
+        EXPECT_EQ(drawn.unitLabel, c.unitLabel) << c.line;
+        EXPECT_EQ(drawn.title, c.line);
     }
     EXPECT_EQ(plot("plot(x m)").unitLabel, "m");
     EXPECT_EQ(plot("グラフ（x＾2， 0， 1）").title, "グラフ(x^2, 0, 1)");
