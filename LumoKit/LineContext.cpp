@@ -258,8 +258,18 @@ LineResult LineContext::evaluateLine(const program::Line& line, LineCounting cou
 LineOutcome LineContext::evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
                                            LineCounting counting, LineOwner owner) {
     const Statement& statement = *parsedLine.statement;
-    if (isPlotCall(*statement.expr))
-        return LineOutcome::makePlot(buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this));
+    if (isPlotCall(*statement.expr)) {
+        try {
+            return LineOutcome::makePlot(
+                buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this));
+        } catch (const CalcError&) {
+            // Samples that hit the run's limit are gaps to the plot builder; the line should
+            // say why the run stopped rather than that the curve has no points.
+            if (budget.exhausted())
+                throw CalcError(budget.stopMessage());
+            throw;
+        }
+    }
 
     Value answer = Evaluator(this).evaluate(*statement.expr);
     retain(line, owner, answer);

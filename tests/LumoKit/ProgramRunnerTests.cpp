@@ -86,6 +86,9 @@ TEST(ProgramRunner, StoppingTheRun) {
     EXPECT_EQ(runWithLimits("def f():\n  return 1\nif 1:\n  2\nelse:\n  3\nfor i in []:\n  4\nwhile 1:\n  5",
                             BudgetLimits{5, 40, 100}),
               (std::vector<std::string>{"", tooMany, "", "2", tooMany, tooMany, "", tooMany, tooMany, "5"}));
+    // A plot whose samples run into the limit says why the run stopped.
+    EXPECT_EQ(runWithLimits("def f(v):\n  while 1:\n    v\nplot(f(x))\n2", BudgetLimits{5, 40, 100}),
+              (std::vector<std::string>{"", tooMany, "-10", tooMany, tooMany}));
     std::int64_t steps = 0;
     runWithLimits("for i in range(5):\n  i\nn = 0\nwhile n < 3:\n  n = n + 1\nfor c in \"ab\":\n  c", {},
                   &steps);
