@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <new>
 
 #include "Language.h"
 #include "Units.h"
@@ -184,6 +185,83 @@ bool same(const expr::PercentOf& a, const expr::PercentOf& b) {
 }
 
 } // namespace
+
+namespace exprMemory {
+
+namespace {
+
+// Every node block has the same size; at most this many wait for reuse on each thread.
+constexpr std::size_t keptBlocks = 4096;
+
+// Set once the thread's list is gone, so that nodes freed during thread exit go to the heap.
+thread_local bool t_listClosed = false;
+
+class FreeBlocks {
+public:
+    FreeBlocks() { m_blocks.reserve(keptBlocks); }
+    ~FreeBlocks() {
+        t_listClosed = true;
+        for (void* block : m_blocks)
+            ::operator delete(block);
+    }
+    FreeBlocks(const FreeBlocks&) = delete;
+    FreeBlocks& operator=(const FreeBlocks&) = delete;
+
+    void* take(std::size_t size) {
+        if (size != m_size || m_blocks.empty())
+            return nullptr;
+        void* block = m_blocks.back();
+        m_blocks.pop_back();
+        return block;
+    }
+
+    bool keep(void* block, std::size_t size) {
+        if (m_size == 0)
+            m_size = size;
+        if (size != m_size || m_blocks.size() == keptBlocks)
+            return false;
+        m_blocks.push_back(block); // within the reserved capacity
+        return true;
+    }
+
+private:
+    std::vector<void*> m_blocks;
+    std::size_t m_size = 0; // the block size this list holds
+};
+
+FreeBlocks& freeBlocks() {
+    thread_local FreeBlocks blocks;
+    return blocks;
+}
+
+// The address sanitizer must see every node freed, so it gets no recycling.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool recycling = false;
+#else
+constexpr bool recycling = true;
+#endif
+
+} // namespace
+
+void* take(std::size_t size) {
+    if (recycling && !t_listClosed) {
+        if (void* block = freeBlocks().take(size))
+            return block;
+    }
+    return ::operator new(size);
+}
+
+void give(void* block, std::size_t size) noexcept {
+    try {
+        if (recycling && !t_listClosed && freeBlocks().keep(block, size))
+            return;
+    } catch (const std::bad_alloc&) {
+        // The list could not be set up; the heap takes the block back.
+    }
+    ::operator delete(block);
+}
+
+} // namespace exprMemory
 
 bool sameTree(const Expr& a, const Expr& b) {
     if (a.node.index() != b.node.index())
