@@ -146,10 +146,10 @@ private:
         while (!atEnd()) {
             const Program::Row& current = row();
             if (current.kind == Program::Row::Kind::blank) {
-                nodes.push_back({program::Blank{current.index}});
+                nodes.emplace_back(program::Blank{current.index});
                 ++m_cursor;
             } else if (current.kind == Program::Row::Kind::comment) {
-                nodes.push_back({program::Comment{current.index}});
+                nodes.emplace_back(program::Comment{current.index});
                 ++m_cursor;
             } else if (current.indent < minimumIndent) {
                 break;
@@ -230,9 +230,9 @@ private:
             for (; m_cursor < *next; ++m_cursor) {
                 const Program::Row& skipped = row();
                 if (skipped.kind == Program::Row::Kind::blank)
-                    chain.branches.back().body.push_back({program::Blank{skipped.index}});
+                    chain.branches.back().body.emplace_back(program::Blank{skipped.index});
                 else
-                    chain.branches.back().body.push_back({program::Comment{skipped.index}});
+                    chain.branches.back().body.emplace_back(program::Comment{skipped.index});
             }
             const Program::Row& branchRow = row();
             ++m_cursor;
