@@ -561,7 +561,7 @@ Value callFunction(const std::string& name, const std::vector<ExprPtr>& args, co
     const Arguments values = evaluateArguments(args, evaluator);
     if (!builtin) {
         if (auto answer = evaluator.context().callFunction(name, values))
-            return *answer;
+            return std::move(*answer);
         fail(name + " という関数はありません", "There is no function named " + name);
     }
     const Value result = builtin->handler(name, values);

@@ -135,9 +135,9 @@ private:
 
     Value identifier(const std::string& name) const {
         if (auto value = context().valueOf(name))
-            return *value;
+            return std::move(*value);
         if (auto constant = constantValue(name))
-            return *constant;
+            return std::move(*constant);
         if (const UnitRef unit = findUnit(name))
             return Value::withUnit(1, unit);
         throwUndefinedName(name);
@@ -145,7 +145,7 @@ private:
 
     Value ref(std::int64_t line) const {
         if (auto value = context().answerOnLine(line))
-            return *value;
+            return std::move(*value);
         const std::string number = std::to_string(line);
         throw CalcError(L10n::pick("#" + number + " が見つかりません", "#" + number + " not found"));
     }

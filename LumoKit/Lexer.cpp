@@ -187,6 +187,11 @@ bool isAsciiDigit(std::string_view c) {
     return c.size() == 1 && c[0] >= '0' && c[0] <= '9';
 }
 
+// Whether a character is the given ASCII one; the scanner asks this for nearly every character.
+bool isChar(std::string_view c, char ascii) {
+    return c.size() == 1 && c[0] == ascii;
+}
+
 char32_t firstScalar(std::string_view c) {
     char32_t scalar;
     unicode::decodeFirst(c, scalar);
@@ -388,18 +393,18 @@ private:
                 m_tokens.push_back(Token::makeString(std::move(content), position(start)));
                 return;
             }
-            if (c == "\\" && m_i + 1 < m_chars.size()) {
+            if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
                 std::string_view escaped = at(m_i + 1);
-                if (escaped == "n")
+                if (isChar(escaped, 'n'))
                     content += '\n';
-                else if (escaped == "t")
+                else if (isChar(escaped, 't'))
                     content += '\t';
                 else
                     content += escaped;
                 m_i += 2;
                 continue;
             }
-            if (c == "\\")
+            if (isChar(c, '\\'))
                 break; // a backslash with nothing after it can't close the text
             content += c;
             ++m_i;
@@ -431,9 +436,9 @@ private:
             if (isAsciiDigit(c)) {
                 m_literal += c[0];
                 ++m_i;
-            } else if (c == "," && isGroupingComma()) {
+            } else if (isChar(c, ',') && isGroupingComma()) {
                 ++m_i;
-            } else if (c == "." && isAsciiDigit(at(m_i + 1))) {
+            } else if (isChar(c, '.') && isAsciiDigit(at(m_i + 1))) {
                 m_literal += '.';
                 ++m_i;
             } else {
@@ -452,10 +457,10 @@ private:
 
     void scanExponent() {
         std::string_view e = at(m_i);
-        if (e != "e" && e != "E")
+        if (!isChar(e, 'e') && !isChar(e, 'E'))
             return;
         std::string_view next = at(m_i + 1);
-        const bool signedExponent = (next == "+" || next == "-") && isAsciiDigit(at(m_i + 2));
+        const bool signedExponent = (isChar(next, '+') || isChar(next, '-')) && isAsciiDigit(at(m_i + 2));
         if (!signedExponent && !isAsciiDigit(next))
             return;
         m_literal += 'e';
@@ -498,7 +503,7 @@ private:
             ++m_i;
         std::size_t end = m_i;
         // A per-part such as km/h or N/mm² belongs to the name only when the whole is a unit.
-        if (at(end) == "/") {
+        if (isChar(at(end), '/')) {
             std::size_t partEnd = end + 1;
             while (m_classes.continuesName(at(partEnd), Digits::allowed))
                 ++partEnd;
@@ -517,7 +522,7 @@ private:
         case '<':
         case '>':
         case '!':
-            if (at(m_i + 1) == "=")
+            if (isChar(at(m_i + 1), '='))
                 return pushOp(m_chars.slice(m_i, m_i + 2), 2);
             return c[0] != '!' && pushOp(c, 1);
         case '(':

@@ -23,9 +23,10 @@ constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
     {"合計", SheetWord::totalSum},
 }};
 
+// Asked for every name a line reads, so it compares the first byte before the rest.
 std::optional<SheetWord> sheetWordOf(std::string_view name) {
     for (const auto& [word, meaning] : sheetWords) {
-        if (word == name)
+        if (word.size() == name.size() && word.front() == name.front() && word == name)
             return meaning;
     }
     return std::nullopt;

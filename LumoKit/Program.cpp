@@ -46,8 +46,16 @@ ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = 
     return {program::Invalid{index, {}, std::move(body)}};
 }
 
+// Compared character by character: the prefixes are a few bytes, asked of every row, and a
+// call to memcmp costs more than the comparison.
 bool startsWith(std::string_view text, std::string_view prefix) {
-    return text.substr(0, prefix.size()) == prefix;
+    if (text.size() < prefix.size())
+        return false;
+    for (std::size_t i = 0; i < prefix.size(); ++i) {
+        if (text[i] != prefix[i])
+            return false;
+    }
+    return true;
 }
 
 std::string trimmed(std::string_view text) {
