@@ -226,7 +226,15 @@ std::size_t displayWidth(std::string_view text) {
 }
 
 std::string trim(std::string_view text) {
-    // Valid text is cut in place; text with invalid bytes is repaired on the way.
+    if (isAscii(text)) {
+        std::size_t begin = 0, end = text.size();
+        while (begin < end && isWhitespace(static_cast<unsigned char>(text[begin])))
+            ++begin;
+        while (end > begin && isWhitespace(static_cast<unsigned char>(text[end - 1])))
+            --end;
+        return std::string(text.substr(begin, end - begin));
+    }
+    // Other valid text is cut in place; text with invalid bytes is repaired on the way.
     std::size_t begin = std::string_view::npos, end = 0;
     for (std::size_t offset = 0; offset < text.size();) {
         char32_t c;
