@@ -38,6 +38,9 @@ TEST(SheetEvaluator, PrevSumAndTotal) {
         {"10 m\n20 cm\nsum", {"10 m", "20 cm", "10.2 m"}},
         {"10 m\n2 kg\nsum", {"10 m", "2 kg", mixed}},
         {"10 m\n2 kg\n\n5\nsum\ntotal", {"10 m", "2 kg", "", "5", "5", mixed}},
+        // An argument named sum hides the mixed sum inside its function.
+        {"10 m\n2 kg\ndef f(sum):\n    sum\n    return sum\nf(3)\nsum",
+         {"10 m", "2 kg", "", "3", "3", "3", mixed}},
         {"1\n2\n\n3\nsubtotal\n小計\n合計", {"1", "2", "", "3", "3", "6", "15"}},
         {"1\n2\n\n3\ntotal", {"1", "2", "", "3", "6"}},
         {"4\nans\n前 + 1", {"4", "4", "5"}},
