@@ -69,7 +69,6 @@ Value compareValues(const std::string& op, const Value& left, const Value& right
 /// Text ordering: scalar values after canonical normalisation. Negative, zero or positive.
 int compareTexts(std::string_view a, std::string_view b);
 
-
 /// Indexing a list or text by position (negative counts from the end).
 Value indexValue(const Value& target, const Value& position);
 

@@ -26,7 +26,6 @@ constexpr std::size_t maxTextBytes = maxTextLength * 64;
     throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
 }
 
-
 // Sums that come out this close to zero relative to their operands are decimal noise:
 // 0.1 + 0.2 − 0.3 is 0, not 5.55e-17.
 double cancelNoise(double result, double left, double right) {
