@@ -90,25 +90,8 @@ struct Expr {
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
-/// The memory of expression nodes. A sheet makes and drops them by the thousand on every run,
-/// so freed blocks are kept on a short per-thread list and handed out again.
-namespace exprMemory {
-void* take(std::size_t size);
-void give(void* block, std::size_t size) noexcept;
-
-template <typename T> struct Allocator {
-    using value_type = T;
-    Allocator() = default;
-    template <typename U> Allocator(const Allocator<U>&) noexcept {}
-    T* allocate(std::size_t n) { return static_cast<T*>(take(n * sizeof(T))); }
-    void deallocate(T* block, std::size_t n) noexcept { give(block, n * sizeof(T)); }
-    template <typename U> bool operator==(const Allocator<U>&) const noexcept { return true; }
-};
-} // namespace exprMemory
-
 template <typename T> ExprPtr makeExpr(T node) {
-    // Built in place from the node, which is moved once.
-    return std::allocate_shared<const Expr>(exprMemory::Allocator<Expr>(), std::move(node));
+    return std::make_shared<const Expr>(Expr{std::move(node)});
 }
 
 /// Structural equality of two trees (numbers compared exactly).

@@ -3,7 +3,6 @@
 #include <charconv>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Language.h"
@@ -265,27 +264,4 @@ TEST(Parser, HostileInputEndsInATreeOrAnError) {
         } catch (const CalcError&) {
         }
     }
-}
-
-TEST(Parser, TreesOutliveTheThreadThatBuiltThem) {
-    // Node memory is recycled per thread; a tree must stay whole wherever it is dropped.
-    const std::vector<std::string> lines{"36 kN / (120 mm × 300 mm) in N/mm2", "[4800, 12000][1] + 10%",
-                                         "sqrt(2) * sin(pi / 4)", "x = 2 h + 30 min"};
-    std::vector<std::string> expected;
-    for (const auto& line : lines)
-        expected.push_back(parsed(line));
-
-    std::vector<Statement> built;
-    std::thread([&] {
-        for (int round = 0; round < 3; ++round) {
-            for (const auto& line : lines)
-                built.push_back(parseStatement(line));
-        }
-    }).join();
-    for (std::size_t i = 0; i < built.size(); ++i)
-        EXPECT_EQ(print(built[i].expr), expected[i % lines.size()].substr(built[i].name ? 4 : 0));
-
-    std::thread([dropped = std::move(built)]() mutable { dropped.clear(); }).join();
-    for (std::size_t i = 0; i < lines.size(); ++i)
-        EXPECT_EQ(parsed(lines[i]), expected[i]);
 }
