@@ -5,7 +5,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -101,6 +103,12 @@ struct ProgramNode {
                               program::IfChain, program::ForLoop, program::WhileLoop, program::Define,
                               program::Return, program::BreakLoop, program::ContinueLoop>;
     Node node;
+
+    ProgramNode() = default;
+    // Implicit, so that a case converts to a node wherever a node is expected.
+    template <typename Case>
+    requires std::is_constructible_v<Node, Case&&> ProgramNode(Case&& alternative)
+        : node(std::forward<Case>(alternative)) {}
 
     template <typename T> const T* as() const { return std::get_if<T>(&node); }
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
