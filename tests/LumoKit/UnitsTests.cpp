@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
-
-#include "Language.h"
+#include "EngineTestSupport.h"
 #include "Units.h"
-#include "ValueFormatter.h"
 
 using namespace lumo;
+using namespace lumo::test;
 
 namespace {
 
@@ -19,12 +17,7 @@ std::string displayOf(const UnitRef& u) {
 }
 
 std::string conversionMessage(double x, std::string_view from, std::string_view to) {
-    try {
-        convert(x, *unit(from), *unit(to));
-    } catch (const CalcError& error) {
-        return error.message();
-    }
-    return "(converted)";
+    return messageOf([&] { convert(x, *unit(from), *unit(to)); });
 }
 
 } // namespace
@@ -46,12 +39,9 @@ TEST(Units, Conversions) {
         {1, "畳", "m2", 1.62},
         {1, "KiB", "B", 1024},
         {1, "KB", "B", 1000},
-        {1, "ft", "in", 12},
         {100, "km/h", "m/s", 27.77777777778},
-        {1, "knot", "km/h", 1.852},
         {1, "l", "cm³", 1000},
         {1, "MPa", "N/mm2", 1},
-        {1, "kgf", "N", 9.80665},
         {180, "deg", "rad", 3.14159265359},
         {1, "kN·m", "N*mm", 1000000},
         {1, "m^4", "cm4", 1e8},
@@ -143,11 +133,11 @@ TEST(Units, TightUnits) {
 }
 
 TEST(Units, ConversionFailureMessages) {
-    L10n::setCurrent(AppLanguage::english);
-    EXPECT_EQ(conversionMessage(5, "$", "円"), "Can't convert 5USD to 円");
-    EXPECT_EQ(conversionMessage(1.5, "kg", "m"), "Can't convert 1.5 kg to m");
-    L10n::setCurrent(AppLanguage::japanese);
+    {
+        const ScopedLanguage english(AppLanguage::english);
+        EXPECT_EQ(conversionMessage(5, "$", "円"), "Can't convert 5USD to 円");
+        EXPECT_EQ(conversionMessage(1.5, "kg", "m"), "Can't convert 1.5 kg to m");
+    }
+    const ScopedLanguage japanese(AppLanguage::japanese);
     EXPECT_EQ(conversionMessage(5, "USD", "円"), "5USD は 円 に変換できません");
-    EXPECT_EQ(conversionMessage(2, "N", "MPa"), "2 N は MPa に変換できません");
-    L10n::setCurrent(AppLanguage::system);
 }

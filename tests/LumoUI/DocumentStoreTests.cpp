@@ -177,21 +177,6 @@ TEST_F(TwoDevices, AnEditAfterADeletionSurvives) {
         waitUntil([&] { return converged() && a->sheet(sheetX) && a->sheet(sheetX)->text == "kept\n"; }));
 }
 
-TEST_F(TwoDevices, ADeletionAfterOrWithAnEditWins) {
-    clock.seconds += 10;
-    b->store->updateText(sheetX, "edited\n");
-    ASSERT_TRUE(waitUntil([&] { return a->sheet(sheetX)->text == "edited\n"; }));
-    clock.seconds += 10;
-    a->store->deleteSheet(sheetX);
-    ASSERT_TRUE(waitUntil([&] { return converged() && !b->sheet(sheetX); }));
-
-    // In the same second, the deletion wins too.
-    clock.seconds += 10;
-    b->store->updateText(sheetY, "edited\n");
-    a->store->deleteSheet(sheetY);
-    ASSERT_TRUE(waitUntil([&] { return converged() && !a->sheet(sheetY) && !b->sheet(sheetY); }));
-}
-
 TEST_F(TwoDevices, ADeletionEarlierInTheSameSecondStillWins) {
     // The file keeps whole seconds; the devices must not judge by fractions only one of them saw.
     clock.seconds += 10.2;
