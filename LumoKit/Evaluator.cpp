@@ -6,15 +6,13 @@
 
 #include "Builtins.h"
 #include "Language.h"
+#include "Overloaded.h"
 #include "Unicode.h"
 #include "Units.h"
 
 namespace lumo {
 
 namespace {
-
-template <class... Ts> struct overloaded : Ts... { using Ts::operator()...; };
-template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 
 // Read on every trigonometric call and written by the settings, possibly from another thread.
 std::atomic<bool> s_degrees{false};

@@ -9,15 +9,13 @@
 
 #include "Language.h"
 #include "Lexer.h"
+#include "Overloaded.h"
 #include "Unicode.h"
 #include "Units.h"
 
 namespace lumo {
 
 namespace {
-
-template <class... Ts> struct overloaded : Ts... { using Ts::operator()...; };
-template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 
 // A curve is sampled at 241 points (240 steps); a surface on a 21 × 21 grid (20 steps).
 constexpr int curveSteps = 240;

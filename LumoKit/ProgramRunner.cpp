@@ -6,14 +6,12 @@
 
 #include "Builtins.h"
 #include "Language.h"
+#include "Overloaded.h"
 #include "Unicode.h"
 
 namespace lumo {
 
 namespace {
-
-template <class... Ts> struct overloaded : Ts... { using Ts::operator()...; };
-template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 
 // Thrown between the runner's own frames once the budget is exhausted; it never crosses the
 // evaluator (a function call turns it into the CalcError of the stop message).
