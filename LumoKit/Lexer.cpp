@@ -20,12 +20,6 @@ Token Token::makeNumber(double value, std::int64_t start) {
     return token;
 }
 
-Token Token::makeIdentifier(std::string name, std::int64_t start) {
-    Token token = make(Kind::identifier, start);
-    token.text = std::move(name);
-    return token;
-}
-
 Token Token::makeString(std::string content, std::int64_t start) {
     Token token = make(Kind::string, start);
     token.text = std::move(content);
@@ -35,12 +29,6 @@ Token Token::makeString(std::string content, std::int64_t start) {
 Token Token::makeRef(std::int64_t line, std::int64_t start) {
     Token token = make(Kind::ref, start);
     token.ref = line;
-    return token;
-}
-
-Token Token::makeOp(std::string op, std::int64_t start) {
-    Token token = make(Kind::op, start);
-    token.text = std::move(op);
     return token;
 }
 
@@ -57,7 +45,7 @@ namespace {
 // Normalisation
 // ---------------------------------------------------------------------------------------------
 
-enum class QuoteClass { none, doubleQuote, singleQuote };
+using lexer::QuoteClass;
 
 QuoteClass quoteClassOf(char32_t c) {
     switch (c) {
@@ -198,7 +186,7 @@ char32_t firstScalar(std::string_view c) {
     return scalar;
 }
 
-enum class Digits { allowed, notAllowed };
+using lexer::NameDigits;
 
 // The character classes of the scanner, built once. utf8proc's answers for the ASCII range are
 // kept in a table: most lines are ASCII, and these checks run for every character.
@@ -221,9 +209,10 @@ public:
         return !c.empty() && (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0);
     }
 
-    bool continuesName(std::string_view c, Digits digits) const {
+    bool continuesName(std::string_view c, NameDigits digits) const {
         if (c.size() == 1)
-            return has(c[0], letter | underscore | sign) || (digits == Digits::allowed && has(c[0], digit));
+            return has(c[0], letter | underscore | sign) ||
+                   (digits == NameDigits::allowed && has(c[0], digit));
         return !c.empty() &&
                (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0 || m_superscripts.count(c) > 0);
     }
@@ -497,7 +486,7 @@ private:
 
     void scanName() {
         const std::size_t start = m_i;
-        const Digits digits = m_classes.isSign(at(m_i)) ? Digits::notAllowed : Digits::allowed;
+        const NameDigits digits = m_classes.isSign(at(m_i)) ? NameDigits::notAllowed : NameDigits::allowed;
         ++m_i;
         while (m_classes.continuesName(at(m_i), digits))
             ++m_i;
@@ -505,7 +494,7 @@ private:
         // A per-part such as km/h or N/mm² belongs to the name only when the whole is a unit.
         if (isChar(at(end), '/')) {
             std::size_t partEnd = end + 1;
-            while (m_classes.continuesName(at(partEnd), Digits::allowed))
+            while (m_classes.continuesName(at(partEnd), NameDigits::allowed))
                 ++partEnd;
             if (partEnd > end + 1 && isKnownUnit(m_chars.slice(start, partEnd)))
                 end = partEnd;
@@ -587,8 +576,7 @@ bool startsName(std::string_view character) {
 }
 
 bool continuesName(std::string_view character, NameDigits digits) {
-    return CharClasses::shared().continuesName(character, digits == NameDigits::allowed ? Digits::allowed
-                                                                                        : Digits::notAllowed);
+    return CharClasses::shared().continuesName(character, digits);
 }
 
 bool isNameSign(std::string_view character) {
@@ -596,17 +584,7 @@ bool isNameSign(std::string_view character) {
 }
 
 QuoteClass quoteClassOf(std::string_view character) {
-    if (character.empty())
-        return QuoteClass::none;
-    switch (lumo::quoteClassOf(firstScalar(character))) {
-    case lumo::QuoteClass::doubleQuote:
-        return QuoteClass::doubleQuote;
-    case lumo::QuoteClass::singleQuote:
-        return QuoteClass::singleQuote;
-    case lumo::QuoteClass::none:
-        break;
-    }
-    return QuoteClass::none;
+    return character.empty() ? QuoteClass::none : lumo::quoteClassOf(firstScalar(character));
 }
 
 } // namespace lexer
