@@ -79,10 +79,6 @@ std::string Uuid::toString() const {
     return text;
 }
 
-bool Uuid::isNil() const {
-    return std::all_of(m_bytes.begin(), m_bytes.end(), [](std::uint8_t byte) { return byte == 0; });
-}
-
 // MARK: - Timestamp
 
 Timestamp Timestamp::now() {

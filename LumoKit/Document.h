@@ -27,7 +27,6 @@ public:
 
     /// The canonical form: upper-case hexadecimal with hyphens.
     std::string toString() const;
-    bool isNil() const;
     const std::array<std::uint8_t, 16>& bytes() const { return m_bytes; }
 
     friend auto operator<=>(const Uuid&, const Uuid&) = default;

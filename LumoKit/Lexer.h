@@ -21,10 +21,8 @@ struct Token {
     bool operator==(const Token&) const = default;
 
     static Token makeNumber(double value, std::int64_t start);
-    static Token makeIdentifier(std::string name, std::int64_t start);
     static Token makeString(std::string content, std::int64_t start);
     static Token makeRef(std::int64_t line, std::int64_t start);
-    static Token makeOp(std::string op, std::int64_t start);
     static Token make(Kind kind, std::int64_t start);
 };
 

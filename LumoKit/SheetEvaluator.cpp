@@ -26,10 +26,6 @@ LineOutcome LineOutcome::makeFailure(std::string message) {
     return outcome;
 }
 
-LineOutcome LineOutcome::makeBlank() {
-    return LineOutcome{};
-}
-
 LineOutcome LineOutcome::makeComment() {
     LineOutcome outcome;
     outcome.kind = Kind::comment;

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "PlotSpec.h"
@@ -28,7 +27,6 @@ struct LineOutcome {
     static LineOutcome makeValue(Value value);
     static LineOutcome makePlot(PlotSpec plot);
     static LineOutcome makeFailure(std::string message);
-    static LineOutcome makeBlank();
     static LineOutcome makeComment();
 };
 

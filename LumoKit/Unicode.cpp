@@ -177,10 +177,6 @@ bool isNumber(char32_t c) {
     }
 }
 
-bool isDecimalDigit(char32_t c) {
-    return utf8proc_category(static_cast<utf8proc_int32_t>(c)) == UTF8PROC_CATEGORY_ND;
-}
-
 bool isWhitespace(char32_t c) {
     // Unicode's White_Space property: the separators (Zs, Zl, Zp) plus the C0/C1 spacing controls.
     // Among ASCII only the space is a separator, which spares the lookup for most text.

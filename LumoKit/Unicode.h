@@ -27,7 +27,6 @@ std::size_t graphemeCount(std::string_view text);
 bool isLetter(char32_t c);
 /// Any character with a numeric category (Nd, Nl, No).
 bool isNumber(char32_t c);
-bool isDecimalDigit(char32_t c);
 bool isWhitespace(char32_t c);
 
 /// Lower-cases every scalar (simple case mapping).

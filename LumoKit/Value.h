@@ -29,8 +29,6 @@ struct Value {
     bool isNumber() const { return kind == Kind::number; }
     bool isList() const { return kind == Kind::list; }
     bool isText() const { return kind == Kind::text; }
-    /// A number without unit and not a percent.
-    bool isPlainNumber() const { return kind == Kind::number && !unit && !isPercent; }
 
     bool operator==(const Value& other) const;
 };
