@@ -379,31 +379,28 @@ std::string DocumentStore::eraseAllContentButton() {
 // MARK: - Undo
 
 void DocumentStore::undo() {
-    Sheet* target =
-        m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
-    if (!target)
-        return;
-    if (std::optional<SheetSnapshot> snapshot = history(*target).undo()) {
-        target->text = snapshot->text;
-        target->lockedLines = snapshot->lockedLines;
-        target->updatedAt = now();
-        m_usingStarterDocument = false;
-        changed();
-    }
+    if (Sheet* target = activeSheet())
+        restore(*target, history(*target).undo());
 }
 
 void DocumentStore::redo() {
-    Sheet* target =
-        m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
-    if (!target)
+    if (Sheet* target = activeSheet())
+        restore(*target, history(*target).redo());
+}
+
+Sheet* DocumentStore::activeSheet() {
+    return m_activeSession && m_activeSession->sheetID() ? findSheet(*m_activeSession->sheetID()) : nullptr;
+}
+
+// Puts back the content of an undo or redo step; without a step there is nothing to do.
+void DocumentStore::restore(Sheet& target, std::optional<SheetSnapshot> snapshot) {
+    if (!snapshot)
         return;
-    if (std::optional<SheetSnapshot> snapshot = history(*target).redo()) {
-        target->text = snapshot->text;
-        target->lockedLines = snapshot->lockedLines;
-        target->updatedAt = now();
-        m_usingStarterDocument = false;
-        changed();
-    }
+    target.text = std::move(snapshot->text);
+    target.lockedLines = std::move(snapshot->lockedLines);
+    target.updatedAt = now();
+    m_usingStarterDocument = false;
+    changed();
 }
 
 void DocumentStore::refreshUndoAvailability() {

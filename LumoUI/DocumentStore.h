@@ -140,6 +140,8 @@ private:
     QList<SheetSession*> liveSessions() const;
 
     void applyContent(Sheet& sheet, SheetSnapshot snapshot);
+    Sheet* activeSheet();
+    void restore(Sheet& target, std::optional<SheetSnapshot> snapshot);
     void changed();
     void scheduleSave();
     std::vector<LineResult> evaluate(const Uuid& sheetID) const;
