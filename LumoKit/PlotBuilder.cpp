@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
-#include <type_traits>
 #include <utility>
 
 #include "Language.h"

@@ -1,6 +1,5 @@
 #include "SyntaxHighlighter.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <unordered_set>
