@@ -6,7 +6,7 @@
 
 #include "Evaluator.h"
 #include "Parser.h"
-#include "PlotSpec.h"
+#include "PlotDescription.h"
 
 namespace lumo {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "PlotSpec.h"
+#include "PlotDescription.h"
 #include "Value.h"
 
 namespace lumo {
