@@ -1,4 +1,4 @@
-#include "CliOptions.h"
+#include "LumoCLI/CliOptions.h"
 
 #include <charconv>
 #include <utility>

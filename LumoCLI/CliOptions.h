@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "Language.h"
+#include "LumoKit/base/Language.h"
 
 namespace lumo::cli {
 

@@ -1,4 +1,4 @@
-#include "SheetInput.h"
+#include "LumoCLI/SheetInput.h"
 
 #include <cerrno>
 #include <cstring>
@@ -7,8 +7,8 @@
 #include <iterator>
 #include <sstream>
 
-#include "BuiltinDocuments.h"
-#include "Document.h"
+#include "LumoKit/document/BuiltinDocuments.h"
+#include "LumoKit/document/Document.h"
 
 namespace lumo::cli {
 

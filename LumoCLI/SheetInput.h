@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "CliOptions.h"
-#include "SheetEvaluator.h"
+#include "LumoCLI/CliOptions.h"
+#include "LumoKit/sheet/SheetEvaluator.h"
 
 namespace lumo::cli {
 

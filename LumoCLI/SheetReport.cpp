@@ -1,4 +1,4 @@
-#include "SheetReport.h"
+#include "LumoCLI/SheetReport.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Unicode.h"
+#include "LumoKit/base/Unicode.h"
 
 namespace lumo::cli {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "SheetEvaluator.h"
-#include "ValueFormatter.h"
+#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo::cli {
 

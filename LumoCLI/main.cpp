@@ -4,13 +4,13 @@
 #include <iostream>
 #include <unistd.h>
 
-#include "CliOptions.h"
-#include "Evaluator.h"
-#include "Language.h"
-#include "SheetInput.h"
-#include "SheetReport.h"
-#include "Unicode.h"
-#include "ValueFormatter.h"
+#include "LumoCLI/CliOptions.h"
+#include "LumoCLI/SheetInput.h"
+#include "LumoCLI/SheetReport.h"
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 using namespace lumo;
 using namespace lumo::cli;

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "Evaluator.h"
-#include "Lexer.h"
-#include "Parser.h"
-#include "SheetEvaluator.h"
-#include "ValueFormatter.h"
+#include "LumoKit/language/Lexer.h"
+#include "LumoKit/language/Parser.h"
+#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 using namespace lumo;
 

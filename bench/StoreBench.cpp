@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "DocumentStore.h"
-#include "SheetSession.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetSession.h"
 
 using namespace lumo;
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "BuiltinDocuments.h"
-#include "Document.h"
+#include "LumoKit/document/BuiltinDocuments.h"
+#include "LumoKit/document/Document.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view bytes(reinterpret_cast<const char*>(data), size);

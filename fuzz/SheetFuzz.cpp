@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "ProgramRunner.h"
-#include "Unicode.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/ProgramRunner.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string text(reinterpret_cast<const char*>(data), size);

@@ -2,8 +2,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "Language.h"
-#include "Parser.h"
+#include "LumoKit/base/Language.h"
+#include "LumoKit/language/Parser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view text(reinterpret_cast<const char*>(data), size);

@@ -10,9 +10,9 @@
 
 #include <libqalculate/qalculate.h>
 
-#include "Evaluator.h"
-#include "Parser.h"
-#include "ValueFormatter.h"
+#include "LumoKit/language/Parser.h"
+#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 namespace {
 

@@ -1,0 +1,290 @@
+#include "LumoKit/base/Unicode.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <utf8proc.h>
+
+namespace lumo::unicode {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+
+// Decodes one scalar at the start of text; returns its byte length (at least 1).
+std::size_t decodeOne(std::string_view text, char32_t& scalar) {
+    utf8proc_int32_t cp = 0;
+    auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                   static_cast<utf8proc_ssize_t>(text.size()), &cp);
+    if (length <= 0) {
+        scalar = replacementCharacter;
+        return 1;
+    }
+    scalar = static_cast<char32_t>(cp);
+    return static_cast<std::size_t>(length);
+}
+
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+template <typename Map> std::string mapScalars(std::string_view text, Map map) {
+    std::string out;
+    out.reserve(text.size());
+    // ASCII maps to ASCII, so such text needs no decoding.
+    if (isAscii(text)) {
+        for (char c : text)
+            out += static_cast<char>(map(static_cast<utf8proc_int32_t>(c)));
+        return out;
+    }
+    for (char32_t c : decode(text))
+        out += encode(static_cast<char32_t>(map(static_cast<utf8proc_int32_t>(c))));
+    return out;
+}
+
+// Calls visit with the byte offset of each grapheme cluster's start. Between two ASCII
+// characters other than CR LF there is always a break, and no rule looks back across one,
+// so segmentation starts afresh there; mostly-ASCII text then needs few lookups.
+template <typename Visit> void forEachClusterStart(std::string_view text, Visit visit) {
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[offset]);
+        if (byte < 0x80 && previous < 0x80 && !(previous == U'\r' && byte == '\n')) {
+            visit(offset);
+            state = 0;
+            previous = byte;
+            ++offset;
+            continue;
+        }
+        char32_t c;
+        const std::size_t length = decodeOne(text.substr(offset), c);
+        if (offset == 0 || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                            static_cast<utf8proc_int32_t>(c), &state))
+            visit(offset);
+        offset += length;
+        previous = c;
+    }
+}
+
+// The trim of a text with invalid bytes: each becomes U+FFFD.
+std::string trimAndRepair(std::string_view text) {
+    std::u32string scalars = decode(text);
+    std::size_t begin = 0, end = scalars.size();
+    while (begin < end && isWhitespace(scalars[begin]))
+        ++begin;
+    while (end > begin && isWhitespace(scalars[end - 1]))
+        --end;
+    return encode(std::u32string_view(scalars).substr(begin, end - begin));
+}
+
+} // namespace
+
+std::u32string decode(std::string_view text) {
+    std::u32string out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        char32_t c;
+        text.remove_prefix(decodeOne(text, c));
+        out.push_back(c);
+    }
+    return out;
+}
+
+std::size_t decodeFirst(std::string_view text, char32_t& scalar) {
+    if (static_cast<unsigned char>(text.front()) < 0x80) {
+        scalar = static_cast<char32_t>(text.front());
+        return 1;
+    }
+    return decodeOne(text, scalar);
+}
+
+std::string encode(char32_t scalar) {
+    utf8proc_uint8_t buffer[4];
+    if (!utf8proc_codepoint_valid(static_cast<utf8proc_int32_t>(scalar)))
+        scalar = replacementCharacter;
+    auto n = utf8proc_encode_char(static_cast<utf8proc_int32_t>(scalar), buffer);
+    return std::string(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(n));
+}
+
+std::string encode(std::u32string_view scalars) {
+    std::string out;
+    out.reserve(scalars.size());
+    for (char32_t c : scalars)
+        out += encode(c);
+    return out;
+}
+
+std::vector<std::string> graphemes(std::string_view text) {
+    std::vector<std::string> clusters;
+    utf8proc_int32_t state = 0;
+    char32_t previous = 0;
+    bool first = true;
+    while (!text.empty()) {
+        char32_t c;
+        auto length = decodeOne(text, c);
+        if (first || utf8proc_grapheme_break_stateful(static_cast<utf8proc_int32_t>(previous),
+                                                      static_cast<utf8proc_int32_t>(c), &state)) {
+            clusters.emplace_back();
+        }
+        // Invalid bytes are kept as U+FFFD so that every cluster is valid UTF-8.
+        if (c == replacementCharacter && length == 1 && static_cast<unsigned char>(text[0]) >= 0x80)
+            clusters.back() += encode(c);
+        else
+            clusters.back().append(text.substr(0, length));
+        text.remove_prefix(length);
+        previous = c;
+        first = false;
+    }
+    return clusters;
+}
+
+std::vector<std::size_t> graphemeBoundaries(std::string_view text) {
+    std::vector<std::size_t> boundaries;
+    boundaries.reserve(text.size() + 1);
+    forEachClusterStart(text, [&boundaries](std::size_t offset) { boundaries.push_back(offset); });
+    boundaries.push_back(text.size());
+    return boundaries;
+}
+
+std::size_t graphemeCount(std::string_view text) {
+    std::size_t count = 0;
+    forEachClusterStart(text, [&count](std::size_t) { ++count; });
+    return count;
+}
+
+bool isLetter(char32_t c) {
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_LU:
+    case UTF8PROC_CATEGORY_LL:
+    case UTF8PROC_CATEGORY_LT:
+    case UTF8PROC_CATEGORY_LM:
+    case UTF8PROC_CATEGORY_LO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isNumber(char32_t c) {
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_ND:
+    case UTF8PROC_CATEGORY_NL:
+    case UTF8PROC_CATEGORY_NO:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isWhitespace(char32_t c) {
+    // Unicode's White_Space property: the separators (Zs, Zl, Zp) plus the C0/C1 spacing controls.
+    // Among ASCII only the space is a separator, which spares the lookup for most text.
+    if (c < 0x80)
+        return c == U' ' || (c >= 0x09 && c <= 0x0D);
+    switch (utf8proc_category(static_cast<utf8proc_int32_t>(c))) {
+    case UTF8PROC_CATEGORY_ZS:
+    case UTF8PROC_CATEGORY_ZL:
+    case UTF8PROC_CATEGORY_ZP:
+        return true;
+    default:
+        break;
+    }
+    return (c >= 0x09 && c <= 0x0D) || c == 0x85;
+}
+
+std::string toLower(std::string_view text) {
+    return mapScalars(text, utf8proc_tolower);
+}
+
+std::string toUpper(std::string_view text) {
+    return mapScalars(text, utf8proc_toupper);
+}
+
+std::string nfc(std::string_view text) {
+    // utf8proc refuses invalid UTF-8, so repair it first.
+    std::string valid = encode(decode(text));
+    utf8proc_uint8_t* result = utf8proc_NFC(reinterpret_cast<const utf8proc_uint8_t*>(valid.c_str()));
+    if (!result)
+        return valid;
+    std::string out(reinterpret_cast<const char*>(result));
+    std::free(result);
+    return out;
+}
+
+std::size_t displayWidth(std::string_view text) {
+    std::size_t width = 0;
+    for (char32_t c : decode(text)) {
+        int w = utf8proc_charwidth(static_cast<utf8proc_int32_t>(c));
+        width += w > 0 ? static_cast<std::size_t>(w) : 0;
+    }
+    return width;
+}
+
+std::string trim(std::string_view text) {
+    if (isAscii(text)) {
+        std::size_t begin = 0, end = text.size();
+        while (begin < end && isWhitespace(static_cast<unsigned char>(text[begin])))
+            ++begin;
+        while (end > begin && isWhitespace(static_cast<unsigned char>(text[end - 1])))
+            --end;
+        return std::string(text.substr(begin, end - begin));
+    }
+    // Other valid text is cut in place; text with invalid bytes is repaired on the way.
+    std::size_t begin = std::string_view::npos, end = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = decodeFirst(text.substr(offset), c);
+        if (length == 1 && c == replacementCharacter)
+            return trimAndRepair(text);
+        if (!isWhitespace(c)) {
+            begin = std::min(begin, offset);
+            end = offset + length;
+        }
+        offset += length;
+    }
+    if (begin == std::string_view::npos)
+        return {};
+    return std::string(text.substr(begin, end - begin));
+}
+
+std::size_t utf16Length(std::string_view text) {
+    return utf16OffsetOfByte(text, text.size());
+}
+
+std::size_t byteOffsetOfUtf16(std::string_view text, std::size_t utf16Offset) {
+    std::size_t bytes = 0, units = 0;
+    while (bytes < text.size() && units < utf16Offset) {
+        char32_t c;
+        bytes += decodeOne(text.substr(bytes), c);
+        units += c > 0xFFFF ? 2 : 1;
+    }
+    return bytes;
+}
+
+std::size_t utf16OffsetOfByte(std::string_view text, std::size_t byteOffset) {
+    std::size_t bytes = 0, units = 0;
+    byteOffset = std::min(byteOffset, text.size());
+    while (bytes < byteOffset) {
+        char32_t c;
+        bytes += decodeOne(text.substr(bytes), c);
+        units += c > 0xFFFF ? 2 : 1;
+    }
+    return units;
+}
+
+std::vector<std::string> splitLines(std::string_view text) {
+    std::vector<std::string> lines;
+    std::size_t start = 0;
+    while (true) {
+        auto newline = text.find('\n', start);
+        if (newline == std::string_view::npos) {
+            lines.emplace_back(text.substr(start));
+            return lines;
+        }
+        lines.emplace_back(text.substr(start, newline - start));
+        start = newline + 1;
+    }
+}
+
+} // namespace lumo::unicode

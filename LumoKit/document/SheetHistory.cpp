@@ -1,0 +1,91 @@
+#include "LumoKit/document/SheetHistory.h"
+
+#include <algorithm>
+
+#include "LumoKit/base/Unicode.h"
+
+namespace lumo {
+
+namespace {
+
+std::size_t newlineCount(std::string_view text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+// Lengths are compared in user-perceived characters, so that typing one emoji or one
+// accented letter counts as a single character however many scalars it takes.
+bool lengthChangedByTwoOrMore(std::string_view before, std::string_view after) {
+    auto a = unicode::graphemeCount(before);
+    auto b = unicode::graphemeCount(after);
+    return (a > b ? a - b : b - a) >= 2;
+}
+
+} // namespace
+
+SheetHistory::SheetHistory(SheetSnapshot initial) : m_current(std::move(initial)) {}
+
+SheetHistory::Change SheetHistory::classify(const SheetSnapshot& next) const {
+    if (newlineCount(next.text) != newlineCount(m_current.text))
+        return Change::structural;
+    if (next.lockedLines != m_current.lockedLines)
+        return Change::structural;
+    if (lengthChangedByTwoOrMore(m_current.text, next.text))
+        return Change::structural;
+    return Change::small;
+}
+
+void SheetHistory::record(SheetSnapshot snapshot, TimePoint now) {
+    if (snapshot == m_current)
+        return;
+    auto change = classify(snapshot);
+    // The window is measured from the step's start, not from the last keystroke, so a step
+    // never grows beyond 0.9 s. Comparing against lastBreakAt + window (rather than
+    // subtracting) keeps the distant past from overflowing the duration.
+    bool joinsStep = change == Change::small && !m_forceBreak && now < m_lastBreakAt + stepWindow;
+    if (joinsStep) {
+        m_current = std::move(snapshot);
+        return;
+    }
+    startStep(std::move(snapshot), now, change);
+}
+
+void SheetHistory::startStep(SheetSnapshot next, TimePoint now, Change change) {
+    m_past.push_back(std::move(m_current));
+    if (m_past.size() > maxUndoSteps)
+        m_past.erase(m_past.begin(), m_past.end() - static_cast<std::ptrdiff_t>(maxUndoSteps));
+    m_future.clear();
+    m_current = std::move(next);
+    m_lastBreakAt = now;
+    // After a structural change the next small edit must start its own step, so that a
+    // pasted block or a new line stays separately undoable from the typing around it.
+    m_forceBreak = change == Change::structural;
+}
+
+std::optional<SheetSnapshot> SheetHistory::undo() {
+    if (m_past.empty())
+        return std::nullopt;
+    SheetSnapshot restored = std::move(m_past.back());
+    m_past.pop_back();
+    m_future.push_back(std::move(m_current));
+    m_current = restored;
+    m_lastBreakAt = distantPast;
+    return restored;
+}
+
+std::optional<SheetSnapshot> SheetHistory::redo() {
+    if (m_future.empty())
+        return std::nullopt;
+    SheetSnapshot restored = std::move(m_future.back());
+    m_future.pop_back();
+    // Redo gives back steps that undo took, so the stack can't outgrow its limit here.
+    m_past.push_back(std::move(m_current));
+    m_current = restored;
+    m_lastBreakAt = distantPast;
+    return restored;
+}
+
+bool SheetHistory::matches(std::string_view text, const std::vector<std::int64_t>& lockedLines) const {
+    return m_current.text == text && m_current.lockedLines == lockedLines;
+}
+
+} // namespace lumo

@@ -1,0 +1,280 @@
+#include "LumoKit/editing/SyntaxHighlighter.h"
+
+#include <array>
+#include <cstdio>
+#include <unordered_set>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/Units.h"
+
+namespace lumo {
+
+namespace {
+
+struct KindInfo {
+    SyntaxKind kind;
+    std::string_view raw;
+    std::string_view japanese;
+    std::string_view english;
+    std::uint32_t light;
+    std::uint32_t dark;
+};
+
+constexpr std::array<KindInfo, 8> kindTable{{
+    {SyntaxKind::number, "number", "数字", "Numbers", 0x1B1A18FF, 0xE9E9ECFF},
+    {SyntaxKind::operatorMark, "operatorMark", "演算子", "Operators", 0x9A948AFF, 0x6F6F7AFF},
+    {SyntaxKind::name, "name", "名前の付いた値", "Named values", 0x2F6FEDFF, 0x6FA0FFFF},
+    {SyntaxKind::unit, "unit", "単位", "Units", 0x0E8A64FF, 0x46C79BFF},
+    {SyntaxKind::function, "function", "関数", "Functions", 0x8B5CF6FF, 0xB295FFFF},
+    {SyntaxKind::keyword, "keyword", "if / for / def", "if / for / def", 0xC2185BFF, 0xFF8FB4FF},
+    {SyntaxKind::quoted, "quoted", "文字", "Text", 0xB4551AFF, 0xE8A15FFF},
+    {SyntaxKind::comment, "comment", "コメント", "Comments", 0xA8A296FF, 0x66666FFF},
+}};
+
+const KindInfo& info(SyntaxKind kind) {
+    return kindTable[static_cast<std::size_t>(kind)];
+}
+
+using lexer::continuesName;
+using lexer::isAsciiDigit;
+using lexer::isNameSign;
+using lexer::startsName;
+using Digits = lexer::NameDigits;
+using QuoteClass = lexer::QuoteClass;
+
+QuoteClass quoteClass(std::string_view c) {
+    return lexer::quoteClassOf(c);
+}
+
+bool continuesNumber(std::string_view c) {
+    return isAsciiDigit(c) || c == "." || c == "," || c == "万" || c == "億" || c == "兆" || c == "千";
+}
+
+bool isOperatorMark(std::string_view c) {
+    static const std::unordered_set<std::string_view> marks{"+", "-", "*", "/", "^", "%", "=", "×",
+                                                            "÷", "→", "(", ")", ",", "·", "[", "]"};
+    return marks.contains(c);
+}
+
+bool isProgramWord(std::string_view word) {
+    static const std::unordered_set<std::string_view> words{
+        "if",       "elif", "else", "for", "while", "def",  "return", "break",
+        "continue", "in",   "and",  "or",  "not",   "True", "False",  "range"};
+    return words.contains(word);
+}
+
+SyntaxKind wordKind(const std::string& word) {
+    if (isProgramWord(word))
+        return SyntaxKind::keyword;
+    if (isBuiltinFunction(unicode::toLower(word)))
+        return SyntaxKind::function;
+    if (isKnownUnit(word))
+        return SyntaxKind::unit;
+    return SyntaxKind::name;
+}
+
+// A note line, as sheet evaluation treats it: "//", "＃", or "#" not followed by a digit.
+bool isNoteLine(std::string_view line) {
+    auto trimmed = unicode::trim(line);
+    if (trimmed.starts_with("//") || trimmed.starts_with("＃"))
+        return true;
+    return trimmed.starts_with("#") && !(trimmed.size() > 1 && trimmed[1] >= '0' && trimmed[1] <= '9');
+}
+
+// Walks one line's grapheme clusters, keeping the UTF-16 offset of each.
+class LineScanner {
+public:
+    explicit LineScanner(std::string_view line) : m_chars(unicode::graphemes(line)) {
+        m_offsets.reserve(m_chars.size() + 1);
+        std::int64_t offset = 0;
+        m_offsets.push_back(0);
+        for (const auto& c : m_chars) {
+            offset += static_cast<std::int64_t>(unicode::utf16Length(c));
+            m_offsets.push_back(offset);
+        }
+    }
+
+    std::vector<SyntaxRange> scan() {
+        while (m_i < m_chars.size()) {
+            if (at(m_i) == "/" && at(m_i + 1) == "/") {
+                emit(m_i, m_chars.size(), SyntaxKind::comment);
+                break;
+            }
+            if (!(scanQuoted() || scanNumber() || scanName() || scanOperator()))
+                ++m_i;
+        }
+        return std::move(m_ranges);
+    }
+
+private:
+    std::string_view at(std::size_t i) const {
+        return i < m_chars.size() ? std::string_view(m_chars[i]) : "";
+    }
+
+    void emit(std::size_t from, std::size_t to, SyntaxKind kind) {
+        m_ranges.push_back({m_offsets[from], m_offsets[to] - m_offsets[from], kind});
+        m_i = to;
+    }
+
+    // An unclosed quote is left uncoloured and the rest of the line is classified as usual,
+    // so that the line's names and numbers stay readable while the text is being typed.
+    bool scanQuoted() {
+        auto opening = quoteClass(at(m_i));
+        if (opening == QuoteClass::none)
+            return false;
+        for (std::size_t j = m_i + 1; j < m_chars.size(); ++j) {
+            if (at(j) == "\\") {
+                ++j;
+                continue;
+            }
+            if (quoteClass(at(j)) == opening) {
+                emit(m_i, j + 1, SyntaxKind::quoted);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    bool scanNumber() {
+        bool starts = isAsciiDigit(at(m_i)) || (at(m_i) == "." && isAsciiDigit(at(m_i + 1)));
+        if (!starts)
+            return false;
+        std::size_t end = m_i + 1;
+        while (end < m_chars.size() && continuesNumber(at(end)))
+            ++end;
+        emit(m_i, end, SyntaxKind::number);
+        return true;
+    }
+
+    bool scanName() {
+        if (!startsName(at(m_i)))
+            return false;
+        Digits digits = isNameSign(at(m_i)) ? Digits::notAllowed : Digits::allowed;
+        std::size_t end = m_i + 1;
+        while (continuesName(at(end), digits))
+            ++end;
+        // A per-part such as km/h belongs to the word only when the whole is a unit.
+        if (at(end) == "/") {
+            std::size_t partEnd = end + 1;
+            while (continuesName(at(partEnd), Digits::allowed))
+                ++partEnd;
+            if (partEnd > end + 1 && isKnownUnit(slice(m_i, partEnd)))
+                end = partEnd;
+        }
+        emit(m_i, end, wordKind(slice(m_i, end)));
+        return true;
+    }
+
+    bool scanOperator() {
+        if (!isOperatorMark(at(m_i)))
+            return false;
+        emit(m_i, m_i + 1, SyntaxKind::operatorMark);
+        return true;
+    }
+
+    std::string slice(std::size_t from, std::size_t to) const {
+        std::string out;
+        for (auto i = from; i < to; ++i)
+            out += m_chars[i];
+        return out;
+    }
+
+    std::vector<std::string> m_chars;
+    std::vector<std::int64_t> m_offsets;
+    std::vector<SyntaxRange> m_ranges;
+    std::size_t m_i = 0;
+};
+
+} // namespace
+
+const std::vector<SyntaxKind>& allSyntaxKinds() {
+    static const std::vector<SyntaxKind> kinds = [] {
+        std::vector<SyntaxKind> all;
+        for (const auto& entry : kindTable)
+            all.push_back(entry.kind);
+        return all;
+    }();
+    return kinds;
+}
+
+std::string_view rawValue(SyntaxKind kind) {
+    return info(kind).raw;
+}
+
+std::optional<SyntaxKind> syntaxKindFromRaw(std::string_view raw) {
+    for (const auto& entry : kindTable)
+        if (entry.raw == raw)
+            return entry.kind;
+    return std::nullopt;
+}
+
+std::string title(SyntaxKind kind) {
+    return L10n::pick(info(kind).japanese, info(kind).english);
+}
+
+std::vector<SyntaxRange> highlightLine(std::string_view line) {
+    if (isNoteLine(line))
+        return {{0, static_cast<std::int64_t>(unicode::utf16Length(line)), SyntaxKind::comment}};
+    return LineScanner(line).scan();
+}
+
+namespace HexColor {
+
+std::string format(std::uint32_t rgba) {
+    char buffer[8];
+    std::snprintf(buffer, sizeof buffer, "#%02X%02X%02X", (rgba >> 24) & 0xFF, (rgba >> 16) & 0xFF,
+                  (rgba >> 8) & 0xFF);
+    return buffer;
+}
+
+std::optional<std::uint32_t> parse(std::string_view text) {
+    std::string trimmed = unicode::trim(text);
+    std::string_view digits = trimmed;
+    if (digits.starts_with('#'))
+        digits.remove_prefix(1);
+    if (digits.size() != 6)
+        return std::nullopt;
+    std::uint32_t rgb = 0;
+    for (char c : digits) {
+        int value = (c >= '0' && c <= '9')   ? c - '0'
+                    : (c >= 'a' && c <= 'f') ? c - 'a' + 10
+                    : (c >= 'A' && c <= 'F') ? c - 'A' + 10
+                                             : -1;
+        if (value < 0)
+            return std::nullopt;
+        rgb = rgb << 4 | static_cast<std::uint32_t>(value);
+    }
+    return rgb << 8 | 0xFF;
+}
+
+Components components(std::uint32_t rgba) {
+    auto byte = [rgba](int shift) { return static_cast<double>((rgba >> shift) & 0xFF) / 255.0; };
+    return {byte(24), byte(16), byte(8), 1.0};
+}
+
+} // namespace HexColor
+
+namespace Theme {
+
+std::uint32_t defaultColor(SyntaxKind kind, Appearance appearance) {
+    return appearance == Appearance::dark ? info(kind).dark : info(kind).light;
+}
+
+std::string colorKey(SyntaxKind kind, Appearance appearance) {
+    return std::string(rawValue(kind)) + (appearance == Appearance::dark ? ".dark" : ".light");
+}
+
+std::uint32_t color(SyntaxKind kind, Appearance appearance, const SyntaxColorOverrides& userColors) {
+    if (auto entry = userColors.find(colorKey(kind, appearance)); entry != userColors.end())
+        if (auto parsed = HexColor::parse(entry->second))
+            return *parsed;
+    // The default goes through the same text form as a user's entry, so both are read alike.
+    return HexColor::parse(HexColor::format(defaultColor(kind, appearance)))
+        .value_or(defaultColor(kind, appearance));
+}
+
+} // namespace Theme
+
+} // namespace lumo

@@ -1,0 +1,659 @@
+#include "LumoKit/language/Lexer.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/values/Units.h"
+
+namespace lumo {
+
+Token Token::makeNumber(double value, std::int64_t start) {
+    Token token = make(Kind::number, start);
+    token.number = value;
+    return token;
+}
+
+Token Token::makeString(std::string content, std::int64_t start) {
+    Token token = make(Kind::string, start);
+    token.text = std::move(content);
+    return token;
+}
+
+Token Token::makeRef(std::int64_t line, std::int64_t start) {
+    Token token = make(Kind::ref, start);
+    token.ref = line;
+    return token;
+}
+
+Token Token::make(Kind kind, std::int64_t start) {
+    Token token;
+    token.kind = kind;
+    token.start = start;
+    return token;
+}
+
+namespace {
+
+// ---------------------------------------------------------------------------------------------
+// Normalisation
+// ---------------------------------------------------------------------------------------------
+
+using lexer::QuoteClass;
+
+QuoteClass quoteClassOf(char32_t c) {
+    switch (c) {
+    case U'"':
+    case U'\uFF02':
+    case U'\u201C':
+    case U'\u201D':
+        return QuoteClass::doubleQuote;
+    case U'\'':
+    case U'\u2018':
+    case U'\u2019':
+        return QuoteClass::singleQuote;
+    default:
+        return QuoteClass::none;
+    }
+}
+
+const char* asciiQuote(QuoteClass quoteClass) {
+    return quoteClass == QuoteClass::singleQuote ? "'" : "\"";
+}
+
+// What a character outside quotes is written as; characters not in the map are copied.
+const std::unordered_map<char32_t, std::string_view>& normalizationMap() {
+    static const std::unordered_map<char32_t, std::string_view> map = [] {
+        std::unordered_map<char32_t, std::string_view> m;
+        // Full-width forms that become their ASCII counterparts (code point minus 0xFEE0).
+        static constexpr std::string_view ascii =
+            "!\"#$%&'()*+,-./"
+            "0123456789:;<=>?@ABCDEFGHIJKLMNOPQRSTUVWXYZ[\\]^_`abcdefghijklmnopqrstuvwxyz{|}~";
+        auto fullWidth = [&](char32_t first, char32_t last) {
+            for (char32_t c = first; c <= last; ++c)
+                m.emplace(c, ascii.substr(c - 0xFEE0 - U'!', 1));
+        };
+        fullWidth(0xFF10, 0xFF19); // digits
+        fullWidth(0xFF21, 0xFF3A); // upper-case letters
+        fullWidth(0xFF41, 0xFF5A); // lower-case letters
+        for (char32_t c : {0xFF01, 0xFF03, 0xFF05, 0xFF1A, 0xFF3B, 0xFF3D, 0xFF3E})
+            fullWidth(c, c);
+        fullWidth(0xFF08, 0xFF0F);
+        fullWidth(0xFF1C, 0xFF1E);
+
+        for (char32_t c : {U'\u00D7', U'\u00B7', U'\u2022', U'\u22C5'})
+            m.emplace(c, "*");
+        m.emplace(U'\u00F7', "/");
+        for (char32_t c : {U'\u2212', U'\u2013', U'\u2014'})
+            m.emplace(c, "-");
+        m.emplace(U'\u2260', "!=");
+        m.emplace(U'\u2264', "<=");
+        m.emplace(U'\u2266', "<=");
+        m.emplace(U'\u2265', ">=");
+        m.emplace(U'\u2267', ">=");
+        for (char32_t c : {U'\u21D2', U'\u27A1', U'\u25B6'})
+            m.emplace(c, "\u2192");
+        m.emplace(U'\u3001', ",");
+        m.emplace(U'\u3010', "[");
+        m.emplace(U'\u3014', "[");
+        m.emplace(U'\u3011', "]");
+        m.emplace(U'\u3015', "]");
+        m.emplace(U'\u3000', " ");
+        return m;
+    }();
+    return map;
+}
+
+// The end of the run of ASCII other than quotes that starts at `from`.
+std::size_t plainAsciiEnd(std::string_view text, std::size_t from) {
+    for (; from < text.size(); ++from) {
+        const auto byte = static_cast<unsigned char>(text[from]);
+        if (byte >= 0x80 || byte == '"' || byte == '\'')
+            break;
+    }
+    return from;
+}
+
+bool isAscii(std::string_view text) {
+    for (char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Characters of the normalised text
+// ---------------------------------------------------------------------------------------------
+
+// The normalised line as a sequence of grapheme clusters. ASCII text needs no table: every
+// byte is its own cluster except a CR LF pair.
+class Characters {
+public:
+    explicit Characters(std::string_view text) : m_text(text) {
+        if (isAscii(text) && text.find("\r\n") == std::string_view::npos) {
+            m_count = text.size();
+            return;
+        }
+        m_offsets = unicode::graphemeBoundaries(text);
+        m_count = m_offsets.size() - 1;
+    }
+
+    std::size_t size() const { return m_count; }
+
+    /// The character at i, or an empty view past the end.
+    std::string_view at(std::size_t i) const {
+        if (i >= m_count)
+            return {};
+        return m_text.substr(offset(i), offset(i + 1) - offset(i));
+    }
+
+    /// The text of characters [from, to).
+    std::string_view slice(std::size_t from, std::size_t to) const {
+        return m_text.substr(offset(from), offset(to) - offset(from));
+    }
+
+private:
+    std::size_t offset(std::size_t i) const { return m_offsets.empty() ? i : m_offsets[i]; }
+
+    std::string_view m_text;
+    std::vector<std::size_t> m_offsets; // empty when characters are bytes
+    std::size_t m_count = 0;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Character classes
+// ---------------------------------------------------------------------------------------------
+
+bool isAsciiDigit(std::string_view c) {
+    return c.size() == 1 && c[0] >= '0' && c[0] <= '9';
+}
+
+// Whether a character is the given ASCII one; the scanner asks this for nearly every character.
+bool isChar(std::string_view c, char ascii) {
+    return c.size() == 1 && c[0] == ascii;
+}
+
+char32_t firstScalar(std::string_view c) {
+    char32_t scalar;
+    unicode::decodeFirst(c, scalar);
+    return scalar;
+}
+
+using lexer::NameDigits;
+
+// The character classes of the scanner, built once. utf8proc's answers for the ASCII range are
+// kept in a table: most lines are ASCII, and these checks run for every character.
+class CharClasses {
+public:
+    static const CharClasses& shared() {
+        static const CharClasses classes;
+        return classes;
+    }
+
+    bool isWhitespace(std::string_view c) const {
+        if (c.size() == 1)
+            return has(c[0], whitespace);
+        return !c.empty() && unicode::isWhitespace(firstScalar(c));
+    }
+
+    bool startsName(std::string_view c) const {
+        if (c.size() == 1)
+            return has(c[0], letter | underscore | sign);
+        return !c.empty() && (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0);
+    }
+
+    bool continuesName(std::string_view c, NameDigits digits) const {
+        if (c.size() == 1)
+            return has(c[0], letter | underscore | sign) ||
+                   (digits == NameDigits::allowed && has(c[0], digit));
+        return !c.empty() &&
+               (unicode::isLetter(firstScalar(c)) || m_signs.count(c) > 0 || m_superscripts.count(c) > 0);
+    }
+
+    /// Names that begin with a sign ($5, ¥1200) are not continued by digits.
+    bool isSign(std::string_view c) const { return c.size() == 1 ? has(c[0], sign) : m_signs.count(c) > 0; }
+
+private:
+    enum Flag : std::uint8_t { whitespace = 1, letter = 2, digit = 4, underscore = 8, sign = 16 };
+
+    CharClasses() {
+        for (char32_t c = 0; c < 128; ++c) {
+            std::uint8_t flags = 0;
+            if (unicode::isWhitespace(c))
+                flags |= whitespace;
+            if (unicode::isLetter(c))
+                flags |= letter;
+            m_ascii[c] = flags;
+        }
+        for (char c = '0'; c <= '9'; ++c)
+            m_ascii[static_cast<std::size_t>(c)] |= digit;
+        m_ascii['_'] |= underscore;
+        m_ascii['$'] |= sign;
+    }
+
+    // A single-byte character of valid UTF-8 is ASCII.
+    bool has(char c, int flags) const { return (m_ascii[static_cast<unsigned char>(c) & 0x7F] & flags) != 0; }
+
+    std::array<std::uint8_t, 128> m_ascii{};
+    // Signs that may start and continue a name, so that °C, ¥1200 and € read as units.
+    std::unordered_set<std::string_view> m_signs{"\u00B0", "\u00A5", "\uFFE5", "\u20AC", "\u2103", "\u2109"};
+    // Superscripts continue a name (m²); there is no superscript zero or minus among them.
+    std::unordered_set<std::string_view> m_superscripts{"\u00B9", "\u00B2", "\u00B3", "\u2074", "\u2075",
+                                                        "\u2076", "\u2077", "\u2078", "\u2079"};
+};
+
+// The Japanese numeral units that scale the number before them.
+double japaneseFactor(std::string_view c) {
+    static const std::unordered_map<std::string_view, double> factors{
+        {"\u5343", 1e3}, {"\u4E07", 1e4}, {"\u5104", 1e8}, {"\u5146", 1e12}};
+    if (c.size() != 3)
+        return 0;
+    auto found = factors.find(c);
+    return found == factors.end() ? 0 : found->second;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Messages
+// ---------------------------------------------------------------------------------------------
+
+[[noreturn]] void failUnusableCharacter(std::string_view c) {
+    std::string japanese = "「" + std::string(c) + "」は使えない文字です";
+    std::string english = "The character “" + std::string(c) + "” can’t be used";
+    throw CalcError(L10n::pick(japanese, english));
+}
+
+[[noreturn]] void failNumberTooLarge() {
+    throw CalcError(L10n::pick("数が大きすぎます", "The number is too large"));
+}
+
+[[noreturn]] void failUnclosedText(std::string_view quote) {
+    std::string japanese = "文字の終わりの " + std::string(quote) + " がありません";
+    std::string english = "Missing closing " + std::string(quote);
+    throw CalcError(L10n::pick(japanese, english));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Number conversion
+// ---------------------------------------------------------------------------------------------
+
+// For a literal that from_chars reports as out of range: whether it is too large (rather than
+// too small, which reads as 0). Only the sign of the decimal magnitude matters here.
+bool exceedsDoubleRange(std::string_view literal) {
+    constexpr long long cap = 1'000'000'000;
+    auto ePos = literal.find_first_of("eE");
+    std::string_view mantissa = literal.substr(0, ePos);
+    long long magnitude = 0;
+    auto point = mantissa.find('.');
+    std::string_view whole = mantissa.substr(0, point);
+    auto firstNonZero = whole.find_first_not_of('0');
+    if (firstNonZero != std::string_view::npos) {
+        magnitude = std::min<long long>(cap, static_cast<long long>(whole.size() - firstNonZero));
+    } else if (point != std::string_view::npos) {
+        std::string_view fraction = mantissa.substr(point + 1);
+        auto leading = fraction.find_first_not_of('0');
+        magnitude = -std::min<long long>(
+            cap, static_cast<long long>(leading == std::string_view::npos ? fraction.size() : leading));
+    }
+    if (ePos != std::string_view::npos) {
+        std::string_view exponent = literal.substr(ePos + 1);
+        bool negative = !exponent.empty() && exponent[0] == '-';
+        if (!exponent.empty() && (exponent[0] == '-' || exponent[0] == '+'))
+            exponent.remove_prefix(1);
+        long long value = 0;
+        for (char digit : exponent)
+            value = std::min(cap, value * 10 + (digit - '0'));
+        magnitude += negative ? -value : value;
+    }
+    return magnitude > 0;
+}
+
+// Converts a gathered literal; anything that isn't one whole decimal literal is 0.
+double convertLiteral(std::string_view literal) {
+    // Whole numbers of up to 15 digits are exact in a double; most literals are such.
+    if (literal.size() <= 15 &&
+        std::all_of(literal.begin(), literal.end(), [](char c) { return c >= '0' && c <= '9'; })) {
+        std::int64_t whole = 0;
+        for (char digit : literal)
+            whole = whole * 10 + (digit - '0');
+        return static_cast<double>(whole);
+    }
+    double value = 0;
+    const char* end = literal.data() + literal.size();
+    auto [ptr, ec] = std::from_chars(literal.data(), end, value);
+    if (ptr != end)
+        return 0;
+    if (ec == std::errc::result_out_of_range)
+        return exceedsDoubleRange(literal) ? std::numeric_limits<double>::infinity() : 0.0;
+    return ec == std::errc() ? value : 0.0;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Scanner
+// ---------------------------------------------------------------------------------------------
+
+class Scanner {
+public:
+    explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
+
+    std::vector<Token> run() {
+        m_tokens.reserve(16);
+        while (m_i < m_chars.size())
+            scanOne();
+        m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
+        return std::move(m_tokens);
+    }
+
+private:
+    static std::int64_t position(std::size_t i) { return static_cast<std::int64_t>(i); }
+    std::string_view at(std::size_t i) const { return m_chars.at(i); }
+
+    void scanOne() {
+        std::string_view c = at(m_i);
+        const char ascii = c.size() == 1 ? c[0] : '\0'; // NUL stands for every other character here
+        if (m_classes.isWhitespace(c)) {
+            ++m_i;
+        } else if (ascii == '"' || ascii == '\'') {
+            scanText(c);
+        } else if (ascii == '#' && isAsciiDigit(at(m_i + 1))) {
+            scanRef();
+        } else if (isAsciiDigit(c) || (ascii == '.' && isAsciiDigit(at(m_i + 1)))) {
+            scanNumber();
+        } else if (m_classes.startsName(c)) {
+            scanName();
+        } else if (!scanPunctuation(c)) {
+            failUnusableCharacter(c);
+        }
+    }
+
+    void scanText(std::string_view quote) {
+        const std::size_t start = m_i++;
+        std::string content;
+        while (m_i < m_chars.size()) {
+            std::string_view c = at(m_i);
+            if (c == quote) {
+                ++m_i;
+                m_tokens.push_back(Token::makeString(std::move(content), position(start)));
+                return;
+            }
+            if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
+                std::string_view escaped = at(m_i + 1);
+                if (isChar(escaped, 'n'))
+                    content += '\n';
+                else if (isChar(escaped, 't'))
+                    content += '\t';
+                else
+                    content += escaped;
+                m_i += 2;
+                continue;
+            }
+            if (isChar(c, '\\'))
+                break; // a backslash with nothing after it can't close the text
+            content += c;
+            ++m_i;
+        }
+        failUnclosedText(quote);
+    }
+
+    void scanRef() {
+        ++m_i; // "#"
+        std::int64_t line = 0;
+        bool overflow = false;
+        while (isAsciiDigit(at(m_i))) {
+            int digit = at(m_i)[0] - '0';
+            if (line > (std::numeric_limits<std::int64_t>::max() - digit) / 10)
+                overflow = true;
+            else
+                line = line * 10 + digit;
+            ++m_i;
+        }
+        // The start is deliberately the index just after the digits.
+        m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
+    }
+
+    // Digits with grouping commas and points, then at most one exponent.
+    double scanPlainNumber() {
+        m_literal.clear();
+        for (;;) {
+            std::string_view c = at(m_i);
+            if (isAsciiDigit(c)) {
+                m_literal += c[0];
+                ++m_i;
+            } else if (isChar(c, ',') && isGroupingComma()) {
+                ++m_i;
+            } else if (isChar(c, '.') && isAsciiDigit(at(m_i + 1))) {
+                m_literal += '.';
+                ++m_i;
+            } else {
+                break;
+            }
+        }
+        scanExponent();
+        return convertLiteral(m_literal);
+    }
+
+    // A comma followed by exactly three digits groups digits.
+    bool isGroupingComma() const {
+        return isAsciiDigit(at(m_i + 1)) && isAsciiDigit(at(m_i + 2)) && isAsciiDigit(at(m_i + 3)) &&
+               !isAsciiDigit(at(m_i + 4));
+    }
+
+    void scanExponent() {
+        std::string_view e = at(m_i);
+        if (!isChar(e, 'e') && !isChar(e, 'E'))
+            return;
+        std::string_view next = at(m_i + 1);
+        const bool signedExponent = (isChar(next, '+') || isChar(next, '-')) && isAsciiDigit(at(m_i + 2));
+        if (!signedExponent && !isAsciiDigit(next))
+            return;
+        m_literal += 'e';
+        ++m_i;
+        if (signedExponent) {
+            m_literal += next[0];
+            ++m_i;
+        }
+        while (isAsciiDigit(at(m_i))) {
+            m_literal += at(m_i)[0];
+            ++m_i;
+        }
+    }
+
+    void scanNumber() {
+        const std::size_t start = m_i;
+        double total = 0;
+        for (;;) {
+            double plain = scanPlainNumber();
+            double factor = japaneseFactor(at(m_i));
+            if (factor == 0) {
+                total += plain;
+                break;
+            }
+            total += plain * factor;
+            ++m_i;
+            if (!isAsciiDigit(at(m_i)))
+                break;
+        }
+        if (!std::isfinite(total))
+            failNumberTooLarge();
+        m_tokens.push_back(Token::makeNumber(total, position(start)));
+    }
+
+    void scanName() {
+        const std::size_t start = m_i;
+        const NameDigits digits = m_classes.isSign(at(m_i)) ? NameDigits::notAllowed : NameDigits::allowed;
+        ++m_i;
+        while (m_classes.continuesName(at(m_i), digits))
+            ++m_i;
+        std::size_t end = m_i;
+        // A per-part such as km/h or N/mm² belongs to the name only when the whole is a unit.
+        if (isChar(at(end), '/')) {
+            std::size_t partEnd = end + 1;
+            while (m_classes.continuesName(at(partEnd), NameDigits::allowed))
+                ++partEnd;
+            if (partEnd > end + 1 && isKnownUnit(m_chars.slice(start, partEnd)))
+                end = partEnd;
+        }
+        m_i = end;
+        pushText(Token::Kind::identifier, start, m_chars.slice(start, end));
+    }
+
+    bool scanPunctuation(std::string_view c) {
+        if (c.size() != 1)
+            return c == "\u2192" && pushOp(c, 1);
+        switch (c[0]) {
+        case '=':
+        case '<':
+        case '>':
+        case '!':
+            if (isChar(at(m_i + 1), '='))
+                return pushOp(m_chars.slice(m_i, m_i + 2), 2);
+            return c[0] != '!' && pushOp(c, 1);
+        case '(':
+            return push(Token::Kind::lparen);
+        case ')':
+            return push(Token::Kind::rparen);
+        case '[':
+            return push(Token::Kind::lbracket);
+        case ']':
+            return push(Token::Kind::rbracket);
+        case ',':
+            return push(Token::Kind::comma);
+        case '+':
+        case '-':
+        case '*':
+        case '/':
+        case '%':
+        case '^':
+        case ':':
+            return pushOp(c, 1);
+        default:
+            return false;
+        }
+    }
+
+    bool push(Token::Kind kind) {
+        m_tokens.push_back(Token::make(kind, position(m_i++)));
+        return true;
+    }
+
+    bool pushOp(std::string_view op, std::size_t length) {
+        pushText(Token::Kind::op, m_i, op);
+        m_i += length;
+        return true;
+    }
+
+    // Tokens with text are built in place, so the text is copied once.
+    void pushText(Token::Kind kind, std::size_t start, std::string_view text) {
+        Token& token = m_tokens.emplace_back();
+        token.kind = kind;
+        token.start = position(start);
+        token.text = text;
+    }
+
+    const CharClasses& m_classes = CharClasses::shared();
+    Characters m_chars;
+    std::size_t m_i = 0;
+    std::vector<Token> m_tokens;
+    std::string m_literal; // reused buffer for number literals
+};
+
+} // namespace
+
+namespace lexer {
+
+bool isAsciiDigit(std::string_view character) {
+    return lumo::isAsciiDigit(character);
+}
+
+bool startsName(std::string_view character) {
+    return CharClasses::shared().startsName(character);
+}
+
+bool continuesName(std::string_view character, NameDigits digits) {
+    return CharClasses::shared().continuesName(character, digits);
+}
+
+bool isNameSign(std::string_view character) {
+    return CharClasses::shared().isSign(character);
+}
+
+QuoteClass quoteClassOf(std::string_view character) {
+    return character.empty() ? QuoteClass::none : lumo::quoteClassOf(firstScalar(character));
+}
+
+} // namespace lexer
+
+std::string normalize(std::string_view text) {
+    if (isAscii(text))
+        return std::string(text); // no ASCII character is rewritten
+
+    const auto& map = normalizationMap();
+    std::string out;
+    out.reserve(text.size());
+    QuoteClass open = QuoteClass::none;
+    bool escaped = false;
+    for (std::size_t offset = 0; offset < text.size();) {
+        if (open == QuoteClass::none) {
+            // ASCII other than quotes is never rewritten, so such runs are copied whole.
+            const std::size_t end = plainAsciiEnd(text, offset);
+            out.append(text.substr(offset, end - offset));
+            offset = end;
+            if (offset == text.size())
+                break;
+        }
+        char32_t c;
+        const std::size_t length = unicode::decodeFirst(text.substr(offset), c);
+        // A scalar is copied as written; an invalid byte becomes U+FFFD.
+        const std::string_view written = text.substr(offset, length);
+        const auto copy = [&] {
+            if (length == 1 && c >= 0x80)
+                out += unicode::encode(c);
+            else
+                out += written;
+        };
+        offset += length;
+        if (open != QuoteClass::none) {
+            if (escaped) {
+                escaped = false;
+            } else if (c == U'\\') {
+                escaped = true;
+            } else if (quoteClassOf(c) == open) {
+                out += asciiQuote(open);
+                open = QuoteClass::none;
+                continue;
+            }
+            copy();
+            continue;
+        }
+        if (QuoteClass quoteClass = quoteClassOf(c); quoteClass != QuoteClass::none) {
+            out += asciiQuote(quoteClass);
+            open = quoteClass;
+            continue;
+        }
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+            continue;
+        }
+        if (auto mapped = map.find(c); mapped != map.end())
+            out += mapped->second;
+        else
+            copy();
+    }
+    return out;
+}
+
+std::vector<Token> tokenize(std::string_view text) {
+    // Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
+    if (isAscii(text))
+        return Scanner(text).run();
+    const std::string normalized = normalize(text);
+    return Scanner(normalized).run();
+}
+
+} // namespace lumo

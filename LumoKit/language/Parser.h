@@ -1,0 +1,160 @@
+#pragma once
+
+// Grammar, loosest first (every binary level loops, so it groups to the left, except "^"):
+//   statement      := [name "="] expression eof
+//   expression     := or { ("in"|"to"|"as"|"へ"|"で"|"→") unitTarget | ("of"|"の") additive }
+//   or             := and { "or" and }
+//   and            := not { "and" not }
+//   not            := "not" not | comparison
+//   comparison     := additive { ("=="|"!="|"<"|"<="|">"|">=") additive }
+//   additive       := multiplicative { ("+"|"-") multiplicative }
+//   multiplicative := unary { ("*"|"/") unary | <implicit product> unary }
+//   unary          := "-" unary | "+" unary | power
+//   power          := postfix [ "^" unary ]
+//   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
+//   primary        := number | text | ref | call | unit postfix | name | "(" expression ")" | list
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "LumoKit/language/Lexer.h"
+
+namespace lumo {
+
+struct Expr;
+/// Children are shared immutably, so trees are cheap to copy and safe to cache.
+using ExprPtr = std::shared_ptr<const Expr>;
+
+namespace expr {
+struct Number {
+    double value;
+};
+struct Text {
+    std::string value;
+};
+struct List {
+    std::vector<ExprPtr> items;
+};
+struct Index {
+    ExprPtr target;
+    ExprPtr position;
+};
+struct Identifier {
+    std::string name;
+};
+struct Ref {
+    std::int64_t line;
+};
+struct Unary {
+    std::string op;
+    ExprPtr operand;
+}; // "-" or "not"
+struct Binary {
+    std::string op;
+    ExprPtr left;
+    ExprPtr right;
+};
+struct Percent {
+    ExprPtr operand;
+};
+struct UnitApply {
+    ExprPtr operand;
+    std::string unit;
+};
+struct Call {
+    std::string name;
+    std::vector<ExprPtr> args;
+};
+struct Convert {
+    ExprPtr operand;
+    std::string target;
+};
+struct PercentOf {
+    ExprPtr percentage;
+    ExprPtr base;
+};
+} // namespace expr
+
+struct Expr {
+    using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
+                              expr::Unary, expr::Binary, expr::Percent, expr::UnitApply, expr::Call,
+                              expr::Convert, expr::PercentOf>;
+    Node node;
+
+    template <typename T> const T* as() const { return std::get_if<T>(&node); }
+    template <typename T> bool is() const { return std::holds_alternative<T>(node); }
+};
+
+template <typename T> ExprPtr makeExpr(T node) {
+    return std::make_shared<const Expr>(Expr{std::move(node)});
+}
+
+/// Structural equality of two trees (numbers compared exactly).
+bool sameTree(const Expr& a, const Expr& b);
+
+/// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
+inline constexpr int maxExpressionNesting = 200;
+/// The most operators one expression may chain to the left (1+1+…), so that walking and
+/// destroying a tree stays within a modest stack.
+inline constexpr int maxExpressionChain = 1000;
+
+/// A line: an optional name and its expression.
+struct Statement {
+    std::optional<std::string> name;
+    ExprPtr expr;
+};
+
+/// The word sets of the grammar.
+bool isReservedWord(std::string_view word);
+bool isConversionWord(std::string_view word);
+bool isComparisonOperator(std::string_view op);
+
+/// Recursive-descent parser over one token list; `index` never passes the final eof.
+class Parser {
+public:
+    explicit Parser(std::vector<Token> tokens);
+
+    /// The statement rule: optional name, expression, end of line.
+    Statement parseStatement();
+    /// The expression rule alone (conversion level); leaves the index after it.
+    ExprPtr parseExpression();
+
+    const Token& current() const;
+    const Token& peek(std::size_t ahead = 1) const;
+    bool atEnd() const;
+    std::size_t index() const { return m_index; }
+
+private:
+    // One function per grammar level.
+    ExprPtr parseConversion();
+    ExprPtr parseOr();
+    ExprPtr parseAnd();
+    ExprPtr parseNot();
+    ExprPtr parseComparison();
+    ExprPtr parseAdditive();
+    ExprPtr parseMultiplicative();
+    ExprPtr parseUnary();
+    ExprPtr parsePower();
+    ExprPtr parsePostfix();
+    ExprPtr parsePrimary();
+    std::string parseUnitTarget();
+    ExprPtr parseCall(std::string name);
+    ExprPtr parseList();
+
+    void advance();
+
+    std::vector<Token> m_tokens;
+    std::size_t m_index = 0;
+    int m_depth = 0; // guards the recursion against deeply nested input
+    int m_chain = 0; // operators chained to the left on the current path, bounding the tree's height
+};
+
+/// Tokenises a line and applies the statement rule. Throws CalcError.
+Statement parseStatement(std::string_view text);
+
+} // namespace lumo

@@ -1,0 +1,307 @@
+#include "LumoKit/sheet/LineContext.h"
+
+#include <array>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/PlotBuilder.h"
+
+namespace lumo {
+
+namespace {
+
+enum class SheetWord { previous, blockSum, totalSum };
+
+constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
+    {"prev", SheetWord::previous},
+    {"ans", SheetWord::previous},
+    {"前", SheetWord::previous},
+    {"sum", SheetWord::blockSum},
+    {"subtotal", SheetWord::blockSum},
+    {"小計", SheetWord::blockSum},
+    {"total", SheetWord::totalSum},
+    {"合計", SheetWord::totalSum},
+}};
+
+// Asked for every name a line reads, so it compares the first byte before the rest.
+std::optional<SheetWord> sheetWordOf(std::string_view name) {
+    for (const auto& [word, meaning] : sheetWords) {
+        if (word.size() == name.size() && word.front() == name.front() && word == name)
+            return meaning;
+    }
+    return std::nullopt;
+}
+
+// Answers kept by one run, weighed as values are. Far above any real sheet; it stops a loop
+// like x = [x, x] from doubling until memory runs out, and many huge lists from piling up
+// line after line.
+constexpr std::size_t retainedItemLimit = maxValueWeight();
+
+std::size_t weigh(const Value& value, std::size_t limit) {
+    return valueWeight(value, limit);
+}
+
+std::string listTooBigMessage() {
+    return L10n::pick("表が大きすぎます", "The list is too big");
+}
+
+std::string mixedUnitsMessage() {
+    return L10n::pick("種類の違う単位が混ざっていて合計できません",
+                      "Units of different kinds are mixed, so they can’t be summed");
+}
+
+std::string builtinWordMessage(const std::string& name) {
+    return L10n::pick("「" + name + "」はもともとある言葉なので名前に使えません",
+                      "“" + name + "” is a built-in word and can’t be used as a name");
+}
+
+std::string cannotCalculateMessage() {
+    return L10n::pick("計算できません", "Can’t calculate this");
+}
+
+bool endsWith(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+bool continuesPrevious(std::string_view text) {
+    if (text.empty())
+        return false;
+    char32_t first = 0;
+    const std::size_t length = unicode::decodeFirst(text, first);
+    switch (first) {
+    case U'*':
+    case U'/':
+    case U'^':
+    case U'×':
+    case U'÷':
+    case U'／':
+    case U'＊':
+        return true;
+    case U'+':
+    case U'-':
+    case U'－':
+    case U'＋':
+        return text.substr(length).starts_with(' ');
+    default:
+        return false;
+    }
+}
+
+bool endsWithEquals(std::string_view text) {
+    return endsWith(text, "=") || endsWith(text, "＝");
+}
+
+std::string withoutTrailingEquals(std::string_view text) {
+    std::string result(text);
+    while (true) {
+        if (endsWith(result, "="))
+            result = unicode::trim(std::string_view(result).substr(0, result.size() - 1));
+        else if (endsWith(result, "＝"))
+            result = unicode::trim(
+                std::string_view(result).substr(0, result.size() - std::string_view("＝").size()));
+        else
+            return result;
+    }
+}
+
+ParsedLine parseLine(std::string text) {
+    ParsedLine parsedLine{std::move(text), std::nullopt, {}};
+    try {
+        parsedLine.statement = parseStatement(parsedLine.text);
+    } catch (const CalcError& error) {
+        parsedLine.error = error.message();
+    } catch (const std::exception&) {
+        parsedLine.error = cannotCalculateMessage();
+    }
+    return parsedLine;
+}
+
+// Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
+// the commonest failure of a sheet, answered without throwing through the evaluator.
+bool isMixedSum(const Expr& expression, const LineContext& context) {
+    const auto* identifier = expression.as<expr::Identifier>();
+    if (!identifier)
+        return false;
+    const auto word = sheetWordOf(identifier->name);
+    if (!word || *word == SheetWord::previous)
+        return false;
+    if (!context.locals.empty() && context.locals.back().contains(identifier->name))
+        return false;
+    return !(*word == SheetWord::blockSum ? context.block : context.all).value();
+}
+
+bool isPlotCall(const Expr& expression) {
+    const auto* call = expression.as<expr::Call>();
+    return call && (isPlotWord(call->name) || isChartWord(call->name));
+}
+
+} // namespace
+
+void RunningSum::add(const Value& answer) {
+    if (m_mixed)
+        return;
+    if (!m_sum) {
+        m_sum = answer;
+        return;
+    }
+    if (m_sum->unit && answer.unit && !m_sum->unit->sameDimensions(*answer.unit)) {
+        m_mixed = true;
+        return;
+    }
+    try {
+        m_sum = lumo::add(*m_sum, answer);
+    } catch (const CalcError&) {
+        m_mixed = true;
+    }
+}
+
+std::optional<Value> RunningSum::value() const {
+    if (m_mixed)
+        return std::nullopt;
+    return m_sum ? *m_sum : Value::plain(0);
+}
+
+bool isSheetWord(std::string_view name) {
+    return sheetWordOf(name).has_value();
+}
+
+std::string prepareLine(std::string_view text, bool hasPrevious) {
+    std::string prepared = withoutTrailingEquals(text);
+    if (hasPrevious && continuesPrevious(prepared))
+        return "prev " + prepared;
+    return prepared;
+}
+
+LineContext::LineContext(BudgetLimits limits) : budget(limits) {}
+
+std::optional<Value> LineContext::valueOf(const std::string& name) {
+    if (!locals.empty()) {
+        const auto& scope = locals.back();
+        if (const auto found = scope.find(name); found != scope.end())
+            return found->second;
+    }
+    if (const auto word = sheetWordOf(name)) {
+        if (*word == SheetWord::previous)
+            return previous;
+        auto sum = (*word == SheetWord::blockSum ? block : all).value();
+        if (!sum) {
+            mixedUnits = true;
+            throw CalcError(mixedUnitsMessage());
+        }
+        return sum;
+    }
+    if (const auto found = names.find(name); found != names.end())
+        return found->second;
+    return std::nullopt;
+}
+
+std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
+    if (const auto found = byLine.find(line); found != byLine.end())
+        return found->second;
+    return std::nullopt;
+}
+
+std::optional<Value> LineContext::callFunction(const std::string& name, const std::vector<Value>& args) {
+    if (!findFunction || !runFunction)
+        return std::nullopt;
+    const ProgramFunction* function = findFunction(name);
+    if (!function)
+        return std::nullopt;
+    return runFunction(*function, args);
+}
+
+void LineContext::assign(const std::string& name, Value value) {
+    auto& scope = locals.empty() ? names : locals.back();
+    scope.insert_or_assign(name, std::move(value));
+}
+
+const ParsedLine& LineContext::parsed(const program::Line& line) {
+    LineParseCache& cache = *line.cache;
+    if (!cache.canContinue) {
+        // Only the start matters here, so a line without a trailing "=" needs no copy.
+        cache.canContinue = endsWithEquals(line.source)
+                                ? continuesPrevious(withoutTrailingEquals(line.source))
+                                : continuesPrevious(line.source);
+    }
+    const bool continued = previous.has_value() && *cache.canContinue;
+    auto& slot = continued ? cache.continued : cache.asWritten;
+    if (!slot)
+        slot = parseLine(prepareLine(line.source, continued));
+    return *slot;
+}
+
+LineResult LineContext::evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner) {
+    mixedUnits = false;
+    const ParsedLine& parsedLine = parsed(line);
+    if (!parsedLine.statement)
+        return {LineOutcome::makeFailure(parsedLine.error), std::nullopt};
+    const Statement& statement = *parsedLine.statement;
+    // Sum or TOTAL would be looked up as ordinary names, but taking them as names would
+    // only confuse, so the lower-case spelling is refused as well.
+    if (statement.name && (isSheetWord(*statement.name) || isSheetWord(unicode::toLower(*statement.name))))
+        return {LineOutcome::makeFailure(builtinWordMessage(*statement.name)), statement.name};
+    if (isMixedSum(*statement.expr, *this)) {
+        mixedUnits = true;
+        return {LineOutcome::makeFailure(mixedUnitsMessage()), statement.name};
+    }
+    try {
+        LineOutcome outcome = evaluateStatement(line, parsedLine, counting, owner);
+        if (outcome.kind == LineOutcome::Kind::plot)
+            return {std::move(outcome), std::nullopt};
+        return {std::move(outcome), statement.name};
+    } catch (const CalcError& error) {
+        return {LineOutcome::makeFailure(mixedUnits ? mixedUnitsMessage() : error.message()), statement.name};
+    } catch (const std::exception&) {
+        return {LineOutcome::makeFailure(cannotCalculateMessage()), statement.name};
+    }
+}
+
+LineOutcome LineContext::evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
+                                           LineCounting counting, LineOwner owner) {
+    const Statement& statement = *parsedLine.statement;
+    if (isPlotCall(*statement.expr)) {
+        try {
+            return LineOutcome::makePlot(
+                buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this));
+        } catch (const CalcError&) {
+            // Samples that hit the run's limit are gaps to the plot builder; the line should
+            // say why the run stopped rather than that the curve has no points.
+            if (budget.exhausted())
+                throw CalcError(budget.stopMessage());
+            throw;
+        }
+    }
+
+    Value answer = Evaluator(this).evaluate(*statement.expr);
+    retain(line, owner, answer);
+    previous = answer;
+    if (owner == LineOwner::thisSheet)
+        byLine.insert_or_assign(line.index + 1, answer);
+    if (counting == LineCounting::counted && answer.isNumber()) {
+        block.add(answer);
+        all.add(answer);
+    }
+    if (statement.name)
+        assign(*statement.name, answer);
+    return LineOutcome::makeValue(std::move(answer));
+}
+
+void LineContext::retain(const program::Line& line, LineOwner owner, const Value& answer) {
+    const std::size_t weight = weigh(answer, retainedItemLimit);
+    if (owner == LineOwner::otherSheet) {
+        if (weight > retainedItemLimit)
+            throw CalcError(listTooBigMessage());
+        return;
+    }
+    const auto index = static_cast<std::size_t>(line.index);
+    if (index >= m_retainedByLine.size())
+        m_retainedByLine.resize(index + 1);
+    std::size_t& kept = m_retainedByLine[index];
+    const std::size_t total = m_retained - kept + weight;
+    if (total > retainedItemLimit)
+        throw CalcError(listTooBigMessage());
+    m_retained = total;
+    kept = weight;
+}
+
+} // namespace lumo

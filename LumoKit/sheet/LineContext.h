@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "LumoKit/sheet/Program.h"
+#include "LumoKit/sheet/ProgramBudget.h"
+#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/values/Value.h"
+
+namespace lumo {
+
+/// Whether a line's answer goes into sum and total: lines inside loops and def bodies don't.
+enum class LineCounting { counted, uncounted };
+
+/// Whose line is being run: a line of the sheet being evaluated, or a line of a function
+/// that another sheet defines (which must not touch this sheet's line answers).
+enum class LineOwner { thisSheet, otherSheet };
+
+/// The left-to-right sum of a run of answers, kept as the answers arrive so that reading
+/// sum or total costs nothing. Units convert into the first answer's unit.
+class RunningSum {
+public:
+    void add(const Value& answer);
+    void clear() { *this = RunningSum(); }
+    /// The plain 0 for no answers; nothing when units of different kinds met.
+    std::optional<Value> value() const;
+
+private:
+    std::optional<Value> m_sum;
+    bool m_mixed = false;
+};
+
+/// The state of one run of a sheet, and the surroundings its lines are evaluated in.
+class LineContext final : public EvalContext {
+public:
+    using RunFunction = std::function<Value(const ProgramFunction&, const std::vector<Value>&)>;
+    using FindFunction = std::function<const ProgramFunction*(const std::string&)>;
+
+    explicit LineContext(BudgetLimits limits = {});
+
+    // The run's state, in the order the lines build it up.
+    std::unordered_map<std::string, Value> names;
+    std::optional<Value> previous;
+    RunningSum block;                               // counted answers since the last blank line
+    RunningSum all;                                 // counted answers since the top of the sheet
+    std::unordered_map<std::int64_t, Value> byLine; // 1-based line numbers
+    bool mixedUnits = false;
+    FunctionTable functions;
+    std::vector<std::unordered_map<std::string, Value>> locals; // innermost last
+    ProgramBudget budget;
+    RunFunction runFunction;
+    FindFunction findFunction;
+
+    std::optional<Value> valueOf(const std::string& name) override;
+    std::optional<Value> answerOnLine(std::int64_t line) override;
+    std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) override;
+
+    /// Binds a name where a line or loop of the current scope puts it: the innermost local
+    /// scope while a function runs, else the sheet's names.
+    void assign(const std::string& name, Value value);
+
+    /// A blank line ends the block that sum adds up.
+    void endBlock() { block.clear(); }
+
+    /// Evaluates one ordinary line: prepares its text, parses it (once per cache), refuses
+    /// built-in words as names, builds plots, evaluates, and on success records the answer.
+    /// A failure leaves the context as it was.
+    LineResult evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner);
+
+private:
+    const ParsedLine& parsed(const program::Line& line);
+    LineOutcome evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
+                                  LineCounting counting, LineOwner owner);
+    void retain(const program::Line& line, LineOwner owner, const Value& answer);
+
+    std::vector<std::size_t> m_retainedByLine; // by 0-based line index
+    std::size_t m_retained = 0;
+};
+
+/// The eight built-in words (prev, ans, 前, sum, subtotal, 小計, total, 合計), exact spelling.
+bool isSheetWord(std::string_view name);
+
+/// The text of a line as it is calculated: trailing "=" and "＝" dropped, and "prev " put in
+/// front of a line that continues the previous answer (only when there is one).
+std::string prepareLine(std::string_view text, bool hasPrevious);
+
+} // namespace lumo

@@ -1,0 +1,474 @@
+#include "LumoKit/sheet/PlotBuilder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Overloaded.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Lexer.h"
+#include "LumoKit/values/Units.h"
+
+namespace lumo {
+
+namespace {
+
+// A curve is sampled at 241 points (240 steps); a surface on a 21 × 21 grid (20 steps).
+constexpr int curveSteps = 240;
+constexpr int surfaceSteps = 20;
+constexpr double defaultLow = -10;
+constexpr double defaultHigh = 10;
+// Two neighbours of opposite sign further apart than this share of the y range straddle an
+// asymptote (1 / x at 0) and are not joined.
+constexpr double jumpShare = 0.6;
+// Head room above (and below) the bars, as a share of the value range.
+constexpr double barMargin = 0.12;
+
+struct Message {
+    std::string_view japanese;
+    std::string_view english;
+};
+
+namespace text {
+constexpr Message noExpression{"plot(式) のように、描く式を書いてください",
+                               "Write an expression to draw, like plot(x^2)"};
+constexpr Message oneEnd{"範囲は plot(式, 左, 右) のように 2 つ書いてください",
+                         "Give both ends of the range: plot(expr, left, right)"};
+constexpr Message leftNotLess{"範囲は左 < 右 で指定してください", "The range needs left < right"};
+constexpr Message noCurve{"この式はグラフにできません", "This expression can’t be plotted"};
+constexpr Message surfaceArguments{"3 つの軸で描くときは plot(式, x左, x右, y左, y右) のように書いてください",
+                                   "For three axes write plot(expr, x from, x to, y from, y to)"};
+constexpr Message noSurface{"この式は 3 つの軸では描けません",
+                            "This expression can’t be drawn with three axes"};
+constexpr Message noValues{"chart(値, 値, …) のように、並べる値を書いてください",
+                           "Write values to chart, like chart(a, b, …)"};
+constexpr Message notChartable{"グラフにできない値があります", "Some values can’t be charted"};
+} // namespace text
+
+[[noreturn]] void fail(const Message& message) {
+    throw CalcError(L10n::pick(message.japanese, message.english));
+}
+
+[[noreturn]] void failNotCurve(const Value& value) {
+    // kindName answers in the language pick() is about to choose, so both texts agree.
+    const std::string kind = kindName(value);
+    throw CalcError(L10n::pick(kind + "は plot では描けません（表は chart(表) で棒グラフにできます）",
+                               "plot can’t draw " + kind + " (use chart(list) for a bar chart)"));
+}
+
+// ---- The call as written ----------------------------------------------------------------
+
+// Texts of the call taken from the line as the user wrote it (after normalisation, so
+// full-width brackets and 、 read like their ASCII forms).
+struct CallSource {
+    std::string title;
+    std::vector<std::string> arguments;
+    std::vector<std::string> listItems; // items of a single literal list argument
+};
+
+// One bracketed group of tokens: where it closes and the character ranges of its
+// comma-separated items. Token starts are grapheme indices; delimiters are single characters.
+struct Group {
+    std::size_t close = 0;
+    std::vector<std::pair<std::int64_t, std::int64_t>> items;
+};
+
+std::optional<Group> readGroup(const std::vector<Token>& tokens, std::size_t open) {
+    Group group;
+    int depth = 0;
+    std::int64_t itemStart = tokens[open].start + 1;
+    for (std::size_t i = open; i < tokens.size(); ++i) {
+        const Token& token = tokens[i];
+        switch (token.kind) {
+        case Token::Kind::lparen:
+        case Token::Kind::lbracket:
+            ++depth;
+            break;
+        case Token::Kind::rparen:
+        case Token::Kind::rbracket:
+            if (--depth == 0) {
+                // "()" has no item, "(a)" one.
+                if (i != open + 1 || !group.items.empty())
+                    group.items.emplace_back(itemStart, token.start);
+                group.close = i;
+                return group;
+            }
+            break;
+        case Token::Kind::comma:
+            if (depth == 1) {
+                group.items.emplace_back(itemStart, token.start);
+                itemStart = token.start + 1;
+            }
+            break;
+        default:
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<CallSource> readCallSource(const expr::Call& call, std::string_view sourceText) {
+    std::vector<Token> tokens;
+    try {
+        tokens = tokenize(sourceText);
+    } catch (const CalcError&) {
+        return std::nullopt;
+    }
+    std::size_t nameIndex = 0;
+    while (nameIndex + 1 < tokens.size() &&
+           !(tokens[nameIndex].kind == Token::Kind::identifier && tokens[nameIndex].text == call.name &&
+             tokens[nameIndex + 1].kind == Token::Kind::lparen))
+        ++nameIndex;
+    if (nameIndex + 1 >= tokens.size())
+        return std::nullopt;
+    const auto arguments = readGroup(tokens, nameIndex + 1);
+    if (!arguments)
+        return std::nullopt;
+
+    const std::string normalized = normalize(sourceText);
+    std::vector<std::size_t> offsets{0};
+    for (const std::string& cluster : unicode::graphemes(normalized))
+        offsets.push_back(offsets.back() + cluster.size());
+    const auto slice = [&](std::int64_t from, std::int64_t to) {
+        const auto last = static_cast<std::int64_t>(offsets.size() - 1);
+        from = std::clamp<std::int64_t>(from, 0, last);
+        to = std::clamp<std::int64_t>(to, from, last);
+        const std::size_t begin = offsets[static_cast<std::size_t>(from)];
+        return unicode::trim(
+            std::string_view(normalized).substr(begin, offsets[static_cast<std::size_t>(to)] - begin));
+    };
+
+    CallSource source;
+    source.title = slice(tokens[nameIndex].start, tokens[arguments->close].start + 1);
+    for (const auto& [from, to] : arguments->items)
+        source.arguments.push_back(slice(from, to));
+
+    // chart([a, b, c]): the list literal fills the whole argument list.
+    const std::size_t listOpen = nameIndex + 2;
+    if (arguments->items.size() == 1 && tokens[listOpen].kind == Token::Kind::lbracket) {
+        const auto list = readGroup(tokens, listOpen);
+        if (list && list->close + 1 == arguments->close)
+            for (const auto& [from, to] : list->items)
+                source.listItems.push_back(slice(from, to));
+    }
+    return source;
+}
+
+// ---- Values as plotted numbers ------------------------------------------------------------
+
+// A number is plotted as the answer column shows it: in its own unit, a percent as its figure
+// (15% is 15). Later values whose unit has the dimensions of the first plotted unit are
+// converted into it, so 1 m and 50 cm stand as 1 and 0.5; anything else keeps its own number.
+class NumberScale {
+public:
+    double plotted(const Value& value) {
+        if (!value.unit)
+            return value.number;
+        if (!m_unit) {
+            m_unit = value.unit;
+            return value.number;
+        }
+        if (value.unit == m_unit || !value.unit->sameDimensions(*m_unit))
+            return value.number;
+        return convert(value.number, *value.unit, *m_unit);
+    }
+
+    void notePercent() { m_sawPercent = true; }
+
+    // The unit's display text; "%" for percent figures without a unit; nothing for plain numbers.
+    std::optional<std::string> label() const {
+        if (m_unit)
+            return m_unit->display;
+        if (m_sawPercent)
+            return std::string("%");
+        return std::nullopt;
+    }
+
+private:
+    UnitRef m_unit;
+    bool m_sawPercent = false;
+};
+
+// The finite plotted number of a value, or nothing for texts, lists, infinities and NaN.
+std::optional<double> finiteNumber(const Value& value, NumberScale& scale) {
+    if (!value.isNumber() || !std::isfinite(value.number))
+        return std::nullopt;
+    const double number = scale.plotted(value);
+    if (!std::isfinite(number))
+        return std::nullopt;
+    if (value.isPercent)
+        scale.notePercent();
+    return number;
+}
+
+// The value at one point, or nothing where evaluation fails (a gap or a hole).
+std::optional<Value> evaluateAt(const Evaluator& evaluator, const Expr& expression) {
+    try {
+        return evaluator.evaluate(expression);
+    } catch (const CalcError&) {
+        return std::nullopt;
+    }
+}
+
+double stepPoint(PlotRange range, int step, int steps) {
+    return range.low + (range.high - range.low) * step / steps;
+}
+
+// ---- Ranges -------------------------------------------------------------------------------
+
+double rangeEnd(const ExprPtr& expression, EvalContext& context) {
+    const Value value = Evaluator(&context).evaluate(expression);
+    // A text or list has no place on an axis; it fails like any other unusable end.
+    if (!value.isNumber() || !std::isfinite(value.number))
+        fail(text::leftNotLess);
+    return value.number;
+}
+
+PlotRange readRange(const ExprPtr& left, const ExprPtr& right, EvalContext& context) {
+    const PlotRange range{rangeEnd(left, context), rangeEnd(right, context)};
+    if (!(range.low < range.high))
+        fail(text::leftNotLess);
+    return range;
+}
+
+void widen(std::optional<PlotRange>& range, double value) {
+    if (!range)
+        range = PlotRange{value, value};
+    range->low = std::min(range->low, value);
+    range->high = std::max(range->high, value);
+}
+
+// ---- Curves -------------------------------------------------------------------------------
+
+bool straddlesAsymptote(double a, double b, double height) {
+    return std::abs(a - b) > jumpShare * height && (a < 0) != (b < 0);
+}
+
+std::vector<std::vector<PlotPoint>> splitSegments(const std::vector<std::optional<PlotPoint>>& samples,
+                                                  double height) {
+    std::vector<std::vector<PlotPoint>> segments;
+    std::vector<PlotPoint> current;
+    const auto flush = [&] {
+        // A lone point is not a line.
+        if (current.size() >= 2)
+            segments.push_back(std::move(current));
+        current.clear();
+    };
+    for (const auto& sample : samples) {
+        if (!sample) {
+            flush();
+            continue;
+        }
+        if (!current.empty() && straddlesAsymptote(current.back().y, sample->y, height))
+            flush();
+        current.push_back(*sample);
+    }
+    flush();
+    return segments;
+}
+
+PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
+    const auto& args = call.args;
+    if (args.empty())
+        fail(text::noExpression);
+    if (args.size() == 2)
+        fail(text::oneEnd);
+    const PlotRange xRange =
+        args.size() == 3 ? readRange(args[1], args[2], context) : PlotRange{defaultLow, defaultHigh};
+
+    PlotContext plotContext(context);
+    const Evaluator evaluator(&plotContext);
+    NumberScale scale;
+    std::optional<PlotRange> yRange;
+    std::vector<std::optional<PlotPoint>> samples;
+    samples.reserve(curveSteps + 1);
+    for (int i = 0; i <= curveSteps; ++i) {
+        const double x = stepPoint(xRange, i, curveSteps);
+        plotContext.setX(x);
+        const auto value = evaluateAt(evaluator, *args[0]);
+        if (value && (value->isList() || value->isText()))
+            failNotCurve(*value);
+        const auto y = value ? finiteNumber(*value, scale) : std::nullopt;
+        if (y)
+            widen(yRange, *y);
+        samples.push_back(y ? std::optional(PlotPoint{x, *y}) : std::nullopt);
+    }
+    if (!yRange)
+        fail(text::noCurve);
+
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::curve;
+    result.segments = splitSegments(samples, yRange->high - yRange->low);
+    if (result.segments.empty())
+        fail(text::noCurve);
+    result.xRange = xRange;
+    result.yRange = *yRange;
+    result.unitLabel = scale.label();
+    return result;
+}
+
+// ---- Surfaces -----------------------------------------------------------------------------
+
+bool refersToName(const Expr& expression, std::string_view name) {
+    const auto refers = [name](const ExprPtr& child) { return child && refersToName(*child, name); };
+    return std::visit(
+        overloaded{
+            [&](const expr::Identifier& node) { return node.name == name; },
+            // "3y" is a unit application whose name the evaluator first asks the context for.
+            [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
+            [&](const expr::List& node) { return std::any_of(node.items.begin(), node.items.end(), refers); },
+            [&](const expr::Call& node) { return std::any_of(node.args.begin(), node.args.end(), refers); },
+            [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },
+            [&](const expr::Unary& node) { return refers(node.operand); },
+            [&](const expr::Binary& node) { return refers(node.left) || refers(node.right); },
+            [&](const expr::Percent& node) { return refers(node.operand); },
+            [&](const expr::Convert& node) { return refers(node.operand); },
+            [&](const expr::PercentOf& node) { return refers(node.percentage) || refers(node.base); },
+            [](const expr::Number&) { return false; },
+            [](const expr::Text&) { return false; },
+            [](const expr::Ref&) { return false; },
+        },
+        expression.node);
+}
+
+bool isSurfaceCall(const expr::Call& call) {
+    const auto count = call.args.size();
+    return count >= 4 || (count >= 1 && refersToName(*call.args[0], "y"));
+}
+
+PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
+    const auto& args = call.args;
+    if (args.size() != 1 && args.size() != 3 && args.size() != 5)
+        fail(text::surfaceArguments);
+    const PlotRange defaults{defaultLow, defaultHigh};
+    const PlotRange xRange = args.size() >= 3 ? readRange(args[1], args[2], context) : defaults;
+    const PlotRange yRange = args.size() == 5 ? readRange(args[3], args[4], context) : defaults;
+
+    PlotContext plotContext(context);
+    const Evaluator evaluator(&plotContext);
+    NumberScale scale;
+    std::optional<PlotRange> zRange;
+    std::vector<std::vector<std::optional<double>>> rows(surfaceSteps + 1);
+    for (int row = 0; row <= surfaceSteps; ++row) {
+        plotContext.setY(stepPoint(yRange, row, surfaceSteps));
+        rows[row].reserve(surfaceSteps + 1);
+        for (int column = 0; column <= surfaceSteps; ++column) {
+            plotContext.setX(stepPoint(xRange, column, surfaceSteps));
+            const auto value = evaluateAt(evaluator, *args[0]);
+            const auto z = value ? finiteNumber(*value, scale) : std::nullopt;
+            if (z)
+                widen(zRange, *z);
+            rows[row].push_back(z);
+        }
+    }
+    if (!zRange)
+        fail(text::noSurface);
+
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::surface;
+    result.surface = std::move(rows);
+    result.xRange = xRange;
+    result.yRange = yRange;
+    result.zRange = zRange;
+    result.unitLabel = scale.label();
+    return result;
+}
+
+// ---- Bars ---------------------------------------------------------------------------------
+
+PlotRange barRange(const std::vector<PlotBar>& bars) {
+    double top = 0;
+    double bottom = 0;
+    for (const PlotBar& bar : bars) {
+        top = std::max(top, bar.value);
+        bottom = std::min(bottom, bar.value);
+    }
+    // The range always holds 0, so it is empty only when every bar is 0.
+    if (!(bottom < top))
+        return {bottom, bottom + 1};
+    const double margin = barMargin * (top - bottom);
+    return {bottom < 0 ? bottom - margin : bottom, top > 0 ? top + margin : top};
+}
+
+std::vector<std::string> positionLabels(std::size_t count) {
+    std::vector<std::string> labels;
+    for (std::size_t i = 0; i < count; ++i)
+        labels.push_back(std::to_string(i));
+    return labels;
+}
+
+PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& source, EvalContext& context) {
+    const Evaluator evaluator(&context);
+    std::vector<Value> values;
+    for (const ExprPtr& argument : call.args)
+        values.push_back(evaluator.evaluate(argument));
+
+    std::vector<std::string> labels;
+    if (values.size() == 1 && values.front().isList()) {
+        values = std::vector<Value>(values.front().items);
+        if (source && source->listItems.size() == values.size())
+            labels = source->listItems;
+    } else if (source && source->arguments.size() == values.size()) {
+        labels = source->arguments;
+    }
+    if (values.empty())
+        fail(text::noValues);
+    if (labels.size() != values.size())
+        labels = positionLabels(values.size());
+
+    PlotSpec result;
+    result.kind = PlotSpec::Kind::bars;
+    NumberScale scale;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const auto number = finiteNumber(values[i], scale);
+        if (!number)
+            fail(text::notChartable);
+        result.bars.push_back({labels[i], *number});
+    }
+    result.xRange = {0, static_cast<double>(result.bars.size())};
+    result.yRange = barRange(result.bars);
+    result.unitLabel = scale.label();
+    return result;
+}
+
+} // namespace
+
+bool isPlotWord(std::string_view name) {
+    return name == "plot" || name == "graph" || name == "グラフ";
+}
+bool isChartWord(std::string_view name) {
+    return name == "chart" || name == "bars" || name == "棒グラフ";
+}
+
+std::optional<Value> PlotContext::valueOf(const std::string& name) {
+    if (name == "x")
+        return Value::plain(m_x);
+    if (m_y && name == "y")
+        return Value::plain(*m_y);
+    return m_base.valueOf(name);
+}
+
+std::optional<Value> PlotContext::answerOnLine(std::int64_t line) {
+    return m_base.answerOnLine(line);
+}
+
+std::optional<Value> PlotContext::callFunction(const std::string& name, const std::vector<Value>& args) {
+    return m_base.callFunction(name, args);
+}
+
+PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context) {
+    const auto source = readCallSource(call, sourceText);
+    PlotSpec result;
+    if (isChartWord(call.name))
+        result = buildBars(call, source, context);
+    else if (isSurfaceCall(call))
+        result = buildSurface(call, context);
+    else
+        result = buildCurve(call, context);
+    result.title = source ? source->title : unicode::trim(sourceText);
+    return result;
+}
+
+} // namespace lumo

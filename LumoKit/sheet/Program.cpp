@@ -1,0 +1,399 @@
+#include "LumoKit/sheet/Program.h"
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+
+namespace lumo {
+
+namespace {
+
+enum class Mistake {
+    condition,
+    noMatchingIf,
+    forRange,
+    forName,
+    whileCondition,
+    defShape,
+    defNames,
+    returnValue
+};
+
+struct MistakeText {
+    Mistake mistake;
+    std::string_view japanese;
+    std::string_view english;
+};
+
+// Structural messages are data: one row per mistake.
+constexpr MistakeText mistakeTexts[] = {
+    {Mistake::condition, "条件の書き方が正しくありません", "The condition isn’t written correctly"},
+    {Mistake::noMatchingIf, "対応する if がありません", "No matching if"},
+    {Mistake::forRange, "回す範囲の書き方が正しくありません",
+     "The range to loop over isn’t written correctly"},
+    {Mistake::forName, "for のうしろは名前を 1 つ書きます", "for needs a single name after it"},
+    {Mistake::whileCondition, "while の条件が読めません", "Can’t read the while condition"},
+    {Mistake::defShape, "def 名前(引数): の形で書きます", "Write it as: def name(arguments):"},
+    {Mistake::defNames, "関数と引数の名前は、文字で始まる言葉にします",
+     "Function and argument names must start with a letter"},
+    {Mistake::returnValue, "return のうしろの式が読めません", "Can’t read the expression after return"},
+};
+
+ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = {}) {
+    for (const auto& entry : mistakeTexts) {
+        if (entry.mistake == mistake)
+            return {program::Invalid{index, L10n::pick(entry.japanese, entry.english), std::move(body)}};
+    }
+    return {program::Invalid{index, {}, std::move(body)}};
+}
+
+// Compared character by character: the prefixes are a few bytes, asked of every row, and a
+// call to memcmp costs more than the comparison.
+bool startsWith(std::string_view text, std::string_view prefix) {
+    if (text.size() < prefix.size())
+        return false;
+    for (std::size_t i = 0; i < prefix.size(); ++i) {
+        if (text[i] != prefix[i])
+            return false;
+    }
+    return true;
+}
+
+std::string trimmed(std::string_view text) {
+    return unicode::trim(text);
+}
+
+enum class Keyword { ifWord, elifWord, elseWord, forWord, whileWord, defWord };
+
+struct Header {
+    Keyword keyword;
+    std::string argument;
+};
+
+constexpr std::pair<std::string_view, Keyword> headerWords[] = {
+    {"if", Keyword::ifWord},       {"elif", Keyword::elifWord}, {"for", Keyword::forWord},
+    {"while", Keyword::whileWord}, {"def", Keyword::defWord},
+};
+
+// A keyword counts only when a space, an ideographic space, "(" or the end follows it,
+// so that "ifx:" stays an ordinary line.
+bool keywordEndsAt(std::string_view rest, std::size_t length) {
+    const std::string_view after = rest.substr(length);
+    return after.empty() || after.front() == ' ' || after.front() == '(' || startsWith(after, "\u3000");
+}
+
+std::optional<Header> headerOf(const Program::Row& row) {
+    if (row.kind != Program::Row::Kind::code || row.text.empty() || row.text.back() != ':')
+        return std::nullopt;
+    const std::string rest = trimmed(std::string_view(row.text).substr(0, row.text.size() - 1));
+    if (rest == "else")
+        return Header{Keyword::elseWord, {}};
+    for (const auto& [word, keyword] : headerWords) {
+        if (startsWith(rest, word) && keywordEndsAt(rest, word.size()))
+            return Header{keyword, trimmed(std::string_view(rest).substr(word.size()))};
+    }
+    return std::nullopt;
+}
+
+std::int64_t indentWidth(std::string_view line) {
+    static constexpr std::string_view ideographicSpace = "\u3000";
+    std::int64_t width = 0;
+    for (std::size_t i = 0; i < line.size();) {
+        if (line[i] == ' ') {
+            width += 1;
+            ++i;
+        } else if (line[i] == '\t') {
+            width += 4;
+            ++i;
+        } else if (line.substr(i).starts_with(ideographicSpace)) {
+            width += 1;
+            i += ideographicSpace.size();
+        } else {
+            break;
+        }
+    }
+    return width;
+}
+
+bool startsWithNumber(std::string_view text) {
+    if (text.empty())
+        return false;
+    char32_t first = 0;
+    unicode::decodeFirst(text, first);
+    return unicode::isNumber(first);
+}
+
+std::vector<std::string> splitParameters(std::string_view text) {
+    std::vector<std::string> params;
+    if (trimmed(text).empty())
+        return params;
+    std::size_t start = 0;
+    while (true) {
+        const std::size_t comma = text.find(',', start);
+        params.push_back(
+            trimmed(text.substr(start, comma == std::string_view::npos ? text.npos : comma - start)));
+        if (comma == std::string_view::npos)
+            return params;
+        start = comma + 1;
+    }
+}
+
+// Recursive descent over the rows: one block at a time, each ending at the first code row
+// indented less than the block's minimum.
+class TreeBuilder {
+public:
+    explicit TreeBuilder(std::vector<Program::Row> rows) : m_rows(std::move(rows)) {}
+
+    ProgramBody parseAll() { return parseBlock(0); }
+
+private:
+    bool atEnd() const { return m_cursor >= m_rows.size(); }
+    const Program::Row& row() const { return m_rows[m_cursor]; }
+
+    ProgramBody parseBlock(std::int64_t minimumIndent) {
+        ProgramBody nodes;
+        while (!atEnd()) {
+            const Program::Row& current = row();
+            if (current.kind == Program::Row::Kind::blank) {
+                nodes.emplace_back(program::Blank{current.index});
+                ++m_cursor;
+            } else if (current.kind == Program::Row::Kind::comment) {
+                nodes.emplace_back(program::Comment{current.index});
+                ++m_cursor;
+            } else if (current.indent < minimumIndent) {
+                break;
+            } else {
+                nodes.push_back(parseCodeRow());
+            }
+        }
+        return nodes;
+    }
+
+    // The first code row after `from`, past blank and note rows.
+    std::optional<std::size_t> nextCodeRow(std::size_t from) const {
+        for (std::size_t i = from; i < m_rows.size(); ++i) {
+            if (m_rows[i].kind == Program::Row::Kind::code)
+                return i;
+        }
+        return std::nullopt;
+    }
+
+    // Call with the cursor right after the header row.
+    ProgramBody parseBody(std::int64_t headerIndent) {
+        const auto first = nextCodeRow(m_cursor);
+        if (!first || m_rows[*first].indent <= headerIndent)
+            return {};
+        return parseBlock(m_rows[*first].indent);
+    }
+
+    ProgramNode parseCodeRow() {
+        Program::Row& current = m_rows[m_cursor];
+        ++m_cursor;
+        if (const auto header = headerOf(current))
+            return parseHeader(current, *header);
+        return simpleStatement(current);
+    }
+
+    ProgramNode parseHeader(const Program::Row& headerRow, const Header& header) {
+        switch (header.keyword) {
+        case Keyword::ifWord:
+            return parseIfChain(headerRow, header);
+        case Keyword::elifWord:
+        case Keyword::elseWord:
+            return invalidNode(headerRow.index, Mistake::noMatchingIf, parseBody(headerRow.indent));
+        case Keyword::forWord:
+            return parseFor(headerRow, header.argument);
+        case Keyword::whileWord:
+            return parseWhile(headerRow, header.argument);
+        case Keyword::defWord:
+            return parseDefine(headerRow, header.argument);
+        }
+        return invalidNode(headerRow.index, Mistake::condition, parseBody(headerRow.indent));
+    }
+
+    ProgramNode parseIfChain(const Program::Row& ifRow, const Header& ifHeader) {
+        program::IfChain chain;
+        std::optional<std::int64_t> failedIndex;
+        auto addBranch = [&](const Program::Row& branchRow, const Header& header) {
+            program::Branch branch{branchRow.index, nullptr, {}};
+            if (header.keyword != Keyword::elseWord) {
+                try {
+                    branch.condition = Program::parseWholeExpression(header.argument);
+                } catch (const CalcError&) {
+                    if (!failedIndex)
+                        failedIndex = branchRow.index;
+                }
+            }
+            branch.body = parseBody(branchRow.indent);
+            chain.branches.push_back(std::move(branch));
+        };
+        addBranch(ifRow, ifHeader);
+        while (true) {
+            const auto next = nextCodeRow(m_cursor);
+            if (!next || m_rows[*next].indent != ifRow.indent)
+                break;
+            const auto header = headerOf(m_rows[*next]);
+            if (!header || (header->keyword != Keyword::elifWord && header->keyword != Keyword::elseWord))
+                break;
+            // Notes and blank rows between a branch and the next header stay with that branch.
+            for (; m_cursor < *next; ++m_cursor) {
+                const Program::Row& skipped = row();
+                if (skipped.kind == Program::Row::Kind::blank)
+                    chain.branches.back().body.emplace_back(program::Blank{skipped.index});
+                else
+                    chain.branches.back().body.emplace_back(program::Comment{skipped.index});
+            }
+            const Program::Row& branchRow = row();
+            ++m_cursor;
+            addBranch(branchRow, *header);
+            if (header->keyword == Keyword::elseWord)
+                break;
+        }
+        if (failedIndex) {
+            ProgramBody body;
+            body.push_back({std::move(chain)});
+            return invalidNode(*failedIndex, Mistake::condition, std::move(body));
+        }
+        return {std::move(chain)};
+    }
+
+    ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument) {
+        const std::size_t in = argument.find(" in ");
+        if (in == std::string::npos) {
+            return invalidNode(headerRow.index, Mistake::forRange, parseBody(headerRow.indent));
+        }
+        program::ForLoop loop{headerRow.index, trimmed(argument.substr(0, in)), nullptr, {}};
+        std::optional<Mistake> mistake;
+        if (!Program::isValidName(loop.name)) {
+            mistake = Mistake::forName;
+        } else {
+            try {
+                loop.iterable = Program::parseWholeExpression(trimmed(argument.substr(in + 4)));
+            } catch (const CalcError&) {
+                mistake = Mistake::forRange;
+            }
+        }
+        loop.body = parseBody(headerRow.indent);
+        if (mistake)
+            return invalidNode(headerRow.index, *mistake, std::move(loop.body));
+        return {std::move(loop)};
+    }
+
+    ProgramNode parseWhile(const Program::Row& headerRow, const std::string& argument) {
+        program::WhileLoop loop{headerRow.index, nullptr, {}};
+        bool readable = true;
+        try {
+            loop.condition = Program::parseWholeExpression(argument);
+        } catch (const CalcError&) {
+            readable = false;
+        }
+        loop.body = parseBody(headerRow.indent);
+        if (!readable)
+            return invalidNode(headerRow.index, Mistake::whileCondition, std::move(loop.body));
+        return {std::move(loop)};
+    }
+
+    ProgramNode parseDefine(const Program::Row& headerRow, const std::string& argument) {
+        ProgramBody body = parseBody(headerRow.indent);
+        const std::size_t open = argument.find('(');
+        if (open == std::string::npos || argument.empty() || argument.back() != ')')
+            return invalidNode(headerRow.index, Mistake::defShape, std::move(body));
+        program::Define define{
+            headerRow.index, trimmed(argument.substr(0, open)),
+            splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
+            nullptr};
+        bool namesValid = Program::isValidName(define.name);
+        for (const auto& param : define.params)
+            namesValid = namesValid && Program::isValidName(param);
+        if (!namesValid)
+            return invalidNode(headerRow.index, Mistake::defNames, std::move(body));
+        define.body = std::make_shared<const ProgramBody>(std::move(body));
+        return {std::move(define)};
+    }
+
+    // A row is read once, so its text moves into the line.
+    static ProgramNode simpleStatement(Program::Row& current) {
+        const std::string& text = current.text;
+        if (text == "break")
+            return {program::BreakLoop{current.index}};
+        if (text == "continue")
+            return {program::ContinueLoop{current.index}};
+        if (text == "return")
+            return {program::Return{current.index, nullptr}};
+        if (startsWith(text, "return ") || startsWith(text, "return(")) {
+            try {
+                return {program::Return{current.index, Program::parseWholeExpression(text.substr(6))}};
+            } catch (const CalcError&) {
+                return invalidNode(current.index, Mistake::returnValue);
+            }
+        }
+        return {program::Line{current.index, std::move(current.text)}};
+    }
+
+    std::vector<Program::Row> m_rows;
+    std::size_t m_cursor = 0;
+};
+
+void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::optional<std::string>& home) {
+    for (const auto& node : nodes) {
+        if (const auto* define = node.as<program::Define>())
+            table[define->name] = ProgramFunction{define->name, define->params, define->body, home};
+    }
+}
+
+} // namespace
+
+namespace Program {
+
+Row makeRow(std::int64_t index, std::string_view line) {
+    Row row{index, indentWidth(line), trimmed(line), Row::Kind::code};
+    if (row.text.empty()) {
+        row.kind = Row::Kind::blank;
+    } else if (startsWith(row.text, "//") || startsWith(row.text, "＃")) {
+        row.kind = Row::Kind::comment;
+    } else if (row.text.front() == '#') {
+        // "#3" is a line reference and so code; any other "#" starts a note.
+        if (!startsWithNumber(std::string_view(row.text).substr(1)))
+            row.kind = Row::Kind::comment;
+    }
+    return row;
+}
+
+ProgramBody parse(const std::vector<std::string>& lines) {
+    std::vector<Row> rows;
+    rows.reserve(lines.size());
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        rows.push_back(makeRow(static_cast<std::int64_t>(i), lines[i]));
+    return TreeBuilder(std::move(rows)).parseAll();
+}
+
+FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home) {
+    FunctionTable table;
+    collectInto(table, nodes, home);
+    return table;
+}
+
+bool isValidName(std::string_view name) {
+    const std::u32string scalars = unicode::decode(name);
+    if (scalars.empty())
+        return false;
+    if (!unicode::isLetter(scalars.front()) && scalars.front() != U'_')
+        return false;
+    for (char32_t c : scalars) {
+        if (!unicode::isLetter(c) && !unicode::isNumber(c) && c != U'_')
+            return false;
+    }
+    return true;
+}
+
+ExprPtr parseWholeExpression(std::string_view text) {
+    Parser parser(tokenize(text));
+    ExprPtr expression = parser.parseExpression();
+    if (!parser.atEnd())
+        throw CalcError(
+            L10n::pick("式の書き方が正しくありません", "This expression isn’t written correctly"));
+    return expression;
+}
+
+} // namespace Program
+
+} // namespace lumo

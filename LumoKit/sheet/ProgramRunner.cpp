@@ -1,0 +1,443 @@
+#include "LumoKit/sheet/ProgramRunner.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Overloaded.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/values/Builtins.h"
+
+namespace lumo {
+
+namespace {
+
+// Thrown between the runner's own frames once the budget is exhausted; it never crosses the
+// evaluator (a function call turns it into the CalcError of the stop message).
+struct RunStopped {};
+
+// A failure that already names the other sheet it came from, so that callers further out
+// don't name a sheet again.
+class OtherSheetError final : public CalcError {
+public:
+    using CalcError::CalcError;
+};
+
+std::string withSheetName(const std::string& message, const std::string& sheet) {
+    return L10n::pick(message + "（" + sheet + " シートの）", message + " (from sheet “" + sheet + "”)");
+}
+
+std::string returnOutsideDefMessage() {
+    return L10n::pick("return は def の中だけで使えます", "return can only be used inside def");
+}
+
+std::string notIterableMessage() {
+    return L10n::pick("for で回せるのは range(…) と表 [1, 2, 3] と文字です",
+                      "for can loop over range(…), a list [1, 2, 3], or text");
+}
+
+std::string argumentCountMessage(const std::string& name, std::size_t count) {
+    const std::string n = std::to_string(count);
+    return L10n::pick(name + " は引数が " + n + " 個必要です",
+                      name + " needs " + n + (count == 1 ? " argument" : " arguments"));
+}
+
+std::string noReturnValueMessage(const std::string& name) {
+    return L10n::pick(name + " は値を返しません", name + " doesn’t return a value");
+}
+
+// A range bound cut to a whole number; far-out values are clamped so the counting stays exact.
+std::int64_t wholeBound(double number) {
+    constexpr double limit = 9.0e18;
+    if (std::isnan(number))
+        return 0;
+    return static_cast<std::int64_t>(std::trunc(std::clamp(number, -limit, limit)));
+}
+
+// Puts back what a function call changed in the context, however the call ends.
+class CallScope {
+public:
+    CallScope(LineContext& context, std::vector<std::optional<std::string>>& homeStack,
+              std::unordered_map<std::string, Value> arguments, const std::optional<std::string>& home)
+        : m_context(context), m_homeStack(homeStack), m_previous(context.previous),
+          m_mixedUnits(context.mixedUnits) {
+        m_context.budget.enterCall();
+        m_context.locals.push_back(std::move(arguments));
+        m_homeStack.push_back(home);
+    }
+    ~CallScope() {
+        m_homeStack.pop_back();
+        m_context.locals.pop_back();
+        m_context.previous = std::move(m_previous);
+        m_context.mixedUnits = m_mixedUnits;
+        m_context.budget.leaveCall();
+    }
+    CallScope(const CallScope&) = delete;
+    CallScope& operator=(const CallScope&) = delete;
+
+private:
+    LineContext& m_context;
+    std::vector<std::optional<std::string>>& m_homeStack;
+    std::optional<Value> m_previous;
+    bool m_mixedUnits;
+};
+
+} // namespace
+
+ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
+                             BudgetLimits limits)
+    : m_lines(std::move(lines)), m_context(limits), m_results(m_lines.size()),
+      m_visited(m_lines.size(), false), m_others(others) {}
+
+std::vector<LineResult> ProgramRunner::run() {
+    m_context.findFunction = [this](const std::string& name) { return findFunction(name); };
+    m_context.runFunction = [this](const ProgramFunction& function, const std::vector<Value>& args) {
+        return runFunction(function, args);
+    };
+    const ProgramBody program = Program::parse(m_lines);
+    showStructure(program);
+    try {
+        // A break, continue or return that reaches the top level ends nothing.
+        for (const auto& node : program) {
+            executeNode(node, LineCounting::counted);
+            stopIfExhausted();
+        }
+    } catch (const RunStopped&) {
+        fillUnreached();
+    }
+    return std::move(m_results);
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting) {
+    for (const auto& node : body) {
+        auto flow = executeNode(node, counting);
+        stopIfExhausted();
+        if (flow)
+            return flow;
+    }
+    return std::nullopt;
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, LineCounting counting) {
+    markVisited(node);
+    return std::visit(overloaded{
+                          [&](const program::Line& line) -> std::optional<ProgramFlow> {
+                              setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
+                              // A single line can be slow (a big plot, copying a long list), and a sheet of
+                              // many such lines must not hang the editor, so the clock bounds the whole run.
+                              m_context.budget.checkClock();
+                              return std::nullopt;
+                          },
+                          [&](const program::Blank&) -> std::optional<ProgramFlow> {
+                              if (m_context.locals.empty())
+                                  m_context.endBlock();
+                              return std::nullopt;
+                          },
+                          [&](const program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const program::IfChain& chain) { return executeIf(chain, counting); },
+                          [&](const program::ForLoop& loop) { return executeFor(loop); },
+                          [&](const program::WhileLoop& loop) { return executeWhile(loop); },
+                          [&](const program::Define& define) -> std::optional<ProgramFlow> {
+                              // Defs met inside another sheet's function stay with that sheet.
+                              if (currentOwner() == LineOwner::thisSheet)
+                                  m_context.functions.insert_or_assign(
+                                      define.name,
+                                      ProgramFunction{define.name, define.params, define.body, std::nullopt});
+                              return std::nullopt;
+                          },
+                          [&](const program::Return& statement) { return executeReturn(statement); },
+                          [&](const program::BreakLoop&) -> std::optional<ProgramFlow> {
+                              return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
+                          },
+                          [&](const program::ContinueLoop&) -> std::optional<ProgramFlow> {
+                              return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
+                          },
+                      },
+                      node.node);
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chain, LineCounting counting) {
+    for (const auto& branch : chain.branches) {
+        markLine(branch.index);
+        if (branch.condition) {
+            bool holds = false;
+            try {
+                holds = truthiness(Evaluator(&m_context).evaluate(*branch.condition));
+            } catch (const CalcError& error) {
+                failLine(branch.index, error.message());
+                return std::nullopt;
+            }
+            setResult(branch.index, {});
+            if (!holds)
+                continue;
+        }
+        return executeBlock(branch.body, counting);
+    }
+    return std::nullopt;
+}
+
+bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body,
+                            std::optional<ProgramFlow>& flow) {
+    try {
+        flow = executeBlock(body, LineCounting::uncounted);
+    } catch (const RunStopped&) {
+        failLine(headerIndex, m_context.budget.stopMessage());
+        throw;
+    }
+    if (!flow || flow->kind == ProgramFlow::Kind::continueLoop) {
+        flow.reset();
+        return false;
+    }
+    if (flow->kind == ProgramFlow::Kind::breakLoop)
+        flow.reset();
+    return true;
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loop) {
+    std::vector<Value> items;
+    try {
+        items = iterationItems(*loop.iterable);
+    } catch (const CalcError& error) {
+        failLine(loop.index, error.message());
+        stopIfExhausted();
+        return std::nullopt;
+    }
+    setResult(loop.index, {});
+    std::optional<ProgramFlow> flow;
+    for (auto& item : items) {
+        m_context.assign(loop.name, std::move(item));
+        try {
+            m_context.budget.takeStep();
+        } catch (const CalcError& error) {
+            failLine(loop.index, error.message());
+            throw RunStopped{};
+        }
+        if (runPass(loop.index, loop.body, flow))
+            break;
+    }
+    return flow;
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop& loop) {
+    setResult(loop.index, {});
+    std::optional<ProgramFlow> flow;
+    while (true) {
+        try {
+            if (!truthiness(Evaluator(&m_context).evaluate(*loop.condition)))
+                break;
+            m_context.budget.takeStep();
+        } catch (const CalcError& error) {
+            failLine(loop.index, error.message());
+            stopIfExhausted();
+            break;
+        }
+        if (runPass(loop.index, loop.body, flow))
+            break;
+    }
+    return flow;
+}
+
+std::optional<ProgramFlow> ProgramRunner::executeReturn(const program::Return& statement) {
+    if (m_context.locals.empty()) {
+        failLine(statement.index, returnOutsideDefMessage());
+        return std::nullopt;
+    }
+    ProgramFlow flow{ProgramFlow::Kind::ret, std::nullopt};
+    if (statement.value) {
+        try {
+            flow.value = Evaluator(&m_context).evaluate(*statement.value);
+        } catch (const CalcError& error) {
+            failLine(statement.index, error.message());
+            throw;
+        }
+        setResult(statement.index, {LineOutcome::makeValue(*flow.value), std::nullopt});
+    }
+    return flow;
+}
+
+std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
+    if (const auto* call = iterable.as<expr::Call>(); call && unicode::toLower(call->name) == "range")
+        return rangeItems(*call);
+    Value value = Evaluator(&m_context).evaluate(iterable);
+    if (value.isList())
+        return std::move(value.items);
+    if (value.isText()) {
+        std::vector<Value> characters;
+        for (auto& character : unicode::graphemes(value.text))
+            characters.push_back(Value::makeText(std::move(character)));
+        return characters;
+    }
+    throw CalcError(notIterableMessage());
+}
+
+std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call) {
+    if (call.args.empty() || call.args.size() > 3)
+        throw CalcError(L10n::pick("range(終わり) / range(始め, 終わり) / range(始め, 終わり, 刻み)",
+                                   "Use range(end), range(start, end), or range(start, end, step)"));
+    std::vector<std::int64_t> bounds;
+    for (const auto& argument : call.args) {
+        const Value value = withoutPercent(Evaluator(&m_context).evaluate(*argument));
+        if (!value.isNumber()) {
+            const std::string kind = kindName(value);
+            throw CalcError(L10n::pick("range に" + kind + "は使えません", "range can’t take " + kind));
+        }
+        if (value.unit)
+            throw CalcError(L10n::pick("range に単位は使えません", "range can’t take a unit"));
+        bounds.push_back(wholeBound(value.number));
+    }
+    const std::int64_t start = bounds.size() == 1 ? 0 : bounds[0];
+    const std::int64_t end = bounds.size() == 1 ? bounds[0] : bounds[1];
+    const std::int64_t step = bounds.size() == 3 ? bounds[2] : 1;
+    if (step == 0)
+        throw CalcError(L10n::pick("range の刻みに 0 は使えません", "The range step can’t be 0"));
+    // Passes beyond what the budget still allows would fail anyway; one more is enough to fail it.
+    const ProgramBudget& budget = m_context.budget;
+    const auto passLimit =
+        static_cast<std::size_t>(std::max<std::int64_t>(budget.limits().maxSteps - budget.steps(), 0)) + 1;
+    std::vector<Value> items;
+    for (std::int64_t value = start; step > 0 ? value < end : value > end;) {
+        items.push_back(Value::plain(static_cast<double>(value)));
+        if (items.size() >= passLimit || __builtin_add_overflow(value, step, &value))
+            break;
+    }
+    return items;
+}
+
+const ProgramFunction* ProgramRunner::findFunction(const std::string& name) {
+    const auto lookIn = [&name](const FunctionTable& table) -> const ProgramFunction* {
+        const auto found = table.find(name);
+        return found == table.end() ? nullptr : &found->second;
+    };
+    if (!m_homeStack.empty() && m_homeStack.back()) {
+        for (const auto& [sheet, table] : sharedDefinitions()) {
+            if (sheet == *m_homeStack.back()) {
+                if (const auto* function = lookIn(table))
+                    return function;
+                break;
+            }
+        }
+    }
+    if (const auto* function = lookIn(m_context.functions))
+        return function;
+    if (isBuiltinFunction(unicode::toLower(name)))
+        return nullptr;
+    for (const auto& [sheet, table] : sharedDefinitions()) {
+        if (const auto* function = lookIn(table))
+            return function;
+    }
+    return nullptr;
+}
+
+Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vector<Value>& args) {
+    if (args.size() != function.params.size())
+        throw CalcError(argumentCountMessage(function.name, function.params.size()));
+    // The table entry may be replaced while the body runs (a def of the same name inside it).
+    const ProgramFunction called = function;
+    std::unordered_map<std::string, Value> arguments;
+    for (std::size_t i = 0; i < args.size(); ++i)
+        arguments.insert_or_assign(called.params[i], args[i]);
+    try {
+        CallScope scope(m_context, m_homeStack, std::move(arguments), called.home);
+        return runBody(called);
+    } catch (const OtherSheetError&) {
+        throw;
+    } catch (const CalcError& error) {
+        if (called.home)
+            throw OtherSheetError(withSheetName(error.message(), *called.home));
+        throw;
+    }
+}
+
+Value ProgramRunner::runBody(const ProgramFunction& function) {
+    std::optional<ProgramFlow> flow;
+    try {
+        flow = executeBlock(*function.body, LineCounting::uncounted);
+    } catch (const RunStopped&) {
+        throw CalcError(m_context.budget.stopMessage());
+    }
+    if (flow && flow->kind == ProgramFlow::Kind::ret && flow->value)
+        return std::move(*flow->value);
+    throw CalcError(noReturnValueMessage(function.name));
+}
+
+const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions() {
+    if (!m_sharedCache) {
+        m_sharedCache.emplace();
+        for (const auto& sheet : m_others) {
+            const ProgramBody nodes = Program::parse(unicode::splitLines(sheet.text));
+            m_sharedCache->emplace_back(sheet.name, Program::collectDefinitions(nodes, sheet.name));
+        }
+    }
+    return *m_sharedCache;
+}
+
+LineOwner ProgramRunner::currentOwner() const {
+    return !m_homeStack.empty() && m_homeStack.back() ? LineOwner::otherSheet : LineOwner::thisSheet;
+}
+
+void ProgramRunner::setResult(std::int64_t index, LineResult result) {
+    if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
+        static_cast<std::size_t>(index) < m_results.size())
+        m_results[static_cast<std::size_t>(index)] = std::move(result);
+}
+
+void ProgramRunner::failLine(std::int64_t index, const std::string& message) {
+    setResult(index, {LineOutcome::makeFailure(message), std::nullopt});
+}
+
+// Only the line a node stands on is reached by executing it: the lines of a body are reached
+// when the body runs, and an if chain's headers as the chain comes to them.
+void ProgramRunner::markVisited(const ProgramNode& node) {
+    std::visit(overloaded{
+                   [](const program::IfChain&) {},
+                   [&](const auto& simple) { markLine(simple.index); },
+               },
+               node.node);
+}
+
+void ProgramRunner::markLine(std::int64_t index) {
+    if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
+        static_cast<std::size_t>(index) < m_visited.size())
+        m_visited[static_cast<std::size_t>(index)] = true;
+}
+
+// Notes and structural mistakes show wherever they stand, even in code that never runs.
+void ProgramRunner::showStructure(const ProgramBody& body) {
+    for (const auto& node : body) {
+        std::visit(overloaded{
+                       [&](const program::Comment& comment) {
+                           m_results[static_cast<std::size_t>(comment.index)].outcome =
+                               LineOutcome::makeComment();
+                       },
+                       [&](const program::Invalid& invalid) {
+                           failLine(invalid.index, invalid.message);
+                           showStructure(invalid.body);
+                       },
+                       [&](const program::IfChain& chain) {
+                           for (const auto& branch : chain.branches)
+                               showStructure(branch.body);
+                       },
+                       [&](const program::ForLoop& loop) { showStructure(loop.body); },
+                       [&](const program::WhileLoop& loop) { showStructure(loop.body); },
+                       [&](const program::Define& define) { showStructure(*define.body); },
+                       [&](const auto&) {},
+                   },
+                   node.node);
+    }
+}
+
+void ProgramRunner::fillUnreached() {
+    const std::string message = m_context.budget.stopMessage();
+    for (std::size_t i = 0; i < m_lines.size(); ++i) {
+        if (!m_visited[i] && !unicode::trim(m_lines[i]).empty())
+            m_results[i] = {LineOutcome::makeFailure(message), std::nullopt};
+    }
+}
+
+void ProgramRunner::stopIfExhausted() const {
+    if (m_context.budget.exhausted())
+        throw RunStopped{};
+}
+
+} // namespace lumo

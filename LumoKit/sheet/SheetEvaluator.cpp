@@ -1,0 +1,43 @@
+#include "LumoKit/sheet/SheetEvaluator.h"
+
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/ProgramRunner.h"
+
+namespace lumo {
+
+LineOutcome LineOutcome::makeValue(Value value) {
+    LineOutcome outcome;
+    outcome.kind = Kind::value;
+    outcome.value = std::move(value);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makePlot(PlotSpec plot) {
+    LineOutcome outcome;
+    outcome.kind = Kind::plot;
+    outcome.plot = std::move(plot);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makeFailure(std::string message) {
+    LineOutcome outcome;
+    outcome.kind = Kind::failure;
+    outcome.message = std::move(message);
+    return outcome;
+}
+
+LineOutcome LineOutcome::makeComment() {
+    LineOutcome outcome;
+    outcome.kind = Kind::comment;
+    return outcome;
+}
+
+namespace DocumentEvaluator {
+
+std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others) {
+    return ProgramRunner(unicode::splitLines(text), others).run();
+}
+
+} // namespace DocumentEvaluator
+
+} // namespace lumo

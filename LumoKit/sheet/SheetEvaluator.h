@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/values/Value.h"
+
+namespace lumo {
+
+/// Another sheet of the same document, as a run sees it.
+struct SharedSheet {
+    std::string name;
+    std::string text;
+};
+
+/// What one line came to.
+struct LineOutcome {
+    enum class Kind { value, plot, failure, blank, comment };
+
+    Kind kind = Kind::blank;
+    Value value;         // for `value`
+    PlotSpec plot;       // for `plot`
+    std::string message; // for `failure`
+
+    static LineOutcome makeValue(Value value);
+    static LineOutcome makePlot(PlotSpec plot);
+    static LineOutcome makeFailure(std::string message);
+    static LineOutcome makeComment();
+};
+
+/// One result per line of a sheet, in line order.
+struct LineResult {
+    LineOutcome outcome;
+    std::optional<std::string> name;
+};
+
+/// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
+/// LineResult per line. Stateless; every call is a fresh run inside the run budget.
+namespace DocumentEvaluator {
+std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others);
+} // namespace DocumentEvaluator
+
+} // namespace lumo

@@ -1,0 +1,431 @@
+#include "LumoKit/values/Evaluator.h"
+
+#include <atomic>
+#include <cmath>
+#include <utility>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Overloaded.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/Units.h"
+
+namespace lumo {
+
+namespace {
+
+// Read on every trigonometric call and written by the settings, possibly from another thread.
+std::atomic<bool> s_degrees{false};
+
+UnitRef findUnit(const std::string& name) {
+    return UnitRegistry::shared().find(name);
+}
+
+[[noreturn]] void throwUnknownUnit(const std::string& name) {
+    throw CalcError(L10n::pick(name + " という単位は知りません", "Unknown unit “" + name + "”"));
+}
+
+[[noreturn]] void throwUndefinedName(const std::string& name) {
+    // A lower-case letter that names a unit in upper case (b, k, n, j …) is most likely that unit.
+    if (unicode::graphemeCount(name) == 1) {
+        const std::string upper = unicode::toUpper(name);
+        if (upper != name) {
+            if (const UnitRef unit = findUnit(upper)) {
+                throw CalcError(L10n::pick(name + " が定義されていません（単位の " + unit->display +
+                                               " なら " + upper + " と大文字で書きます）",
+                                           name + " is not defined (for the unit " + unit->display +
+                                               ", write it uppercase: " + upper + ")"));
+            }
+        }
+    }
+    throw CalcError(L10n::pick(name + " が定義されていません", name + " is not defined"));
+}
+
+bool isOrdering(const std::string& op) {
+    return op != "==" && op != "!=";
+}
+
+Value boolValue(bool truth) {
+    return Value::plain(truth ? 1 : 0);
+}
+
+bool compareNumbers(const std::string& op, double a, double b) {
+    if (op == "==")
+        return a == b;
+    if (op == "!=")
+        return a != b;
+    if (op == "<")
+        return a < b;
+    if (op == "<=")
+        return a <= b;
+    if (op == ">")
+        return a > b;
+    return a >= b;
+}
+
+bool orderSays(const std::string& op, int order) {
+    if (op == "==")
+        return order == 0;
+    if (op == "!=")
+        return order != 0;
+    if (op == "<")
+        return order < 0;
+    if (op == "<=")
+        return order <= 0;
+    if (op == ">")
+        return order > 0;
+    return order >= 0;
+}
+
+bool listsEqual(const Value& left, const Value& right) {
+    if (left.items.size() != right.items.size())
+        return false;
+    for (std::size_t i = 0; i < left.items.size(); ++i) {
+        if (compareValues("==", left.items[i], right.items[i]).number == 0)
+            return false;
+    }
+    return true;
+}
+
+// Walks one expression tree; holds only the evaluator it serves.
+class TreeWalker {
+public:
+    explicit TreeWalker(const Evaluator& evaluator) : m_evaluator(evaluator) {}
+
+    Value walk(const Expr& expression) const {
+        return std::visit(
+            overloaded{
+                [](const expr::Number& node) { return Value::plain(node.value); },
+                [](const expr::Text& node) { return Value::makeText(node.value); },
+                [this](const expr::List& node) { return list(node); },
+                [this](const expr::Index& node) {
+                    const Value target = walk(*node.target);
+                    return indexValue(target, walk(*node.position));
+                },
+                [this](const expr::Identifier& node) { return identifier(node.name); },
+                [this](const expr::Ref& node) { return ref(node.line); },
+                [this](const expr::Unary& node) { return unary(node); },
+                [this](const expr::Binary& node) { return binary(node); },
+                [this](const expr::Percent& node) { return percent(node); },
+                [this](const expr::UnitApply& node) { return unitApply(node); },
+                [this](const expr::Call& node) { return callFunction(node.name, node.args, m_evaluator); },
+                [this](const expr::Convert& node) { return convertTo(node); },
+                [this](const expr::PercentOf& node) { return percentOf(node); },
+            },
+            expression.node);
+    }
+
+private:
+    EvalContext& context() const { return m_evaluator.context(); }
+
+    Value list(const expr::List& node) const {
+        std::vector<Value> items;
+        items.reserve(node.items.size());
+        std::size_t weight = 1;
+        for (const ExprPtr& item : node.items) {
+            items.push_back(walk(*item));
+            weight += valueWeight(items.back());
+            if (weight > maxValueWeight())
+                throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+        }
+        return Value::list(std::move(items));
+    }
+
+    Value identifier(const std::string& name) const {
+        if (auto value = context().valueOf(name))
+            return std::move(*value);
+        if (auto constant = constantValue(name))
+            return std::move(*constant);
+        if (const UnitRef unit = findUnit(name))
+            return Value::withUnit(1, unit);
+        throwUndefinedName(name);
+    }
+
+    Value ref(std::int64_t line) const {
+        if (auto value = context().answerOnLine(line))
+            return std::move(*value);
+        const std::string number = std::to_string(line);
+        throw CalcError(L10n::pick("#" + number + " が見つかりません", "#" + number + " not found"));
+    }
+
+    Value unary(const expr::Unary& node) const {
+        Value operand = walk(*node.operand);
+        if (node.op == "not")
+            return boolValue(!truthiness(operand));
+        if (node.op != "-")
+            return operand;
+        if (!operand.isNumber()) {
+            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に \u2212 は付けられません",
+                                       "Can’t negate " + kindNameEnglish(operand)));
+        }
+        operand.number = -operand.number;
+        return operand;
+    }
+
+    Value binary(const expr::Binary& node) const {
+        // Compared as a view, so that operators of different lengths differ at once.
+        const std::string_view op = node.op;
+        if (op == "and" || op == "or") {
+            Value left = walk(*node.left);
+            // Short-circuit: the right side is not even looked at once the left decides.
+            if (truthiness(left) == (op == "or"))
+                return left;
+            return walk(*node.right);
+        }
+        const Value left = walk(*node.left);
+        const Value right = walk(*node.right);
+        switch (op.size() == 1 ? op.front() : '\0') {
+        case '+':
+            return add(left, right);
+        case '-':
+            return subtract(left, right);
+        case '*':
+            return multiply(left, right);
+        case '/':
+            return divide(left, right);
+        case '^':
+            return power(left, right);
+        default:
+            break;
+        }
+        if (isComparisonOperator(op))
+            return compareValues(node.op, left, right);
+        throw CalcError(
+            L10n::pick("「" + node.op + "」は使えません", "“" + node.op + "” can’t be used here"));
+    }
+
+    Value percent(const expr::Percent& node) const {
+        Value operand = walk(*node.operand);
+        if (!operand.isNumber()) {
+            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に % は付けられません",
+                                       "Can’t attach % to " + kindNameEnglish(operand)));
+        }
+        if (operand.unit) {
+            throw CalcError(
+                L10n::pick("単位のある値に % は付けられません", "% can’t follow a value with a unit"));
+        }
+        operand.isPercent = true;
+        return operand;
+    }
+
+    // True for a name the context knows, or a juxtaposition made only of such names.
+    bool isKnownNameChain(const Expr& expression) const {
+        if (const auto* name = expression.as<expr::Identifier>())
+            return context().valueOf(name->name).has_value();
+        if (const auto* apply = expression.as<expr::UnitApply>()) {
+            return isKnownNameChain(*apply->operand) && context().valueOf(apply->unit).has_value();
+        }
+        return false;
+    }
+
+    Value unitApply(const expr::UnitApply& node) const {
+        const Value operand = walk(*node.operand);
+        if (auto named = context().valueOf(node.unit)) {
+            // "rent food" lists amounts to be summed; "3 x" is a coefficient times a variable.
+            if (isKnownNameChain(*node.operand))
+                return add(operand, *named);
+            return multiply(operand, *named);
+        }
+        const UnitRef unit = findUnit(node.unit);
+        if (!unit) {
+            // "2 pi" means 2π: a constant after a number is a factor, never a unit.
+            if (auto constant = constantValue(node.unit))
+                return multiply(operand, *constant);
+            throwUnknownUnit(node.unit);
+        }
+        return attachUnit(operand, unit);
+    }
+
+    static Value attachUnit(const Value& operand, const UnitRef& unit) {
+        if (!operand.isNumber()) {
+            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に単位は付けられません",
+                                       "Can’t attach a unit to " + kindNameEnglish(operand)));
+        }
+        if (operand.isPercent) {
+            throw CalcError(L10n::pick("パーセントに " + unit->display + " は付けられません",
+                                       "Can’t attach " + unit->display + " to a percentage"));
+        }
+        if (!operand.unit)
+            return Value::withUnit(operand.number, unit);
+        if (operand.unit->sameDimensions(*unit)) {
+            const std::string& present = operand.unit->display;
+            throw CalcError(L10n::pick(present + " にさらに " + unit->display + " は付けられません",
+                                       "Can’t add " + unit->display + " on top of " + present));
+        }
+        return multiply(operand, Value::withUnit(1, unit));
+    }
+
+    Value convertTo(const expr::Convert& node) const {
+        const Value operand = withoutPercent(walk(*node.operand));
+        const UnitRef target = findUnit(node.target);
+        if (!target)
+            throwUnknownUnit(node.target);
+        if (!operand.isNumber()) {
+            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に単位は付けられません",
+                                       "Can’t attach a unit to " + kindNameEnglish(operand)));
+        }
+        // A plain number is read as already being in the target unit, as addition does.
+        if (!operand.unit)
+            return Value::withUnit(operand.number, target);
+        return Value::withUnit(convert(operand.number, *operand.unit, *target), target);
+    }
+
+    Value percentOf(const expr::PercentOf& node) const {
+        const Value left = walk(*node.percentage);
+        const Value right = walk(*node.base);
+        if (!left.isNumber() || !right.isNumber())
+            throwKindMismatch(left, right, "of");
+        if (!left.isPercent)
+            return multiply(left, right);
+        const double figure = left.number * right.number / 100;
+        if (right.isPercent)
+            return Value::percent(figure);
+        return right.unit ? Value::withUnit(figure, right.unit) : Value::plain(figure);
+    }
+
+    const Evaluator& m_evaluator;
+};
+
+} // namespace
+
+namespace AngleMode {
+bool degrees() {
+    return s_degrees.load(std::memory_order_relaxed);
+}
+void setDegrees(bool degrees) {
+    s_degrees.store(degrees, std::memory_order_relaxed);
+}
+} // namespace AngleMode
+
+std::optional<Value> constantValue(std::string_view name) {
+    struct Constant {
+        std::string_view name;
+        double value;
+    };
+    static constexpr Constant constants[] = {
+        {"pi", 3.141592653589793},
+        {"π", 3.141592653589793},
+        {"PI", 3.141592653589793},
+        {"e", 2.718281828459045},
+        {"tau", 6.283185307179586},
+        {"τ", 6.283185307179586},
+        {"True", 1},
+        {"False", 0},
+    };
+    for (const Constant& constant : constants) {
+        if (constant.name == name)
+            return Value::plain(constant.value);
+    }
+    return std::nullopt;
+}
+
+bool isConstantName(std::string_view name) {
+    return constantValue(name).has_value();
+}
+
+Value Evaluator::evaluate(const Expr& expression) const {
+    return TreeWalker(*this).walk(expression);
+}
+
+EvalContext& Evaluator::context() const {
+    // Stateless, so one shared instance serves every evaluator built without a context.
+    static EmptyContext empty;
+    return m_context ? *m_context : empty;
+}
+
+bool truthiness(const Value& value) {
+    switch (value.kind) {
+    case Value::Kind::list:
+        return !value.items.empty();
+    case Value::Kind::text:
+        return !value.text.empty();
+    case Value::Kind::number:
+        return value.number != 0;
+    }
+    return false;
+}
+
+Value compareValues(const std::string& op, const Value& left, const Value& right) {
+    if (left.isNumber() && right.isNumber()) {
+        const Value a = withoutPercent(left);
+        const Value b = withoutPercent(right);
+        if (a.unit && b.unit && !a.unit->sameDimensions(*b.unit) && !isOrdering(op))
+            return boolValue(op == "!=");
+        const AlignedNumbers aligned = alignUnits(a, b); // throws the addition message for an ordering
+        return boolValue(compareNumbers(op, aligned.left, aligned.right));
+    }
+    if (left.isText() && right.isText())
+        return boolValue(orderSays(op, compareTexts(left.text, right.text)));
+    if (left.isList() && right.isList()) {
+        if (isOrdering(op)) {
+            throw CalcError(L10n::pick("表どうしは大小を比べられません",
+                                       "Lists can be checked for equality, but not ordered"));
+        }
+        return boolValue(listsEqual(left, right) == (op == "=="));
+    }
+    if (isOrdering(op)) {
+        throw CalcError(
+            L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は大小を比べられません",
+                       kindNameEnglish(left) + " and " + kindNameEnglish(right) + " can’t be ordered"));
+    }
+    return boolValue(op == "!=");
+}
+
+int compareTexts(std::string_view a, std::string_view b) {
+    const std::u32string left = unicode::decode(unicode::nfc(a));
+    const std::u32string right = unicode::decode(unicode::nfc(b));
+    const int order = left.compare(right);
+    return (order > 0) - (order < 0);
+}
+
+namespace {
+
+// Checks a position and returns it as a whole number; the target's kind is checked after.
+std::int64_t indexPosition(const Value& position) {
+    const Value plain = withoutPercent(position);
+    const bool whole = plain.isNumber() && !plain.unit && std::isfinite(plain.number) &&
+                       plain.number == std::round(plain.number);
+    if (!whole) {
+        throw CalcError(L10n::pick("[ ] の中は、単位の無い整数で書きます",
+                                   "The index in [ ] must be a whole number without a unit"));
+    }
+    if (std::fabs(plain.number) > 1e9) {
+        throw CalcError(L10n::pick("[ ] の中の数が大きすぎます", "The index in [ ] is too large"));
+    }
+    return static_cast<std::int64_t>(plain.number);
+}
+
+[[noreturn]] void throwNoItem(const Value& target, std::int64_t position, std::size_t count) {
+    const bool isList = target.isList();
+    const std::string labelJapanese = isList ? "表" : "文字";
+    const std::string labelEnglish = isList ? "The list" : "The text";
+    const std::string i = std::to_string(position);
+    if (count == 0) {
+        throw CalcError(L10n::pick("空の" + labelJapanese + "には " + i + " 番目がありません",
+                                   "An empty " + labelEnglish + " has no item " + i));
+    }
+    const std::string last = std::to_string(count - 1);
+    throw CalcError(L10n::pick(labelJapanese + "の " + i + " 番目はありません（0〜" + last + "）",
+                               labelEnglish + " has no item " + i + " (valid: 0–" + last + ")"));
+}
+
+} // namespace
+
+Value indexValue(const Value& target, const Value& position) {
+    const std::int64_t i = indexPosition(position);
+    if (target.isNumber()) {
+        throw CalcError(L10n::pick("数に [ ] は付けられません", "[ ] can’t be used on a number"));
+    }
+    std::vector<std::string> characters;
+    if (target.isText())
+        characters = unicode::graphemes(target.text);
+    const std::size_t count = target.isList() ? target.items.size() : characters.size();
+    const std::int64_t n = static_cast<std::int64_t>(count);
+    const std::int64_t effective = i < 0 ? i + n : i;
+    if (effective < 0 || effective >= n)
+        throwNoItem(target, i, count);
+    const auto at = static_cast<std::size_t>(effective);
+    return target.isList() ? target.items[at] : Value::makeText(characters[at]);
+}
+
+} // namespace lumo

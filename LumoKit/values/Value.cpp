@@ -1,0 +1,321 @@
+#include "LumoKit/values/Value.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+
+namespace lumo {
+
+namespace {
+
+// The largest power a value with a unit may be raised to, either way.
+constexpr double maxUnitPower = 9;
+// Repetition counts are clamped to one past the largest size, which is enough to fail.
+constexpr double maxRepeatCount = 100001;
+// Texts are measured in characters, but one character may hold any number of combining
+// marks; this bound on bytes keeps such texts from growing without limit all the same.
+constexpr std::size_t maxTextBytes = maxTextLength * 64;
+
+[[noreturn]] void throwTextTooLong() {
+    throw CalcError(L10n::pick("文字が長すぎます", "The text is too long"));
+}
+
+[[noreturn]] void throwListTooBig() {
+    throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+}
+
+// Sums that come out this close to zero relative to their operands are decimal noise:
+// 0.1 + 0.2 − 0.3 is 0, not 5.55e-17.
+double cancelNoise(double result, double left, double right) {
+    const double largest = std::max(std::fabs(left), std::fabs(right));
+    if (largest != 0 && std::fabs(result) < largest * 1e-14)
+        return 0;
+    return result;
+}
+
+enum class Sign { plus, minus };
+
+double addOrSubtract(double left, double right, Sign sign) {
+    return cancelNoise(sign == Sign::plus ? left + right : left - right, left, right);
+}
+
+// Add and subtract share their percent rules and their unit alignment.
+Value addNumbers(const Value& left, const Value& right, Sign sign) {
+    if (left.isPercent && right.isPercent)
+        return Value::percent(addOrSubtract(left.number, right.number, sign));
+    if (right.isPercent) {
+        // 200 + 10% is 220: the percent is taken of the left operand, in its unit.
+        const double change = left.number * right.number / 100;
+        Value result = left;
+        result.number = addOrSubtract(left.number, change, sign);
+        return result;
+    }
+    const AlignedNumbers aligned = alignUnits(withoutPercent(left), right);
+    return Value::withUnit(addOrSubtract(aligned.left, aligned.right, sign), aligned.unit);
+}
+
+[[noreturn]] void throwCannotJoin(const Value& other) {
+    throw CalcError(
+        L10n::pick("文字と" + kindNameJapanese(other) + "は + でつなげません（str(値) で文字にできます）",
+                   "Text and " + kindNameEnglish(other) + " can't be joined with + (str(value) makes text)"));
+}
+
+} // namespace
+
+std::size_t valueWeight(const Value& value, std::size_t limit) {
+    if (value.isText())
+        return 1 + value.text.size() / 64;
+    if (!value.isList())
+        return 1;
+    std::size_t weight = 1;
+    for (const auto& item : value.items) {
+        weight += valueWeight(item, limit);
+        if (weight > limit)
+            break;
+    }
+    return weight;
+}
+
+std::string kindNameJapanese(const Value& value) {
+    switch (value.kind) {
+    case Value::Kind::list:
+        return "表";
+    case Value::Kind::text:
+        return "文字";
+    case Value::Kind::number:
+        break;
+    }
+    return "数";
+}
+
+std::string kindNameEnglish(const Value& value) {
+    switch (value.kind) {
+    case Value::Kind::list:
+        return "a list";
+    case Value::Kind::text:
+        return "text";
+    case Value::Kind::number:
+        break;
+    }
+    return "a number";
+}
+
+namespace {
+
+Value joinTexts(const Value& left, const Value& right) {
+    if (unicode::graphemeCount(left.text) + unicode::graphemeCount(right.text) > maxTextLength ||
+        left.text.size() + right.text.size() > maxTextBytes)
+        throwTextTooLong();
+    return Value::makeText(left.text + right.text);
+}
+
+Value joinLists(const Value& left, const Value& right) {
+    if (left.items.size() + right.items.size() > maxListItems ||
+        valueWeight(left) + valueWeight(right) > maxValueWeight())
+        throwListTooBig();
+    std::vector<Value> items;
+    items.reserve(left.items.size() + right.items.size());
+    items.insert(items.end(), left.items.begin(), left.items.end());
+    items.insert(items.end(), right.items.begin(), right.items.end());
+    return Value::list(std::move(items));
+}
+
+std::size_t repeatCount(const Value& repeated, const Value& count) {
+    const bool whole = count.isNumber() && !count.unit && std::isfinite(count.number) &&
+                       count.number == std::round(count.number);
+    if (!whole)
+        throw CalcError(L10n::pick(kindNameJapanese(repeated) + "をくり返す回数は、単位の無い整数で書きます",
+                                   "The repeat count must be a whole number without a unit"));
+    return static_cast<std::size_t>(std::clamp(count.number, 0.0, maxRepeatCount));
+}
+
+// The size limit is checked by division before anything is built, so a huge count never
+// overflows or allocates.
+Value repeat(const Value& repeated, const Value& countValue) {
+    const std::size_t count = repeatCount(repeated, countValue);
+    if (repeated.isList()) {
+        const std::size_t size = repeated.items.size();
+        if (size != 0 && (maxListItems / size < count || maxValueWeight() / valueWeight(repeated) < count))
+            throwListTooBig();
+        std::vector<Value> items;
+        items.reserve(size * count);
+        for (std::size_t i = 0; i < count; ++i)
+            items.insert(items.end(), repeated.items.begin(), repeated.items.end());
+        return Value::list(std::move(items));
+    }
+    const std::size_t length = unicode::graphemeCount(repeated.text);
+    if (length != 0 && (maxTextLength / length < count || maxTextBytes / repeated.text.size() < count))
+        throwTextTooLong();
+    std::string text;
+    text.reserve(repeated.text.size() * count);
+    for (std::size_t i = 0; i < count; ++i)
+        text += repeated.text;
+    return Value::makeText(std::move(text));
+}
+
+bool isRepeatable(const Value& value) {
+    return value.isList() || value.isText();
+}
+
+Value combineNumbers(const Value& left, const Value& right, double number, int exponentSign) {
+    const CombinedUnit combined = combineUnits(left.unit, right.unit, exponentSign);
+    return Value::withUnit(number * combined.factor, combined.unit);
+}
+
+void requireWholeUnitPower(double exponent) {
+    // std::round takes halves away from zero, as the rule for unit powers wants.
+    if (exponent != std::round(exponent) || std::fabs(exponent) > maxUnitPower)
+        throw CalcError(L10n::pick("単位のある値は整数乗だけできます",
+                                   "Values with units can only be raised to whole-number powers"));
+}
+
+} // namespace
+
+Value Value::plain(double number) {
+    Value value;
+    value.number = number;
+    return value;
+}
+
+Value Value::withUnit(double number, UnitRef unit) {
+    Value value;
+    value.number = number;
+    value.unit = std::move(unit);
+    return value;
+}
+
+Value Value::percent(double figure) {
+    Value value;
+    value.number = figure;
+    value.isPercent = true;
+    return value;
+}
+
+Value Value::list(std::vector<Value> items) {
+    Value value;
+    value.kind = Kind::list;
+    value.items = std::move(items);
+    return value;
+}
+
+Value Value::makeText(std::string text) {
+    Value value;
+    value.kind = Kind::text;
+    value.text = std::move(text);
+    return value;
+}
+
+bool Value::operator==(const Value& other) const {
+    if (kind != other.kind)
+        return false;
+    switch (kind) {
+    case Kind::list:
+        return items == other.items;
+    case Kind::text:
+        return text == other.text;
+    case Kind::number:
+        break;
+    }
+    return number == other.number && isPercent == other.isPercent && sameUnit(unit, other.unit);
+}
+
+std::string kindName(const Value& value) {
+    return L10n::pick(kindNameJapanese(value), kindNameEnglish(value));
+}
+
+Value withoutPercent(const Value& value) {
+    if (!value.isNumber() || !value.isPercent)
+        return value;
+    return Value::plain(value.number / 100);
+}
+
+AlignedNumbers alignUnits(const Value& left, const Value& right) {
+    if (!left.isNumber() || !right.isNumber())
+        throwKindMismatch(left, right, "この計算", "this calculation");
+    if (!left.unit || !right.unit)
+        return {left.number, right.number, left.unit ? left.unit : right.unit};
+    if (!left.unit->sameDimensions(*right.unit)) {
+        const std::string& a = left.unit->display;
+        const std::string& b = right.unit->display;
+        throw CalcError(L10n::pick(a + " と " + b + " は足し引きできません",
+                                   a + " and " + b + " can't be added together"));
+    }
+    return {left.number, convert(right.number, *right.unit, *left.unit), left.unit};
+}
+
+void throwKindMismatch(const Value& left, const Value& right, std::string_view op) {
+    throwKindMismatch(left, right, op, op);
+}
+
+void throwKindMismatch(const Value& left, const Value& right, std::string_view opJapanese,
+                       std::string_view opEnglish) {
+    throw CalcError(L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は " +
+                                   std::string(opJapanese) + " で計算できません",
+                               std::string(opEnglish) + " doesn't work between " + kindNameEnglish(left) +
+                                   " and " + kindNameEnglish(right)));
+}
+
+Value add(const Value& left, const Value& right) {
+    if (left.isText() && right.isText())
+        return joinTexts(left, right);
+    if (left.isText() || right.isText())
+        throwCannotJoin(left.isText() ? right : left);
+    if (left.isList() && right.isList())
+        return joinLists(left, right);
+    if (!left.isNumber() || !right.isNumber())
+        throwKindMismatch(left, right, "+");
+    return addNumbers(left, right, Sign::plus);
+}
+
+Value subtract(const Value& left, const Value& right) {
+    if (!left.isNumber() || !right.isNumber())
+        throwKindMismatch(left, right, "-");
+    return addNumbers(left, right, Sign::minus);
+}
+
+Value multiply(const Value& leftOperand, const Value& rightOperand) {
+    const Value left = withoutPercent(leftOperand);
+    const Value right = withoutPercent(rightOperand);
+    if (left.isNumber() && right.isNumber())
+        return combineNumbers(left, right, left.number * right.number, 1);
+    if (isRepeatable(left) && right.isNumber())
+        return repeat(left, right);
+    if (left.isNumber() && isRepeatable(right))
+        return repeat(right, left);
+    throwKindMismatch(left, right, "*");
+}
+
+Value divide(const Value& leftOperand, const Value& rightOperand) {
+    const Value left = withoutPercent(leftOperand);
+    const Value right = withoutPercent(rightOperand);
+    if (!left.isNumber() || !right.isNumber())
+        throwKindMismatch(left, right, "/");
+    if (right.number == 0)
+        throw CalcError(L10n::pick("0 で割ることはできません", "Cannot divide by zero"));
+    return combineNumbers(left, right, left.number / right.number, -1);
+}
+
+Value power(const Value& baseOperand, const Value& exponentOperand) {
+    const Value base = withoutPercent(baseOperand);
+    const Value exponent = withoutPercent(exponentOperand);
+    if (!base.isNumber() || !exponent.isNumber())
+        throwKindMismatch(base, exponent, "^");
+    if (exponent.unit)
+        throw CalcError(L10n::pick("指数に単位は使えません", "An exponent can't have a unit"));
+    const double result = std::pow(base.number, exponent.number);
+    if (!std::isfinite(result))
+        throw CalcError(L10n::pick("計算できません", "Can't calculate this"));
+    if (!base.unit)
+        return Value::plain(result);
+    requireWholeUnitPower(exponent.number);
+    if (base.unit->offset != 0) {
+        const std::string& unit = base.unit->display;
+        throw CalcError(L10n::pick(unit + " は累乗できません", unit + " can't be raised to a power"));
+    }
+    const CombinedUnit raised = raiseUnit(base.unit, static_cast<int>(exponent.number));
+    return Value::withUnit(result * raised.factor, raised.unit);
+}
+
+} // namespace lumo

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "LumoKit/values/Units.h"
+
+namespace lumo {
+
+/// Every answer, named value, list item and argument: a number in its own unit (optionally
+/// a percent), a list, or a text. A plain record, copied freely.
+struct Value {
+    enum class Kind { list, text, number };
+
+    double number = 0; // in the value's own unit; the figure as written for a percent
+    UnitRef unit;      // absent for plain numbers, lists and texts
+    bool isPercent = false;
+    Kind kind = Kind::number;
+    std::vector<Value> items; // payload of `list`
+    std::string text;         // payload of `text`
+
+    static Value plain(double number);
+    static Value withUnit(double number, UnitRef unit);
+    static Value percent(double figure);
+    static Value list(std::vector<Value> items);
+    static Value makeText(std::string text);
+
+    bool isNumber() const { return kind == Kind::number; }
+    bool isList() const { return kind == Kind::list; }
+    bool isText() const { return kind == Kind::text; }
+
+    bool operator==(const Value& other) const;
+};
+
+/// The largest text "+" and repetition build, in characters, and the largest list, in items.
+inline constexpr std::size_t maxTextLength = 100000;
+inline constexpr std::size_t maxListItems = 100000;
+/// The heaviest value (see valueWeight) that one operation builds: far above any real sheet,
+/// it keeps a list of huge texts from taking all memory.
+constexpr std::size_t maxValueWeight() {
+    return 20 * maxListItems;
+}
+
+/// A measure of the memory a value holds: one per number, list and list item, and one more
+/// per 64 bytes of text. Counting stops once it passes `limit`.
+std::size_t valueWeight(const Value& value, std::size_t limit = maxValueWeight());
+
+/// The kind's name in messages: "表"/"a list", "文字"/"text", "数"/"a number".
+std::string kindName(const Value& value);
+/// One language's kind name, for messages composed per language before one is picked.
+std::string kindNameJapanese(const Value& value);
+std::string kindNameEnglish(const Value& value);
+
+/// A percent operand made its plain fraction (figure ÷ 100); other values unchanged.
+Value withoutPercent(const Value& value);
+
+// The five operators. Each returns a new value or throws CalcError.
+Value add(const Value& left, const Value& right);
+Value subtract(const Value& left, const Value& right);
+Value multiply(const Value& left, const Value& right);
+Value divide(const Value& left, const Value& right);
+Value power(const Value& base, const Value& exponent);
+
+/// The numbers of two number values in the left one's unit: converts the right into the
+/// left's unit when both have units. Throws the "can't be added together" message when the
+/// dimensions differ, and the kind-mismatch message (operator "この計算"/"this calculation")
+/// when either is not a number.
+struct AlignedNumbers {
+    double left = 0;
+    double right = 0;
+    UnitRef unit;
+};
+AlignedNumbers alignUnits(const Value& left, const Value& right);
+
+/// The shared kind-mismatch failure: "{a}と{b}は {op} で計算できません" /
+/// "{op} doesn't work between {a} and {b}". The operator part may differ by language.
+[[noreturn]] void throwKindMismatch(const Value& left, const Value& right, std::string_view op);
+[[noreturn]] void throwKindMismatch(const Value& left, const Value& right, std::string_view opJapanese,
+                                    std::string_view opEnglish);
+
+} // namespace lumo

@@ -1,0 +1,195 @@
+#include "LumoKit/values/ValueFormatter.h"
+
+#include <algorithm>
+#include <atomic>
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace lumo::ValueFormatter {
+
+namespace {
+
+std::atomic<int> g_maxFractionDigits{10};
+
+// Enough fraction digits for any double worth showing; the setting is clamped to this.
+constexpr int fractionDigitsCeiling = 20;
+constexpr std::size_t maxShownListItems = 100;
+// Deeper lists are abbreviated so that formatting never recurses without bound.
+constexpr int maxListDepth = 64;
+
+// 12 − floor(log10|x|): the power of ten that brings 13 significant digits before the point.
+int significantScale(double number) {
+    return 12 - static_cast<int>(std::floor(std::log10(std::fabs(number))));
+}
+
+// std::to_chars never looks at the process locale, unlike the printf family.
+std::string toChars(double number, std::chars_format format, int precision) {
+    char buffer[512];
+    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, number, format, precision);
+    if (error != std::errc())
+        return {};
+    return std::string(buffer, end);
+}
+
+// The shortest digits that read back as the same double.
+std::string toChars(double number, std::chars_format format) {
+    char buffer[512];
+    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, number, format);
+    if (error != std::errc())
+        return {};
+    return std::string(buffer, end);
+}
+
+void replaceAll(std::string& text, std::string_view from, std::string_view to) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+// Drops trailing zeros after the point, and the point itself when nothing is left after it.
+std::string trimFraction(std::string digits) {
+    if (digits.find('.') == std::string::npos)
+        return digits;
+    while (digits.back() == '0')
+        digits.pop_back();
+    if (digits.back() == '.')
+        digits.pop_back();
+    return digits;
+}
+
+// 1.234560e+15 → 1.23456e15, 2.500000e-10 → 2.5e-10.
+std::string exponentForm(double number) {
+    std::string text = toChars(number, std::chars_format::scientific, 6);
+    replaceAll(text, "e+0", "e");
+    replaceAll(text, "e-0", "e-");
+    replaceAll(text, "e+", "e");
+    const auto e = text.find('e');
+    if (e == std::string::npos)
+        return text;
+    return trimFraction(text.substr(0, e)) + text.substr(e);
+}
+
+std::string groupThousands(std::string_view integerDigits) {
+    std::string out;
+    for (std::size_t i = 0; i < integerDigits.size(); ++i) {
+        if (i != 0 && (integerDigits.size() - i) % 3 == 0)
+            out += ',';
+        out += integerDigits[i];
+    }
+    return out;
+}
+
+// Rounds a plain decimal string to at most `digits` fraction digits, halves away from zero.
+// Working on the shortest round-trip digits keeps binary noise (1234567.8910000001) out.
+std::string roundDecimalString(std::string text, int digits) {
+    const auto point = text.find('.');
+    if (point == std::string::npos || text.size() - point - 1 <= static_cast<std::size_t>(digits))
+        return text;
+    const std::size_t cut = point + 1 + static_cast<std::size_t>(digits);
+    const bool roundUp = text[cut] >= '5';
+    text.resize(cut);
+    if (!roundUp)
+        return text;
+    for (std::size_t i = text.size(); i-- > 0;) {
+        if (text[i] == '.')
+            continue;
+        if (text[i] == '-')
+            return text.insert(i + 1, "1");
+        if (text[i] != '9') {
+            ++text[i];
+            return text;
+        }
+        text[i] = '0';
+    }
+    return "1" + text;
+}
+
+std::string decimalForm(double number, Grouping grouping) {
+    std::string shortest = toChars(number, std::chars_format::fixed);
+    if (shortest.empty())
+        return std::to_string(number);
+    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits()));
+    if (text == "-0")
+        return "0";
+    if (grouping == Grouping::none)
+        return text;
+    const bool negative = text.front() == '-';
+    const std::size_t begin = negative ? 1 : 0;
+    const std::size_t point = std::min(text.find('.'), text.size());
+    return (negative ? "-" : "") + groupThousands(std::string_view(text).substr(begin, point - begin)) +
+           text.substr(point);
+}
+
+std::string formatList(const Value& list, Grouping grouping, int depth);
+
+std::string formatAt(const Value& value, Grouping grouping, int depth) {
+    switch (value.kind) {
+    case Value::Kind::text:
+        return "\"" + value.text + "\"";
+    case Value::Kind::list:
+        return formatList(value, grouping, depth);
+    case Value::Kind::number:
+        break;
+    }
+    std::string out = formatNumber(value.number, grouping);
+    if (value.isPercent)
+        return out + "%";
+    if (value.unit)
+        out += (value.unit->tight ? "" : " ") + value.unit->display;
+    return out;
+}
+
+std::string formatList(const Value& list, Grouping grouping, int depth) {
+    if (depth >= maxListDepth)
+        return "[…]";
+    std::string out = "[";
+    const std::size_t shown = std::min(list.items.size(), maxShownListItems);
+    for (std::size_t i = 0; i < shown; ++i) {
+        if (i != 0)
+            out += ", ";
+        out += formatAt(list.items[i], grouping, depth + 1);
+    }
+    if (shown < list.items.size())
+        out += ", … 全 " + std::to_string(list.items.size()) + " 個";
+    return out + "]";
+}
+
+} // namespace
+
+int maxFractionDigits() {
+    return g_maxFractionDigits.load(std::memory_order_relaxed);
+}
+
+void setMaxFractionDigits(int digits) {
+    g_maxFractionDigits.store(std::clamp(digits, 0, fractionDigitsCeiling), std::memory_order_relaxed);
+}
+
+double roundSignificant(double number) {
+    if (number == 0 || !std::isfinite(number))
+        return number;
+    const int k = significantScale(number);
+    if (k < 1 || k > 299)
+        return number;
+    const double scale = std::pow(10.0, k);
+    return std::round(number * scale) / scale;
+}
+
+std::string formatNumber(double number, Grouping grouping) {
+    if (std::isnan(number))
+        return "—";
+    if (std::isinf(number))
+        return number > 0 ? "∞" : "-∞";
+    const double rounded = roundSignificant(number);
+    if (rounded == 0)
+        return "0";
+    const double magnitude = std::fabs(rounded);
+    if (magnitude >= 1e15 || magnitude < 1e-9)
+        return exponentForm(rounded);
+    return decimalForm(rounded, grouping);
+}
+
+std::string format(const Value& value, Grouping grouping) {
+    return formatAt(value, grouping, 0);
+}
+
+} // namespace lumo::ValueFormatter

@@ -1,0 +1,388 @@
+#include "LumoUI/settings/AppSettings.h"
+
+#include <QLocale>
+#include <QSettings>
+#include <QStringList>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
+#include "LumoUI/settings/NotificationCenter.h"
+
+namespace lumo {
+
+namespace {
+
+namespace Key {
+constexpr auto appearance = "lumo.appearance";
+constexpr auto keypadSize = "lumo.keypadSize";
+constexpr auto textSize = "lumo.textSize";
+constexpr auto resultColumnWidth = "lumo.resultColumnWidth";
+constexpr auto maxFractionDigits = "lumo.maxFractionDigits";
+constexpr auto angle = "lumo.angle";
+constexpr auto sheetListStyle = "lumo.sheetListStyle";
+constexpr auto showsNamedValues = "lumo.showsNamedValues";
+constexpr auto syntaxColors = "lumo.syntaxColors";
+constexpr auto keypadSide = "lumo.keypadSide";
+constexpr auto groupsDigits = "lumo.groupsDigits";
+constexpr auto hapticFeedback = "lumo.hapticFeedback";
+constexpr auto language = "lumo.language";
+constexpr auto acceptedTermsVersion = "lumo.acceptedTermsVersion";
+constexpr auto cloudFolder = "lumo.cloudFolder";
+constexpr auto keyLayoutPrefix = "lumo.keyLayout.";
+constexpr auto keyLayoutUpdatedAt = "lumo.keyLayout.updatedAt";
+} // namespace Key
+
+template <typename Enum, std::size_t N> using RawTable = std::array<std::pair<Enum, const char*>, N>;
+
+constexpr RawTable<AppearanceSetting, 3> appearanceRaw{{{AppearanceSetting::automatic, "auto"},
+                                                        {AppearanceSetting::light, "light"},
+                                                        {AppearanceSetting::dark, "dark"}}};
+constexpr RawTable<KeypadSizeSetting, 3> keypadSizeRaw{{{KeypadSizeSetting::small, "small"},
+                                                        {KeypadSizeSetting::medium, "medium"},
+                                                        {KeypadSizeSetting::large, "large"}}};
+constexpr RawTable<TextSizeSetting, 4> textSizeRaw{{{TextSizeSetting::small, "small"},
+                                                    {TextSizeSetting::standard, "standard"},
+                                                    {TextSizeSetting::large, "large"},
+                                                    {TextSizeSetting::xlarge, "xlarge"}}};
+constexpr RawTable<SheetListStyle, 3> sheetListStyleRaw{
+    {{SheetListStyle::both, "both"}, {SheetListStyle::tabs, "tabs"}, {SheetListStyle::sidebar, "sidebar"}}};
+constexpr RawTable<KeypadSide, 2> keypadSideRaw{{{KeypadSide::right, "right"}, {KeypadSide::left, "left"}}};
+constexpr RawTable<AngleSetting, 2> angleRaw{
+    {{AngleSetting::degrees, "degrees"}, {AngleSetting::radians, "radians"}}};
+
+template <typename Enum, std::size_t N> QString rawOf(const RawTable<Enum, N>& table, Enum value) {
+    for (const auto& [candidate, raw] : table) {
+        if (candidate == value)
+            return QString::fromLatin1(raw);
+    }
+    return {};
+}
+
+bool isText(const QVariant& value) {
+    return value.typeId() == QMetaType::QString || value.typeId() == QMetaType::QByteArray;
+}
+
+bool isNumber(const QVariant& value) {
+    switch (value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Enumerations: the case whose raw value matches exactly (case-sensitive), else `fallback`.
+template <typename Enum, std::size_t N>
+Enum decodeEnum(const QVariant& stored, const RawTable<Enum, N>& table, Enum fallback) {
+    if (!isText(stored))
+        return fallback;
+    const QString text = stored.toString();
+    for (const auto& [candidate, raw] : table) {
+        if (text == QLatin1String(raw))
+            return candidate;
+    }
+    return fallback;
+}
+
+// INI files hand every scalar back as text, so a number written as text counts as a number.
+std::optional<double> decodeDouble(const QVariant& stored) {
+    bool ok = false;
+    double value = 0;
+    if (isNumber(stored))
+        value = stored.toDouble(&ok);
+    else if (isText(stored))
+        value = stored.toString().trimmed().toDouble(&ok);
+    if (!ok || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<int> decodeInt(const QVariant& stored) {
+    bool ok = false;
+    int value = 0;
+    if (stored.typeId() == QMetaType::Double || stored.typeId() == QMetaType::Float) {
+        const double number = stored.toDouble();
+        if (number != std::trunc(number))
+            return std::nullopt;
+        value = stored.toInt(&ok);
+    } else if (isNumber(stored)) {
+        value = stored.toInt(&ok);
+    } else if (isText(stored)) {
+        value = stored.toString().trimmed().toInt(&ok, 10);
+    }
+    if (!ok)
+        return std::nullopt;
+    return value;
+}
+
+bool decodeBool(const QVariant& stored, bool fallback) {
+    if (stored.typeId() == QMetaType::Bool)
+        return stored.toBool();
+    if (isText(stored)) {
+        const QString text = stored.toString();
+        if (text == QLatin1String("true"))
+            return true;
+        if (text == QLatin1String("false"))
+            return false;
+    }
+    return fallback;
+}
+
+QMap<QString, QString> decodeColors(const QVariant& stored) {
+    QMap<QString, QString> colors;
+    if (stored.typeId() != QMetaType::QVariantMap)
+        return colors;
+    const QVariantMap map = stored.toMap();
+    for (auto it = map.cbegin(); it != map.cend(); ++it) {
+        // One entry that is not text makes the whole dictionary unreadable.
+        if (!isText(it.value()))
+            return {};
+        colors.insert(it.key(), it.value().toString());
+    }
+    return colors;
+}
+
+double clampWidth(double width) {
+    return std::clamp(width, AppSettings::minResultColumnWidth, AppSettings::maxResultColumnWidth);
+}
+
+std::vector<std::string> qtPreferredLanguages() {
+    std::vector<std::string> languages;
+    for (const QString& tag : QLocale::system().uiLanguages())
+        languages.push_back(tag.toStdString());
+    return languages;
+}
+
+QString keyLayoutKey(const std::string& kind) {
+    return QString::fromLatin1(Key::keyLayoutPrefix) + QString::fromStdString(kind);
+}
+
+} // namespace
+
+QString rawValue(AppearanceSetting value) {
+    return rawOf(appearanceRaw, value);
+}
+QString rawValue(KeypadSizeSetting value) {
+    return rawOf(keypadSizeRaw, value);
+}
+QString rawValue(TextSizeSetting value) {
+    return rawOf(textSizeRaw, value);
+}
+QString rawValue(SheetListStyle value) {
+    return rawOf(sheetListStyleRaw, value);
+}
+QString rawValue(KeypadSide value) {
+    return rawOf(keypadSideRaw, value);
+}
+QString rawValue(AngleSetting value) {
+    return rawOf(angleRaw, value);
+}
+
+AppSettings::AppSettings(QSettings& store, NotificationCenter* notifications, QObject* parent)
+    : QObject(parent), m_store(store), m_notifications(notifications) {
+    L10n::setPreferredLanguagesProvider(qtPreferredLanguages);
+    load();
+    pushIntoEngine();
+}
+
+void AppSettings::load() {
+    m_appearance = decodeEnum(m_store.value(Key::appearance), appearanceRaw, AppearanceSetting::dark);
+    // Only the exact raw values count; "Dark" and other spellings fall back to the defaults.
+    m_keypadSize = decodeEnum(m_store.value(Key::keypadSize), keypadSizeRaw, KeypadSizeSetting::large);
+    m_textSize = decodeEnum(m_store.value(Key::textSize), textSizeRaw, TextSizeSetting::standard);
+    m_resultColumnWidth =
+        clampWidth(decodeDouble(m_store.value(Key::resultColumnWidth)).value_or(defaultResultColumnWidth));
+    m_maxFractionDigits = decodeInt(m_store.value(Key::maxFractionDigits)).value_or(defaultMaxFractionDigits);
+    m_angle = decodeEnum(m_store.value(Key::angle), angleRaw, AngleSetting::radians);
+    m_sheetListStyle =
+        decodeEnum(m_store.value(Key::sheetListStyle), sheetListStyleRaw, SheetListStyle::both);
+    m_showsNamedValues = decodeBool(m_store.value(Key::showsNamedValues), true);
+    m_syntaxColors = decodeColors(m_store.value(Key::syntaxColors));
+    m_keypadSide = decodeEnum(m_store.value(Key::keypadSide), keypadSideRaw, KeypadSide::right);
+    m_groupsDigits = decodeBool(m_store.value(Key::groupsDigits), true);
+    m_hapticFeedback = decodeBool(m_store.value(Key::hapticFeedback), true);
+    const QVariant language = m_store.value(Key::language);
+    m_language = isText(language)
+                     ? appLanguageFromRaw(language.toString().toStdString()).value_or(AppLanguage::system)
+                     : AppLanguage::system;
+    m_acceptedTermsVersion = decodeInt(m_store.value(Key::acceptedTermsVersion)).value_or(0);
+    const QVariant cloudFolder = m_store.value(Key::cloudFolder);
+    m_cloudFolder = isText(cloudFolder) ? cloudFolder.toString() : QString();
+}
+
+void AppSettings::pushIntoEngine() const {
+    ValueFormatter::setMaxFractionDigits(m_maxFractionDigits);
+    AngleMode::setDegrees(m_angle == AngleSetting::degrees);
+    L10n::setCurrent(m_language);
+}
+
+void AppSettings::post(const char* name) {
+    if (m_notifications)
+        m_notifications->post(QString::fromLatin1(name));
+}
+
+void AppSettings::setAppearance(AppearanceSetting value) {
+    m_appearance = value;
+    m_store.setValue(Key::appearance, rawValue(value));
+    emit appearanceChanged(value);
+}
+
+void AppSettings::setKeypadSize(KeypadSizeSetting value) {
+    m_keypadSize = value;
+    m_store.setValue(Key::keypadSize, rawValue(value));
+    emit keypadSizeChanged(value);
+    post(Notification::keypadSizeChanged);
+}
+
+void AppSettings::setTextSize(TextSizeSetting value) {
+    m_textSize = value;
+    m_store.setValue(Key::textSize, rawValue(value));
+    emit textSizeChanged(value);
+}
+
+void AppSettings::setResultColumnWidth(double width) {
+    m_resultColumnWidth = clampWidth(std::isfinite(width) ? width : defaultResultColumnWidth);
+    m_store.setValue(Key::resultColumnWidth, m_resultColumnWidth);
+    post(Notification::resultWidthChanged);
+}
+
+void AppSettings::setMaxFractionDigits(int digits) {
+    m_maxFractionDigits = digits;
+    m_store.setValue(Key::maxFractionDigits, digits);
+    ValueFormatter::setMaxFractionDigits(digits);
+    emit maxFractionDigitsChanged(digits);
+}
+
+void AppSettings::setAngle(AngleSetting value) {
+    m_angle = value;
+    m_store.setValue(Key::angle, rawValue(value));
+    AngleMode::setDegrees(value == AngleSetting::degrees);
+    emit angleChanged(value);
+}
+
+void AppSettings::setSheetListStyle(SheetListStyle value) {
+    m_sheetListStyle = value;
+    m_store.setValue(Key::sheetListStyle, rawValue(value));
+    emit sheetListStyleChanged(value);
+}
+
+void AppSettings::setShowsNamedValues(bool shows) {
+    m_showsNamedValues = shows;
+    m_store.setValue(Key::showsNamedValues, shows);
+    emit showsNamedValuesChanged(shows);
+}
+
+void AppSettings::setSyntaxColors(const QMap<QString, QString>& colors) {
+    m_syntaxColors = colors;
+    QVariantMap stored;
+    for (auto it = colors.cbegin(); it != colors.cend(); ++it)
+        stored.insert(it.key(), it.value());
+    m_store.setValue(Key::syntaxColors, stored);
+    emit syntaxColorsChanged();
+    post(Notification::syntaxColorsChanged);
+}
+
+void AppSettings::setKeypadSide(KeypadSide value) {
+    m_keypadSide = value;
+    m_store.setValue(Key::keypadSide, rawValue(value));
+    emit keypadSideChanged(value);
+}
+
+void AppSettings::setGroupsDigits(bool groups) {
+    m_groupsDigits = groups;
+    m_store.setValue(Key::groupsDigits, groups);
+    emit groupsDigitsChanged(groups);
+}
+
+void AppSettings::setHapticFeedback(bool enabled) {
+    m_hapticFeedback = enabled;
+    m_store.setValue(Key::hapticFeedback, enabled);
+    emit hapticFeedbackChanged(enabled);
+}
+
+void AppSettings::setLanguage(AppLanguage language) {
+    m_language = language;
+    m_store.setValue(Key::language, QString::fromStdString(std::string(lumo::rawValue(language))));
+    L10n::setCurrent(language);
+    emit languageChanged(language);
+    post(Notification::languageChanged);
+}
+
+void AppSettings::acceptTerms() {
+    m_acceptedTermsVersion = currentTermsVersion;
+    m_store.setValue(Key::acceptedTermsVersion, currentTermsVersion);
+    emit acceptedTermsVersionChanged(currentTermsVersion);
+}
+
+void AppSettings::setCloudFolder(const QString& folder) {
+    m_cloudFolder = folder;
+    m_store.setValue(Key::cloudFolder, folder);
+}
+
+KeyLayouts AppSettings::keyLayouts() const {
+    KeyLayouts layouts;
+    const QString prefix = QString::fromLatin1(Key::keyLayoutPrefix);
+    for (const QString& key : m_store.allKeys()) {
+        if (!key.startsWith(prefix) || key == QLatin1String(Key::keyLayoutUpdatedAt))
+            continue;
+        const QVariant stored = m_store.value(key);
+        if (stored.typeId() != QMetaType::QVariantMap)
+            continue;
+        auto& panels = layouts[key.mid(prefix.size()).toStdString()];
+        const QVariantMap map = stored.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it) {
+            std::vector<std::string> keys;
+            for (const QString& identifier : it.value().toStringList())
+                keys.push_back(identifier.toStdString());
+            panels[it.key().toStdString()] = std::move(keys);
+        }
+    }
+    return layouts;
+}
+
+std::optional<Timestamp> AppSettings::keyLayoutsUpdatedAt() const {
+    const std::optional<double> seconds = decodeDouble(m_store.value(Key::keyLayoutUpdatedAt));
+    if (!seconds)
+        return std::nullopt;
+    return Timestamp::fromSeconds(*seconds);
+}
+
+void AppSettings::setKeyLayouts(const KeyLayouts& layouts, std::optional<Timestamp> updatedAt) {
+    const QString prefix = QString::fromLatin1(Key::keyLayoutPrefix);
+    for (const QString& key : m_store.allKeys()) {
+        if (key.startsWith(prefix))
+            m_store.remove(key);
+    }
+    for (const auto& [kind, panels] : layouts) {
+        QVariantMap stored;
+        for (const auto& [panel, keys] : panels) {
+            QStringList identifiers;
+            for (const std::string& identifier : keys)
+                identifiers.append(QString::fromStdString(identifier));
+            stored.insert(QString::fromStdString(panel), identifiers);
+        }
+        m_store.setValue(keyLayoutKey(kind), stored);
+    }
+    if (updatedAt)
+        m_store.setValue(Key::keyLayoutUpdatedAt, updatedAt->seconds);
+}
+
+QVariant AppSettings::viewPreference(const QString& key, const QVariant& fallback) const {
+    return m_store.value(key, fallback);
+}
+
+void AppSettings::setViewPreference(const QString& key, const QVariant& value) {
+    m_store.setValue(key, value);
+}
+
+} // namespace lumo

@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include "LumoKit/base/Unicode.h"
+
+using namespace lumo;
+
+TEST(Unicode, GraphemeClusters) {
+    struct Case {
+        std::string text;
+        std::size_t count;
+    };
+    const Case cases[] = {
+        {"", 0},
+        {"e\u0301", 1},                                    // e + combining acute
+        {"\U0001F468\u200D\U0001F469\u200D\U0001F467", 1}, // family emoji (ZWJ sequence)
+        {"\U0001F1EF\U0001F1F5", 1},                       // flag
+        {"税込", 2},
+        {"\xff\xfe", 2}, // invalid bytes become one character each
+        // ASCII next to other characters: marks and joiners still attach, pairs still pair.
+        {"ab\u0301c", 3},
+        {"a\r\nb\r\r", 5},
+        {"1\U0001F1EF\U0001F1F5\U0001F1EF\U0001F1F5", 3},
+        {"\U0001F1EFx\U0001F1F5", 3},
+        {"\U0001F468\u200Da", 2},
+        {"x\xff\u0301", 2},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(unicode::graphemeCount(c.text), c.count) << c.text;
+        const auto clusters = unicode::graphemes(c.text);
+        EXPECT_EQ(clusters.size(), c.count) << c.text;
+        // Boundaries locate the same clusters in the text itself.
+        const auto boundaries = unicode::graphemeBoundaries(c.text);
+        ASSERT_EQ(boundaries.size(), c.count + 1) << c.text;
+        for (std::size_t i = 0; i < c.count && c.text.find('\xff') == std::string::npos; ++i)
+            EXPECT_EQ(c.text.substr(boundaries[i], boundaries[i + 1] - boundaries[i]), clusters[i]) << c.text;
+    }
+}
+
+TEST(Unicode, Properties) {
+    EXPECT_TRUE(unicode::isLetter(U'a'));
+    EXPECT_TRUE(unicode::isLetter(U'税'));
+    EXPECT_TRUE(unicode::isNumber(U'٣'));
+    EXPECT_TRUE(unicode::isNumber(U'²'));
+    EXPECT_TRUE(unicode::isWhitespace(U'\u3000'));
+    EXPECT_FALSE(unicode::isWhitespace(U'_'));
+}
+
+TEST(Unicode, CaseTrimAndNormalisation) {
+    EXPECT_EQ(unicode::toLower("TOTAL Äb"), "total äb");
+    EXPECT_EQ(unicode::toUpper("c"), "C");
+    const std::pair<std::string, std::string> trims[] = {
+        {"\u3000 a b \t", "a b"},
+        {"\u00A0x\u2028", "x"},
+        {" \t\u3000", ""},
+        {"a\xff ", "a\uFFFD"}, // invalid bytes are repaired
+    };
+    for (const auto& [text, trimmed] : trims)
+        EXPECT_EQ(unicode::trim(text), trimmed) << text;
+    EXPECT_EQ(unicode::nfc("e\u0301"), "\u00e9");
+}
+
+TEST(Unicode, Utf16Offsets) {
+    std::string text = "a\U0001F600b"; // the emoji takes two UTF-16 units and four bytes
+    EXPECT_EQ(unicode::utf16Length(text), 4u);
+    EXPECT_EQ(unicode::byteOffsetOfUtf16(text, 3), 5u);
+    EXPECT_EQ(unicode::utf16OffsetOfByte(text, 5), 3u);
+    EXPECT_EQ(unicode::byteOffsetOfUtf16(text, 99), text.size());
+}
+
+TEST(Unicode, SplitLines) {
+    EXPECT_EQ(unicode::splitLines(""), std::vector<std::string>{""});
+    EXPECT_EQ(unicode::splitLines("a\n"), (std::vector<std::string>{"a", ""}));
+    EXPECT_EQ(unicode::splitLines("a\nb"), (std::vector<std::string>{"a", "b"}));
+}

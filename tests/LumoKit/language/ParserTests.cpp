@@ -1,0 +1,243 @@
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/EngineTestSupport.h"
+
+using namespace lumo;
+using namespace lumo::test;
+
+namespace {
+
+std::string print(const ExprPtr& e);
+
+std::string printAll(const std::vector<ExprPtr>& items) {
+    std::string out;
+    for (const auto& item : items)
+        out += " " + print(item);
+    return out;
+}
+
+// A compact prefix form: (op a b), (unit x m), (to x km/h), (of p b), (idx a i), [a b], 'text'.
+std::string print(const ExprPtr& e) {
+    return std::visit(
+        overloaded{
+            [](const expr::Number& n) {
+                char buffer[400];
+                auto result =
+                    std::to_chars(buffer, buffer + sizeof buffer, n.value, std::chars_format::fixed);
+                return std::string(buffer, result.ptr);
+            },
+            [](const expr::Text& t) { return "'" + t.value + "'"; },
+            [](const expr::List& l) {
+                std::string items = printAll(l.items);
+                return "[" + (items.empty() ? items : items.substr(1)) + "]";
+            },
+            [](const expr::Index& i) { return "(idx " + print(i.target) + " " + print(i.position) + ")"; },
+            [](const expr::Identifier& i) { return i.name; },
+            [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
+            [](const expr::Unary& u) { return "(" + u.op + " " + print(u.operand) + ")"; },
+            [](const expr::Binary& b) {
+                return "(" + b.op + " " + print(b.left) + " " + print(b.right) + ")";
+            },
+            [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
+            [](const expr::UnitApply& u) { return "(unit " + print(u.operand) + " " + u.unit + ")"; },
+            [](const expr::Call& c) { return "(call " + c.name + printAll(c.args) + ")"; },
+            [](const expr::Convert& c) { return "(to " + print(c.operand) + " " + c.target + ")"; },
+            [](const expr::PercentOf& p) { return "(of " + print(p.percentage) + " " + print(p.base) + ")"; },
+        },
+        e->node);
+}
+
+std::string parsed(std::string_view text) {
+    Statement statement = parseStatement(text);
+    return (statement.name ? *statement.name + " = " : std::string()) + print(statement.expr);
+}
+
+std::string parseError(std::string_view text) {
+    return messageOf([&] { parseStatement(text); });
+}
+
+std::string repeated(std::string_view piece, int count) {
+    std::string out;
+    for (int i = 0; i < count; ++i)
+        out += piece;
+    return out;
+}
+
+struct Case {
+    std::string input;
+    std::string expected;
+};
+
+} // namespace
+
+TEST(Parser, PrecedenceAndGrouping) {
+    const Case cases[] = {
+        {"1 + 2 * 3 - 4 / 2", "(- (+ 1 (* 2 3)) (/ 4 2))"},
+        {"a - b - c", "(- (- a b) c)"},
+        {"2^3^2", "(^ 2 (^ 3 2))"},
+        {"-2^2", "(- (^ 2 2))"},
+        {"+5", "5"},
+        {"2^-1", "(^ 2 (- 1))"},
+        {"-x%", "(- (% x))"},
+        {"1 < 2 < 3", "(< (< 1 2) 3)"},
+        {"1 + 2 >= 3 * 4", "(>= (+ 1 2) (* 3 4))"},
+        {"a or b and not c", "(or a (and b (not c)))"},
+        {"not a == b", "(not (== a b))"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
+}
+
+TEST(Parser, ImplicitProductsUnitsAndPercent) {
+    const Case cases[] = {
+        {"2(3+4)", "(* 2 (+ 3 4))"},
+        {"2 sqrt(9)", "(* 2 (call sqrt 9))"},
+        {"3x", "(unit 3 x)"},
+        {"3x^2", "(* 3 (^ x 2))"},
+        {"5 m^2", "(* 5 (^ m 2))"},
+        {"3万円", "(unit 30000 円)"},
+        {"5 kN m", "(unit (unit 5 kN) m)"},
+        {"2 x y^2", "(* (unit 2 x) (^ y 2))"},
+        {"x 2", "(* x 2)"},
+        {"$5", "(unit 5 $)"},
+        {"3000 + 10%", "(+ 3000 (% 10))"},
+        {"10% of 3000", "(of (% 10) 3000)"},
+        {"10% の 3000", "(of (% 10) 3000)"},
+        {"10% of 1000 + 2000", "(of (% 10) (+ 1000 2000))"},
+        {"5% of 200 of 10", "(of (of (% 5) 200) 10)"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
+}
+
+TEST(Parser, Conversions) {
+    const Case cases[] = {
+        {"5 km in m", "(to (unit 5 km) m)"},
+        {"5 km → m to cm as mm へ ft で m", "(to (to (to (to (to (unit 5 km) m) cm) mm) ft) m)"},
+        {"5 km into m", "(unit (unit (unit 5 km) into) m)"}, // only the listed words convert
+        {"x in m/s", "(to x m/s)"},
+        {"x to kN*m", "(to x kN·m)"},
+        {"x in m^2", "(to x m^2)"},
+        {"10% of x in m", "(to (of (% 10) x) m)"},
+        {"1 + 2 in m", "(to (+ 1 2) m)"},
+        {"f(x in m)", "(call f (to x m))"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
+}
+
+TEST(Parser, ListsCallsRefsAndNames) {
+    const Case cases[] = {
+        {"[1, 2, 3][1]", "(idx [1 2 3] 1)"},
+        {"[]", "[]"},
+        {"xs[1][i+1]", "(idx (idx xs 1) (+ i 1))"},
+        {"f() + max(1, 2, x)", "(+ (call f) (call max 1 2 x))"},
+        {"max(1,234)", "(call max 1234)"},
+        {"#3 * 2", "(* #3 2)"},
+        {"'a' + \"b\"", "(+ 'a' 'b')"},
+        {"a = 3", "a = 3"},
+        {"家賃 = 8万円 × 12", "家賃 = (* (unit 80000 円) 12)"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
+}
+
+TEST(Parser, Failures) {
+    const ScopedLanguage english(AppLanguage::english);
+    const Case cases[] = {
+        {"", "There’s no expression"},
+        {"a =", "There’s no expression"},
+        {"a = 1 = 2", "This expression isn’t written correctly"},
+        {"if = 3", "This expression isn’t written correctly"},
+        {"5 in", "This expression isn’t written correctly"},
+        {"x in m^2.5", "This expression isn’t written correctly"},
+        {"'a' 'b'", "This expression isn’t written correctly"},
+        {"5 →", "A unit to convert to is needed"},
+        {"xs[1", "Missing ]"},
+        {"f(1, 2", "Missing ) to close f("},
+        {"sqrt(", "The expression ends in the middle"},
+        {"(1+2", "Missing closing parenthesis"},
+        {"[1, 2", "Missing ] to close the list"},
+        {"1 + )", "No matching opening parenthesis"},
+        {"1 + ]", "No matching ["},
+        {", 1", "A comma is in the wrong place"},
+        {"1+", "The expression ends in the middle"},
+        {"*3", "“*” isn’t used correctly here"},
+        {"2 ^ %", "“%” isn’t used correctly here"},
+        {"1 + = 2", "“=” isn’t used correctly here"},
+        {repeated("(", 201) + "1" + repeated(")", 201), "The expression is nested too deeply"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(parseError(c.input), c.expected) << c.input;
+}
+
+TEST(Parser, JapaneseMessages) {
+    const ScopedLanguage japanese(AppLanguage::japanese);
+    EXPECT_EQ(parseError("a ="), "式がありません");
+    EXPECT_EQ(parseError("*3"), "「*」の使い方が正しくありません");
+    EXPECT_EQ(parseError("f(1"), "f( の閉じ括弧がありません");
+    EXPECT_EQ(parseError("[1"), "表の閉じ括弧 ] がありません");
+    EXPECT_EQ(parseError(repeated("-", 300) + "1"), "式の入れ子が深すぎます");
+}
+
+TEST(Parser, SameTreeComparesStructure) {
+    const struct {
+        const char* a;
+        const char* b;
+        bool same;
+    } cases[] = {
+        {"2*(3)", "2*3", true},
+        {"1+2", "1-2", false},
+        {"5 km in m", "5 km → m", true},
+        {"5 km in m", "5 km in cm", false},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(sameTree(*parseStatement(c.a).expr, *parseStatement(c.b).expr), c.same)
+            << c.a << " / " << c.b;
+}
+
+TEST(Parser, ExpressionRuleLeavesTheRestForTheCaller) {
+    Parser parser(tokenize("x + 1 : y"));
+    EXPECT_EQ(print(parser.parseExpression()), "(+ x 1)");
+    EXPECT_EQ(parser.current().text, ":");
+    EXPECT_EQ(parser.peek(5).kind, Token::Kind::eof); // looking past the end sees eof
+}
+
+TEST(Parser, HostileInputEndsInATreeOrAnError) {
+    // Deep nesting of every recursive form fails cleanly instead of exhausting the stack.
+    const std::string deep[] = {
+        repeated("(", 10000),        repeated("[", 10000),    repeated("-", 10000) + "1",
+        repeated("2^", 10000) + "2", repeated("not ", 10000), repeated("f(", 10000),
+        "x" + repeated("[x", 10000), repeated("3x^", 10000),  repeated("+", 10000) + "1",
+        repeated("1+", 50000) + "1", repeated("2 ", 50000),   "x" + repeated(" in m", 20000),
+    };
+    for (const auto& text : deep)
+        EXPECT_THROW(parseStatement(text), CalcError) << text.substr(0, 20);
+
+    // Long but shallow lines still parse.
+    EXPECT_NO_THROW(parseStatement(repeated("(", 200) + "1" + repeated(")", 200)));
+    EXPECT_NO_THROW(parseStatement(repeated("1+", 500) + "1"));
+    EXPECT_NO_THROW(parseStatement("[" + repeated("1, ", 30000) + "1]"));
+
+    // Random mixtures of awkward pieces never escape as anything but CalcError.
+    const std::vector<std::string> pieces{"1",  "2,345", "1e5", ".5", "万",  "(",    ")",    "[",  "]",
+                                          ",",  "+",     "-",   "*",  "^",   "%",    "=",    "x",  "km/h",
+                                          "in", "→",     "of",  "の", "not", "and",  "f(",   "\"", "'",
+                                          "\\", "#1",    "#",   "“",  " ",   "\xff", "\x01", "$"};
+    std::mt19937 random(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        const int length = static_cast<int>(random() % 12);
+        for (int i = 0; i < length; ++i)
+            text += pieces[random() % pieces.size()];
+        try {
+            parseStatement(text);
+        } catch (const CalcError&) {
+        }
+    }
+}

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include "LumoKit/sheet/LineContext.h"
+#include "support/SheetTestSupport.h"
+
+using namespace lumo;
+using namespace lumo::test;
+
+namespace {
+
+const std::string mixed = "! Units of different kinds are mixed, so they can’t be summed";
+
+} // namespace
+
+TEST(SheetEvaluator, LinesMatchTheEditor) {
+    expectSheets({
+        {"", {""}},
+        {"1\n", {"1", ""}},
+        {"\n\n", {"", "", ""}},
+        {"  \t\n2", {"", "2"}},
+    });
+}
+
+TEST(SheetEvaluator, PrevSumAndTotal) {
+    expectSheets({
+        {"sum\nprev", {"0", "0"}},
+        {"prev", {"! prev is not defined"}},
+        {"10 m\n20 cm\nsum", {"10 m", "20 cm", "10.2 m"}},
+        {"10 m\n2 kg\nsum", {"10 m", "2 kg", mixed}},
+        {"10 m\n2 kg\n\n5\nsum\ntotal", {"10 m", "2 kg", "", "5", "5", mixed}},
+        // An argument named sum hides the mixed sum inside its function.
+        {"10 m\n2 kg\ndef f(sum):\n    sum\n    return sum\nf(3)\nsum",
+         {"10 m", "2 kg", "", "3", "3", "3", mixed}},
+        {"1\n2\n\n3\nsubtotal\n小計\n合計", {"1", "2", "", "3", "3", "6", "15"}},
+        {"4\nans\n前 + 1", {"4", "4", "5"}},
+        // A failing line is skipped by prev, sum and total.
+        {"1\n1 +\n2\nsum\nprev", {"1", "! The expression ends in the middle", "2", "3", "3"}},
+        // Lists and texts are shown but not added up.
+        {"2\n[1, 2]\n\"a\"\nsum\nprev", {"2", "[1, 2]", "\"a\"", "2", "2"}},
+        // Sum, Total and TOTAL are ordinary names when read.
+        {"Sum", {"! Sum is not defined"}},
+        {"10%\n50\nsum", {"10%", "50", "50.1"}},
+    });
+}
+
+TEST(SheetEvaluator, BuiltinWordsCannotBeNames) {
+    expectSheets({
+        {"total = 3\ntotal", {"! “total” is a built-in word and can’t be used as a name", "0"}},
+        {"前 = 3", {"! “前” is a built-in word and can’t be used as a name"}},
+        {"Total = 3\nTotal",
+         {"! “Total” is a built-in word and can’t be used as a name", "! Total is not defined"}},
+        {"SUBTOTAL = 1", {"! “SUBTOTAL” is a built-in word and can’t be used as a name"}},
+    });
+    expectSheets({{"ans = 1", {"! 「ans」はもともとある言葉なので名前に使えません"}},
+                  {"1 m\n1 kg\nsum", {"1 m", "1 kg", "! 種類の違う単位が混ざっていて合計できません"}}},
+                 {}, AppLanguage::japanese);
+}
+
+TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
+    expectSheets({
+        {"1200 × 35 =", {"42000"}},
+        {"2 + 3 = = ＝", {"5"}},
+        {"x = 4 ＝\nx", {"4", "4"}},
+        {"100\n× 2\n- 5\n-5", {"100", "200", "195", "-5"}},
+        {"100\n* 2\n/ 4\n^ 2\n÷ 5\n／ 5\n＊ 3", {"100", "200", "50", "2500", "500", "100", "300"}},
+        {"100\n+ 10%", {"100", "110"}},
+        {"100\n+10", {"100", "10"}},
+        {"100\n－ 1\n＋ 2", {"100", "99", "101"}},
+        {"× 2", {"! “*” isn’t used correctly here"}},
+    });
+}
+
+TEST(SheetEvaluator, NamesLineReferencesAndFailures) {
+    expectSheets({
+        {"price = 1200\nprice × 2\n#2 + 1", {"1200", "2400", "2401"}},
+        {"#2\n5", {"! #2 not found", "5"}},
+        {"a = 1\na = a +\na", {"1", "! The expression ends in the middle", "1"}},
+        {"a = 1\na = nope\na", {"1", "! nope is not defined", "1"}},
+        {"// note\n# note\n#\n＃ note\n#1", {"//", "//", "//", "//", "! #1 not found"}},
+    });
+}
+
+TEST(SheetEvaluator, LineResultsCarryNames) {
+    const auto results = DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {});
+    ASSERT_EQ(results.size(), 4u);
+    EXPECT_EQ(results[0].name, "price");
+    EXPECT_EQ(results[1].name, std::nullopt); // the parse failed, so no name is known
+    EXPECT_EQ(results[2].name, std::nullopt);
+    EXPECT_EQ(results[3].outcome.kind, LineOutcome::Kind::plot);
+}
+
+TEST(SheetEvaluator, PlotLinesChangeNothing) {
+    expectSheets({
+        {"5\nplot(x^2)\nprev\nsum", {"5", "plot: plot(x^2)", "5", "10"}},
+        {"chart([1, 2])\n#1", {"plot: chart([1, 2])", "! #1 not found"}},
+    });
+}
+
+TEST(SheetEvaluator, LinesInLoopsShowTheLastPassAndStayOutOfSums) {
+    expectSheets({
+        {"1\nfor i in range(3):\n    i * 10\nsum\ntotal", {"1", "", "20", "1", "2"}},
+        {"for i in range(3):\n    i\n    × 2", {"", "2", "4"}},
+    });
+}
+
+TEST(SheetEvaluator, PrepareLine) {
+    struct Case {
+        std::string text;
+        bool hasPrevious;
+        std::string expected;
+    };
+    const Case cases[] = {
+        {"- 5", true, "prev - 5"},   {"- 5", false, "- 5"}, {"-5", true, "-5"},
+        {"× 2 =", true, "prev × 2"}, {"3 ==", true, "3"},   {"+", true, "+"},
+        {"^2", true, "prev ^2"},     {"＝", false, ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(prepareLine(c.text, c.hasPrevious), c.expected) << c.text;
+}

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include "support/EngineTestSupport.h"
+
+using namespace lumo;
+using namespace lumo::test;
+
+namespace {
+
+MapContext sheetContext() {
+    MapContext context;
+    context.names = {{"rent", Value::plain(80000)}, {"food", Value::plain(30000)}, {"x", Value::plain(4)},
+                     {"a", Value::plain(1)},        {"b", Value::plain(2)},        {"c", Value::plain(3)},
+                     {"tau", Value::plain(7)}};
+    context.lines = {{1, Value::plain(42)}};
+    context.functions["double"] = [](const std::vector<Value>& args) {
+        return Value::plain(args.at(0).number * 2);
+    };
+    context.functions["broken"] = [](const std::vector<Value>&) -> Value {
+        throw CalcError("broken inside");
+    };
+    return context;
+}
+
+} // namespace
+
+TEST(Evaluator, ConstantsAndNames) {
+    expectAnswers({{"pi", "3.1415926536"},
+                   {"π", "3.1415926536"},
+                   {"PI", "3.1415926536"},
+                   {"τ", "6.2831853072"},
+                   {"e", "2.7182818285"},
+                   {"True + True", "2"},
+                   {"km", "1 km"},
+                   {"2 pi", "6.2831853072"}});
+    expectErrors({{"Pi", "Pi is not defined"},
+                  {"foo", "foo is not defined"},
+                  {"b", "b is not defined (for the unit B, write it uppercase: B)"},
+                  {"c", "c is not defined (for the unit °C, write it uppercase: C)"}});
+    expectError("b", "b が定義されていません（単位の B なら B と大文字で書きます）", nullptr,
+                AppLanguage::japanese);
+}
+
+TEST(Evaluator, ContextNamesLinesAndFunctions) {
+    MapContext context = sheetContext();
+    expectAnswers({{"rent food", "110000"},
+                   {"a b c", "6"},
+                   {"3 x", "12"},
+                   {"tau", "7"},
+                   {"#1 + 1", "43"},
+                   {"double(x + 1)", "10"}},
+                  &context);
+    expectErrors({{"#9", "#9 not found"},
+                  {"triple(1)", "There is no function named triple"},
+                  {"broken(1)", "broken inside"},
+                  {"a b zz", "Unknown unit “zz”"}},
+                 &context);
+    expectError("#9", "#9 が見つかりません", &context, AppLanguage::japanese);
+}
+
+TEST(Evaluator, Comparisons) {
+    expectAnswers({{"2 > 1", "1"},
+                   {"1 m == 100 cm", "1"},
+                   {"1 m == 1 kg", "0"},
+                   {"1 m != 1 kg", "1"},
+                   {"50% == 0.5", "1"},
+                   {"5 == 5 mm", "1"},
+                   {"0.1 + 0.2 == 0.3", "0"},
+                   {"\"apple\" < \"banana\"", "1"},
+                   {"\"e\u0301\" == \"\u00e9\"", "1"},
+                   {"[1, \"a\"] == [1, \"a\"]", "1"},
+                   {"[1, 2] == [1, 2, 3]", "0"},
+                   {"[1 m] == [100 cm]", "1"},
+                   {"1 == \"1\"", "0"},
+                   {"[] != 0", "1"}});
+    expectErrors({{"1 m < 1 kg", "m and kg can't be added together"},
+                  {"[1] < [2]", "Lists can be checked for equality, but not ordered"},
+                  {"1 < \"1\"", "a number and text can’t be ordered"}});
+    expectError("[1] > 2", "表と数は大小を比べられません", nullptr, AppLanguage::japanese);
+}
+
+TEST(Evaluator, LogicAndNegation) {
+    expectAnswers({{"0 and missing", "0"},
+                   {"[] or 5", "5"},
+                   {"not \"\"", "1"},
+                   {"not 3", "0"},
+                   {"1 and 2", "2"},
+                   {"\"\" or \"b\"", "\"b\""},
+                   {"-(3 mm)", "-3 mm"},
+                   {"-50%", "-50%"}});
+    expectErrors({{"1 and missing", "missing is not defined"},
+                  {"-[1]", "Can’t negate a list"},
+                  {"-\"a\"", "Can’t negate text"}});
+    expectError("-[1]", "表に − は付けられません", nullptr, AppLanguage::japanese);
+}
+
+TEST(Evaluator, Indexing) {
+    expectAnswers({{"[10, 20, 30][-1]", "30"},
+                   {"[10, 20, 30][100%]", "20"},
+                   {"\"abc\"[1]", "\"b\""},
+                   {"\"a👍🏽c\"[1]", "\"👍🏽\""},
+                   {"[[1, 2], [3]][0][1]", "2"}});
+    expectErrors({{"[10, 20, 30][3]", "The list has no item 3 (valid: 0–2)"},
+                  {"[10, 20, 30][-4]", "The list has no item -4 (valid: 0–2)"},
+                  {"[][0]", "An empty The list has no item 0"},
+                  {"\"\"[0]", "An empty The text has no item 0"},
+                  {"[1][1.5]", "The index in [ ] must be a whole number without a unit"},
+                  {"[1][1 mm]", "The index in [ ] must be a whole number without a unit"},
+                  {"[1][\"0\"]", "The index in [ ] must be a whole number without a unit"},
+                  {"[1][2000000000]", "The index in [ ] is too large"},
+                  {"5[0]", "[ ] can’t be used on a number"}});
+    expectErrors(
+        {{"[10, 20, 30][3]", "表の 3 番目はありません（0〜2）"}, {"[][0]", "空の表には 0 番目がありません"}},
+        nullptr, AppLanguage::japanese);
+}
+
+TEST(Evaluator, PercentsAndUnits) {
+    expectAnswers({{"50%", "50%"},
+                   {"120 mm", "120 mm"},
+                   {"10% of 3000", "300"},
+                   {"10% of 200 mm", "20 mm"},
+                   {"10% of 50%", "5%"},
+                   {"2 of 3", "6"},
+                   {"5 km in m", "5000 m"},
+                   {"100 °C in °F", "212°F"},
+                   {"5 in mm", "5 mm"},
+                   {"50% in m", "0.5 m"}});
+    expectErrors({{"(5 mm)%", "% can’t follow a value with a unit"},
+                  {"\"a\"%", "Can’t attach % to text"},
+                  {"3 m cm", "Can’t add cm on top of m"},
+                  {"5 foo", "Unknown unit “foo”"},
+                  {"[1] mm", "Can’t attach a unit to a list"},
+                  {"10% mm", "Can’t attach mm to a percentage"},
+                  {"5 km in foo", "Unknown unit “foo”"},
+                  {"\"a\" of 3", "of doesn't work between text and a number"}});
+    EXPECT_EQ(evaluateLine("5 kN m").unit->dimensions, evaluateLine("5 N m").unit->dimensions);
+    EXPECT_NE(evaluateLine("5 kN m").unit->dimensions, evaluateLine("5 kN").unit->dimensions);
+}
+
+TEST(Evaluator, TextsOrderByScalarsAfterComposition) {
+    EXPECT_EQ(compareTexts("e\u0301", "\u00e9"), 0);
+    EXPECT_LT(compareTexts("Z", "a"), 0);
+    EXPECT_LT(compareTexts("ab", "abc"), 0);
+    EXPECT_GT(compareTexts("\u00e9", "f"), 0);
+}

@@ -1,0 +1,597 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+#include "LumoUI/persistence/DocumentFile.h"
+#include "LumoUI/settings/AppSettings.h"
+#include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetSession.h"
+#include "LumoUI/store/UndoCenter.h"
+
+using namespace lumo;
+using namespace std::chrono_literals;
+
+namespace {
+
+class QtEnvironment : public testing::Environment {
+public:
+    void SetUp() override {
+        static int argc = 1;
+        static char name[] = "DocumentStoreTests";
+        static char* argv[] = {name, nullptr};
+        m_application = std::make_unique<QCoreApplication>(argc, argv);
+        L10n::setCurrent(AppLanguage::english);
+    }
+    // The application goes before static destruction begins, while Qt's globals still exist.
+    void TearDown() override {
+        m_application.reset();
+        L10n::setCurrent(AppLanguage::system);
+    }
+
+private:
+    std::unique_ptr<QCoreApplication> m_application;
+};
+
+const auto* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
+
+QStringList capturedLog;
+
+void captureLog(QtMsgType, const QMessageLogContext&, const QString& message) {
+    capturedLog.append(message);
+}
+
+// Runs the event loop until `done` holds; false after the timeout.
+bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000) {
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QTimer tick;
+    tick.start(5);
+    while (!done()) {
+        if (elapsed.elapsed() > timeoutMs)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void runFor(int ms) {
+    QElapsedTimer elapsed;
+    elapsed.start();
+    waitUntil([&] { return elapsed.elapsed() >= ms; }, ms + 1000);
+}
+
+// Whole seconds, as the file stores them, so that copies compare equal after a round trip.
+struct FakeClock {
+    double seconds = 1'700'000'000;
+    std::function<Timestamp()> function() {
+        return [this] { return Timestamp{seconds}; };
+    }
+};
+
+const Uuid sheetX = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000001");
+const Uuid sheetY = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000002");
+
+LumoDocument baseDocument(Timestamp at) {
+    LumoDocument document;
+    document.sheets = {{sheetX, "X", "1\n", at, {}}, {sheetY, "Y", "2\n", at, {}}};
+    document.selectedSheetID = sheetX;
+    return document;
+}
+
+void writeDocument(const QString& path, const LumoDocument& document) {
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
+}
+
+LumoDocument readDocument(const QString& path) {
+    return decodeDocument(DocumentFile::read(path).value_or(QByteArray()).toStdString());
+}
+
+std::vector<std::string> sortedNames(const LumoDocument& document) {
+    std::vector<std::string> names;
+    for (const Sheet& sheet : document.sheets)
+        names.push_back(sheet.name);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool sameSheets(const LumoDocument& a, const LumoDocument& b) {
+    auto sorted = [](std::vector<Sheet> sheets) {
+        std::sort(sheets.begin(), sheets.end(), [](const Sheet& l, const Sheet& r) { return l.id < r.id; });
+        return sheets;
+    };
+    return sorted(a.sheets) == sorted(b.sheets);
+}
+
+// One device: its own local folder, sharing a cloud folder with the others.
+struct Device {
+    QTemporaryDir local;
+    std::unique_ptr<DocumentStore> store;
+
+    Device(const QString& cloud, FakeClock& clock, const std::optional<LumoDocument>& seed = std::nullopt) {
+        if (seed)
+            writeDocument(QDir(local.path()).filePath("document.json"), *seed);
+        DocumentStore::Options options;
+        options.storageDirectory = local.path();
+        options.cloudFolder = cloud;
+        options.saveDelay = 40ms;
+        options.mergeDelay = 30ms;
+        options.clock = clock.function();
+        store = std::make_unique<DocumentStore>(options, nullptr, nullptr, nullptr);
+    }
+    const Sheet* sheet(const Uuid& id) const { return store->sheet(id); }
+};
+
+// Two devices that start from the same synced document.
+struct TwoDevices : testing::Test {
+    QTemporaryDir cloud;
+    FakeClock clock;
+    std::unique_ptr<Device> a;
+    std::unique_ptr<Device> b;
+
+    void SetUp() override {
+        const LumoDocument base = baseDocument(Timestamp{clock.seconds});
+        writeDocument(QDir(cloud.path()).filePath("Documents/document.json"), base);
+        a = std::make_unique<Device>(cloud.path(), clock, base);
+        b = std::make_unique<Device>(cloud.path(), clock, base);
+    }
+
+    bool converged() const { return sameSheets(a->store->document(), b->store->document()); }
+};
+
+DocumentStore::Options memoryOptions(FakeClock& clock) {
+    DocumentStore::Options options;
+    options.clock = clock.function();
+    return options;
+}
+
+} // namespace
+
+TEST_F(TwoDevices, EditsOnBothConverge) {
+    clock.seconds += 10;
+    a->store->updateText(sheetX, "1\n10\n");
+    b->store->updateText(sheetY, "2\n20\n");
+    ASSERT_TRUE(waitUntil([&] {
+        return converged() && b->sheet(sheetX)->text == "1\n10\n" && a->sheet(sheetY)->text == "2\n20\n";
+    }));
+}
+
+TEST_F(TwoDevices, AnEditAfterADeletionSurvives) {
+    clock.seconds += 10;
+    a->store->deleteSheet(sheetX);
+    clock.seconds += 10;
+    b->store->updateText(sheetX, "kept\n");
+    ASSERT_TRUE(
+        waitUntil([&] { return converged() && a->sheet(sheetX) && a->sheet(sheetX)->text == "kept\n"; }));
+}
+
+TEST_F(TwoDevices, ADeletionEarlierInTheSameSecondStillWins) {
+    // The file keeps whole seconds; the devices must not judge by fractions only one of them saw.
+    clock.seconds += 10.2;
+    a->store->deleteSheet(sheetY);
+    clock.seconds += 0.6;
+    b->store->updateText(sheetY, "edited\n");
+    ASSERT_TRUE(waitUntil([&] { return converged() && !a->sheet(sheetY) && !b->sheet(sheetY); }));
+}
+
+TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets) {
+    QTemporaryDir cloud;
+    FakeClock clock;
+    Device a(cloud.path(), clock);
+    Device b(cloud.path(), clock);
+    ASSERT_TRUE(a.store->usingStarterDocument());
+    const std::vector<std::string> tutorial = sortedNames(a.store->document());
+    ASSERT_EQ(tutorial.size(), 4u);
+
+    a.store->addSheet();
+    auto expected = tutorial;
+    expected.push_back("Sheet 5");
+    std::sort(expected.begin(), expected.end());
+    ASSERT_TRUE(waitUntil([&] {
+        return sameSheets(a.store->document(), b.store->document()) &&
+               sortedNames(b.store->document()) == expected;
+    }));
+    // The copies that went away left tombstones, so the removal reaches every device.
+    EXPECT_EQ(b.store->document().deletedSheets.size(), 4u);
+}
+
+TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved) {
+    QTemporaryDir cloud;
+    FakeClock clock;
+    const QDir documents(QDir(cloud.path()).filePath("Documents"));
+    const char* copies[] = {"document (conflicted copy 2024-05-01).json",
+                            "document.sync-conflict-20240501-101010-ABCDEFG.json", "document (1).json"};
+    int n = 0;
+    for (const char* name : copies) {
+        LumoDocument copy;
+        copy.sheets = {{Uuid::random(), "copy " + std::to_string(++n), "", Timestamp{clock.seconds}, {}}};
+        writeDocument(documents.filePath(name), copy);
+    }
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(documents.filePath("document (2).json"), "{ half written").isEmpty());
+    ASSERT_TRUE(DocumentFile::writeAtomically(documents.filePath("documents.json"), "{}").isEmpty());
+
+    Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
+    ASSERT_TRUE(waitUntil([&] {
+        return std::none_of(std::begin(copies), std::end(copies),
+                            [&](const char* name) { return documents.exists(name); });
+    }));
+    const auto names = sortedNames(device.store->document());
+    EXPECT_EQ(names, (std::vector<std::string>{"X", "Y", "copy 1", "copy 2", "copy 3"}));
+    // What does not decode, and what is not a copy of the document, stays.
+    EXPECT_TRUE(documents.exists("document (2).json"));
+    EXPECT_TRUE(documents.exists("documents.json"));
+    EXPECT_EQ(sortedNames(readDocument(documents.filePath("document.json"))), names);
+}
+
+TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder) {
+    QTemporaryDir cloud;
+    FakeClock clock;
+    Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
+    const QString cloudFile = QDir(cloud.path()).filePath("Documents/document.json");
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(cloudFile); }));
+    EXPECT_TRUE(sameSheets(readDocument(cloudFile), device.store->document()));
+}
+
+TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond) {
+    QTemporaryDir local;
+    DocumentStore::Options options; // the production delays
+    options.storageDirectory = local.path();
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    const Uuid id = store.document().sheets.front().id;
+    int saves = 0;
+    QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
+
+    store.updateText(id, "1\n");
+    runFor(300);
+    EXPECT_EQ(saves, 0);
+    QElapsedTimer sinceSecond;
+    sinceSecond.start();
+    store.updateText(id, "1\n2\n");
+    ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
+    EXPECT_GE(sinceSecond.elapsed(), 390);
+    EXPECT_LT(sinceSecond.elapsed(), 1000);
+    runFor(500);
+    EXPECT_EQ(saves, 1);
+    EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "1\n2\n");
+}
+
+TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge) {
+    QTemporaryDir local;
+    QTemporaryDir cloud;
+    DocumentStore::Options options; // the production delays
+    options.storageDirectory = local.path();
+    options.cloudFolder = cloud.path();
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    int checks = 0;
+    int merges = 0;
+    QObject::connect(&store, &DocumentStore::remoteChecked, [&] { ++checks; });
+    QObject::connect(&store, &DocumentStore::remoteMerged, [&] { ++merges; });
+    ASSERT_TRUE(waitUntil([&] { return checks == 1; })); // the look at start
+
+    store.updateText(store.document().sheets.front().id, "own\n");
+    ASSERT_TRUE(waitUntil([&] { return checks >= 2; }));
+    EXPECT_EQ(merges, 0);
+    EXPECT_EQ(store.lastSyncedData(),
+              DocumentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
+}
+
+TEST(DocumentStoreSaving, PendingChangesAreWrittenWhenTheApplicationQuits) {
+    QTemporaryDir local;
+    FakeClock clock;
+    DocumentStore::Options options = memoryOptions(clock);
+    options.storageDirectory = local.path();
+    options.saveDelay = 1h;
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    store.updateText(store.document().sheets.front().id, "last words\n");
+
+    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+    QCoreApplication::exec();
+    EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "last words\n");
+}
+
+TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
+    QTemporaryDir local;
+    const QByteArray corrupt = "{\"sheets\": [ truncated";
+    ASSERT_TRUE(
+        DocumentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
+    capturedLog.clear();
+    const auto previous = qInstallMessageHandler(captureLog);
+    FakeClock clock;
+    DocumentStore::Options options = memoryOptions(clock);
+    options.storageDirectory = local.path();
+    options.saveDelay = 10ms;
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    qInstallMessageHandler(previous);
+
+    EXPECT_TRUE(store.usingStarterDocument());
+    const QStringList aside = QDir(local.path()).entryList({"document.unreadable-*.json"});
+    ASSERT_EQ(aside.size(), 1);
+    const QString stamp = QDateTime::fromSecsSinceEpoch(qint64(clock.seconds)).toString("yyyyMMdd-HHmmss");
+    EXPECT_EQ(aside.front(), "document.unreadable-" + stamp + ".json");
+    EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+    EXPECT_TRUE(capturedLog.join("\n").contains(aside.front()));
+
+    int saves = 0;
+    QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
+    store.updateText(store.document().sheets.front().id, "new\n");
+    ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
+    EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+
+    // What cannot even be read (a folder in the file's place, since root reads every file) is
+    // set aside as well, and the next save goes through.
+    QTemporaryDir blocked;
+    ASSERT_TRUE(QDir(blocked.path()).mkpath("document.json/kept"));
+    options.storageDirectory = blocked.path();
+    DocumentStore second(options, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(second.usingStarterDocument());
+    EXPECT_TRUE(QDir(blocked.path()).exists("document.unreadable-" + stamp + ".json/kept"));
+    QObject::connect(&second, &DocumentStore::saved, [&] { ++saves; });
+    second.updateText(second.document().sheets.front().id, "new\n");
+    ASSERT_TRUE(waitUntil([&] { return saves == 2; }, 1000));
+}
+
+TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
+    QTemporaryDir root;
+    // A folder beneath a regular file can never be created, even by root.
+    ASSERT_TRUE(DocumentFile::writeAtomically(root.filePath("blocker"), "x").isEmpty());
+    FakeClock clock;
+    DocumentStore::Options options = memoryOptions(clock);
+    options.storageDirectory = QDir(root.filePath("blocker")).filePath("Lumo");
+    options.saveDelay = 10ms;
+    capturedLog.clear();
+    const auto previous = qInstallMessageHandler(captureLog);
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    int failures = 0;
+    QObject::connect(&store, &DocumentStore::saveFailed, [&] { ++failures; });
+    const Uuid id = store.document().sheets.front().id;
+
+    store.updateText(id, "kept in memory\n");
+    const bool failedOnce = waitUntil([&] { return failures == 1; });
+    store.updateText(id, "still kept\n");
+    const bool failedTwice = waitUntil([&] { return failures == 2; });
+    qInstallMessageHandler(previous);
+
+    EXPECT_TRUE(failedOnce);
+    EXPECT_TRUE(failedTwice);
+    EXPECT_TRUE(capturedLog.join("\n").startsWith("Lumo: 保存に失敗しました"));
+    EXPECT_EQ(store.sheet(id)->text, "still kept\n");
+}
+
+TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages) {
+    struct Case {
+        AppLanguage language;
+        std::string added;
+        std::string duplicated;
+        std::string promptStart;
+        std::string erasedName;
+    };
+    const Case cases[] = {
+        {AppLanguage::english, "Sheet 2", "Y Copy",
+         "Only this sheet is cleared; your other sheets are untouched. You can undo it (↩︎ or ⌘Z).",
+         "New Sheet"},
+        {AppLanguage::japanese, "シート 2", "Y のコピー", "このシートだけを消去します。", "新しいシート"},
+    };
+    for (const Case& c : cases) {
+        L10n::setCurrent(c.language);
+        FakeClock clock;
+        DocumentStore::Options options = memoryOptions(clock);
+        options.source = DocumentStore::Source::file; // no folders: nothing is read or saved
+        DocumentStore store(options, nullptr, nullptr, nullptr);
+        store.eraseAllContent();
+        EXPECT_EQ(store.document().sheets.front().name, c.erasedName);
+        store.renameSheet(store.document().sheets.front().id, "Y");
+        EXPECT_EQ(store.sheet(store.addSheet())->name, c.added);
+        const auto copy = store.duplicateSheet(store.document().sheets.front().id);
+        ASSERT_TRUE(copy);
+        EXPECT_EQ(store.sheet(*copy)->name, c.duplicated);
+        EXPECT_EQ(store.document().sheets[1].id, *copy); // right after the original
+        store.requestClearSheet(*copy);
+        ASSERT_TRUE(store.clearSheetPrompt());
+        EXPECT_EQ(store.clearSheetPrompt()->rfind(c.promptStart, 0), 0u) << *store.clearSheetPrompt();
+    }
+    L10n::setCurrent(AppLanguage::english);
+}
+
+TEST(DocumentStoreEditing, OrderDeletionAndErasureBookkeeping) {
+    FakeClock clock;
+    DocumentStore store(memoryOptions(clock), nullptr, nullptr, nullptr);
+    const std::vector<Sheet> tutorial = store.document().sheets;
+
+    clock.seconds += 5;
+    store.addSheet();
+    EXPECT_FALSE(store.document().sheetOrderUpdatedAt); // adding is not reordering
+    store.moveSheet(tutorial[0].id, 99);
+    EXPECT_EQ(store.document().sheets.back().id, tutorial[0].id);
+    EXPECT_EQ(store.document().sheetOrderUpdatedAt, Timestamp{clock.seconds});
+
+    clock.seconds += 5;
+    store.deleteSheet(tutorial[1].id);
+    EXPECT_EQ(store.document().deletedSheets.at(tutorial[1].id.toString()), Timestamp{clock.seconds});
+    EXPECT_EQ(store.document().sheetOrderUpdatedAt, Timestamp{clock.seconds - 5});
+
+    clock.seconds += 5;
+    store.eraseAllContent();
+    ASSERT_EQ(store.document().sheets.size(), 1u);
+    EXPECT_EQ(store.document().selectedSheetID, store.document().sheets.front().id);
+    EXPECT_EQ(store.document().deletedSheets.size(), 5u);
+    EXPECT_EQ(store.document().deletedSheets.at(tutorial[0].id.toString()), Timestamp{clock.seconds});
+
+    // Deleting the last sheet never leaves the document empty.
+    store.deleteSheet(store.document().sheets.front().id);
+    ASSERT_EQ(store.document().sheets.size(), 1u);
+    EXPECT_EQ(store.document().sheets.front().name, "New Sheet");
+}
+
+TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications) {
+    FakeClock clock;
+    NotificationCenter center;
+    UndoCenter undoCenter;
+    DocumentStore store(memoryOptions(clock), &center, &undoCenter, nullptr);
+    auto session = std::make_unique<SheetSession>(&store);
+    const Uuid id = *session->sheetID();
+    const std::string original = store.sheet(id)->text;
+
+    session->activate();
+    store.updateText(id, original + "1\n");
+    store.setLockedLines(id, {0});
+    EXPECT_TRUE(undoCenter.canUndo());
+    EXPECT_FALSE(store.usingStarterDocument());
+
+    center.post(Notification::undo);
+    EXPECT_TRUE(store.sheet(id)->lockedLines.empty());
+    center.post(Notification::undo);
+    EXPECT_EQ(store.sheet(id)->text, original);
+    center.post(Notification::redo);
+
+    center.post(Notification::clearSheet);
+    ASSERT_EQ(store.pendingClearSheetID(), id);
+    store.cancelClearSheet();
+    EXPECT_FALSE(store.clearSheetPrompt());
+    center.post(Notification::clearSheet);
+    store.confirmClearSheet();
+    EXPECT_EQ(store.sheet(id)->text, "");
+    EXPECT_EQ(session->results().size(), store.results().size());
+    center.post(Notification::undo);
+    EXPECT_EQ(store.sheet(id)->text, original + "1\n");
+}
+
+TEST(DocumentStoreEditing, UndoAvailabilityFollowsTheActiveWindowAndItsSheet) {
+    FakeClock clock;
+    NotificationCenter center;
+    UndoCenter undoCenter;
+    DocumentStore store(memoryOptions(clock), &center, &undoCenter, nullptr);
+    auto first = std::make_unique<SheetSession>(&store);
+    auto second = std::make_unique<SheetSession>(&store);
+    const Uuid a = *first->sheetID();
+    const std::string original = store.sheet(a)->text;
+    std::optional<Uuid> b;
+    // Keys 0.3 s apart, from the middle of a second: one step, since grouping uses the precise
+    // time and not the whole seconds kept in the file.
+    const auto typeKeys = [&](const std::string& keys) {
+        clock.seconds += 0.5;
+        for (std::size_t typed = 1; typed <= keys.size(); ++typed, clock.seconds += 0.3)
+            store.updateText(a, original + keys.substr(0, typed));
+    };
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        bool canUndo;
+        bool canRedo;
+    };
+    const Step steps[] = {
+        {"first window becomes key", [&] { first->activate(); }, false, false},
+        {"types three keys", [&] { typeKeys("123"); }, true, false},
+        {"one undo takes all three", [&] { center.post(Notification::undo); }, false, true},
+        {"redo", [&] { center.post(Notification::redo); }, true, false},
+        {"a new sheet is shown", [&] { b = store.addSheet(); }, false, false},
+        {"back to the edited sheet", [&] { first->showSheet(a); }, true, false},
+        {"the other window shows the new sheet", [&] { second->showSheet(*b); }, true, false},
+        {"the other window becomes key", [&] { second->activate(); }, false, false},
+        {"its undo leaves the edited sheet alone", [&] { center.post(Notification::undo); }, false, false},
+        {"the edited sheet is selected there", [&] { store.selectSheet(a); }, true, false},
+        {"the key window closes", [&] { second.reset(); }, false, false},
+    };
+    for (const Step& step : steps) {
+        step.act();
+        EXPECT_EQ(undoCenter.canUndo(), step.canUndo) << step.what;
+        EXPECT_EQ(undoCenter.canRedo(), step.canRedo) << step.what;
+    }
+    EXPECT_EQ(store.sheet(a)->text, original + "123");
+}
+
+TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
+    FakeClock clock;
+    NotificationCenter center;
+    DocumentStore::Options options = memoryOptions(clock);
+    options.source = DocumentStore::Source::starter;
+    DocumentStore store(options, &center, nullptr, nullptr);
+    SheetSession session(&store);
+    ASSERT_EQ(store.document().sheets.front().name, "Getting Started");
+
+    L10n::setCurrent(AppLanguage::japanese);
+    center.post(Notification::languageChanged);
+    EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
+    EXPECT_EQ(session.sheetID(), store.document().selectedSheetID);
+
+    store.updateText(*session.sheetID(), "1");
+    L10n::setCurrent(AppLanguage::english);
+    center.post(Notification::languageChanged);
+    EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
+}
+
+TEST(DocumentStoreEditing, KeyLayoutsTravelBetweenSettingsAndTheDocument) {
+    QTemporaryDir dir;
+    QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
+    NotificationCenter center;
+    AppSettings settings(ini, &center);
+    FakeClock clock;
+    DocumentStore store(memoryOptions(clock), &center, nullptr, &settings);
+    int announced = 0;
+    center.observe(Notification::keyLayoutChanged, &center, [&] { ++announced; });
+
+    // The keypad rearranges: the document takes the layouts and their time.
+    const KeyLayouts keypad{{"functions", {{"main", {"sin", "cos"}}}}};
+    settings.setKeyLayouts(keypad, Timestamp{100});
+    center.post(Notification::keyLayoutChanged);
+    EXPECT_EQ(store.document().keyLayouts, keypad);
+    EXPECT_EQ(store.document().keyLayoutsUpdatedAt, Timestamp{100});
+
+    // Newer layouts in a loaded document reach settings and are announced once.
+    QTemporaryDir local;
+    LumoDocument remote = baseDocument(Timestamp{clock.seconds});
+    remote.keyLayouts = {{"units", {{"length", {"mm"}}}}};
+    remote.keyLayoutsUpdatedAt = Timestamp{200};
+    writeDocument(QDir(local.path()).filePath("document.json"), remote);
+    DocumentStore::Options options = memoryOptions(clock);
+    options.storageDirectory = local.path();
+    announced = 0;
+    DocumentStore loaded(options, &center, nullptr, &settings);
+    EXPECT_EQ(settings.keyLayouts(), remote.keyLayouts);
+    EXPECT_EQ(settings.keyLayoutsUpdatedAt(), Timestamp{200});
+    EXPECT_EQ(announced, 1);
+    EXPECT_EQ(store.document().keyLayouts, remote.keyLayouts); // the other store followed the announcement
+}
+
+TEST(DocumentStoreEditing, LaunchOptions) {
+    QTemporaryDir dir;
+    QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
+    AppSettings settings(ini, nullptr);
+    settings.setCloudFolder("/from/settings");
+    struct Case {
+        QStringList arguments;
+        const char* environment; // LUMO_CLOUD_DIR, or null when unset
+        DocumentStore::Source source;
+        QString cloud;
+    };
+    const Case cases[] = {
+        {{"lumo"}, nullptr, DocumentStore::Source::file, "/from/settings"},
+        {{"lumo"}, "/from/environment", DocumentStore::Source::file, "/from/environment"},
+        {{"lumo"}, "", DocumentStore::Source::file, ""},
+        {{"lumo", "-lumoStarter"}, nullptr, DocumentStore::Source::starter, ""},
+        {{"lumo", "-lumoFixture", "-lumoStarter"}, nullptr, DocumentStore::Source::sample, ""},
+    };
+    for (const Case& c : cases) {
+        if (c.environment)
+            qputenv("LUMO_CLOUD_DIR", c.environment);
+        else
+            qunsetenv("LUMO_CLOUD_DIR");
+        const auto options = DocumentStore::optionsForLaunch(c.arguments, &settings);
+        EXPECT_EQ(options.source, c.source) << c.arguments.join(' ').toStdString();
+        EXPECT_EQ(options.cloudFolder, c.cloud);
+        EXPECT_EQ(options.storageDirectory.isEmpty(), c.source != DocumentStore::Source::file);
+    }
+    qunsetenv("LUMO_CLOUD_DIR");
+}

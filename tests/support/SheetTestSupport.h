@@ -1,0 +1,71 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "LumoKit/base/Language.h"
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/ProgramRunner.h"
+#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/values/ValueFormatter.h"
+
+namespace lumo::test {
+
+/// One line's result as the tests spell it: the formatted answer, "! message" for a failure,
+/// "plot: title" for a plot, "//" for a note and "" for a blank.
+inline std::string showResult(const LineResult& result) {
+    switch (result.outcome.kind) {
+    case LineOutcome::Kind::value:
+        return ValueFormatter::format(result.outcome.value, Grouping::none);
+    case LineOutcome::Kind::plot:
+        return "plot: " + result.outcome.plot.title;
+    case LineOutcome::Kind::failure:
+        return "! " + result.outcome.message;
+    case LineOutcome::Kind::comment:
+        return "//";
+    case LineOutcome::Kind::blank:
+        break;
+    }
+    return "";
+}
+
+inline std::vector<std::string> showResults(const std::vector<LineResult>& results) {
+    std::vector<std::string> shown;
+    for (const auto& result : results)
+        shown.push_back(showResult(result));
+    return shown;
+}
+
+/// The shown results of a sheet, evaluated in the given language (restored afterwards).
+inline std::vector<std::string> sheetAnswers(const std::string& text,
+                                             const std::vector<SharedSheet>& others = {},
+                                             AppLanguage language = AppLanguage::english) {
+    L10n::setCurrent(language);
+    auto shown = showResults(DocumentEvaluator::evaluate(text, others));
+    L10n::setCurrent(AppLanguage::system);
+    return shown;
+}
+
+/// The shown results of one sheet run alone under the given limits, in English.
+inline std::vector<std::string> runAnswers(const std::string& text, BudgetLimits limits) {
+    L10n::setCurrent(AppLanguage::english);
+    auto shown = showResults(ProgramRunner(unicode::splitLines(text), {}, limits).run());
+    L10n::setCurrent(AppLanguage::system);
+    return shown;
+}
+
+/// A sheet's text and the result every line must show.
+struct SheetCase {
+    std::string text;
+    std::vector<std::string> expected;
+};
+
+inline void expectSheets(const std::vector<SheetCase>& cases, const std::vector<SharedSheet>& others = {},
+                         AppLanguage language = AppLanguage::english) {
+    for (const auto& c : cases)
+        EXPECT_EQ(sheetAnswers(c.text, others, language), c.expected) << c.text;
+}
+
+} // namespace lumo::test
