@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "LumoKit/document/Document.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/EditableDocument.h"
 #include "LumoUI/store/KeyLayoutBridge.h"

@@ -7,6 +7,7 @@
 #include <optional>
 #include <unordered_map>
 
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
 
