@@ -10,6 +10,7 @@
 #include <uuid/uuid.h>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 
 namespace lumo {
 
@@ -233,7 +234,7 @@ std::vector<Uuid> mergedOrder(const std::vector<Sheet>& primary, const std::vect
 }
 
 Sheet replacementSheet(Timestamp now) {
-    return Sheet{Uuid::random(), L10n::pick("新しいシート", "New Sheet"), "", now, {}};
+    return Sheet{Uuid::random(), Message(MessageKind::newSheetName).text(L10n::resolved()), "", now, {}};
 }
 
 std::string contentKey(const Sheet& sheet) {
