@@ -57,8 +57,10 @@ std::string plotSummary(const PlotSpec& plot, const EvaluationOptions& options) 
     std::string summary = std::string("[") + plotKindWord(plot.kind) + "]";
     if (plot.kind == PlotSpec::Kind::bars)
         return summary + " " + std::to_string(plot.bars.size()) + " bars";
-    summary += " x " + formatRangeEnd(plot.xRange.low, options) + "…" + formatRangeEnd(plot.xRange.high, options);
-    summary += ", y " + formatRangeEnd(plot.yRange.low, options) + "…" + formatRangeEnd(plot.yRange.high, options);
+    summary +=
+        " x " + formatRangeEnd(plot.xRange.low, options) + "…" + formatRangeEnd(plot.xRange.high, options);
+    summary +=
+        ", y " + formatRangeEnd(plot.yRange.low, options) + "…" + formatRangeEnd(plot.yRange.high, options);
     if (plot.zRange) {
         summary += ", z " + formatRangeEnd(plot.zRange->low, options) + "…" +
                    formatRangeEnd(plot.zRange->high, options);
@@ -211,7 +213,8 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
         std::size_t answerColumn = 0;
         for (const auto& result : sheet.results) {
             if (result.outcome.kind != LineOutcome::Kind::failure)
-                answerColumn = std::max(answerColumn, unicode::displayWidth(answerText(result, options, grouping)));
+                answerColumn =
+                    std::max(answerColumn, unicode::displayWidth(answerText(result, options, grouping)));
         }
         for (std::size_t i = 0; i < sheet.lines.size(); ++i) {
             const auto& line = sheet.lines[i];
@@ -237,8 +240,8 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
     }
 }
 
-void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
-                    Grouping grouping) {
+void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
+                    const EvaluationOptions& options, Grouping grouping) {
     for (const auto& sheet : sheets) {
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];

@@ -27,8 +27,8 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
                Grouping grouping, Colour colour, Headings headings);
 
 /// JSON Lines: one object per line of every sheet, in order.
-void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
-                    Grouping grouping);
+void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
+                    const EvaluationOptions& options, Grouping grouping);
 
 /// A few rows of text that sketch a plot under its line.
 std::vector<std::string> sketchPlot(const PlotSpec& plot, const EvaluationOptions& options);

@@ -144,7 +144,8 @@ BENCHMARK(plotLine)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 // The worst case: an endless loop must stop at the run budget (0.15 s) plus a little.
 void endlessLoop(benchmark::State& state) {
     for (auto _ : state)
-        benchmark::DoNotOptimize(DocumentEvaluator::evaluate("n = 0\nwhile True:\n    n = n + 1\n", {}, EvaluationOptions{}));
+        benchmark::DoNotOptimize(
+            DocumentEvaluator::evaluate("n = 0\nwhile True:\n    n = n + 1\n", {}, EvaluationOptions{}));
 }
 BENCHMARK(endlessLoop)->Unit(benchmark::kMillisecond)->Iterations(5);
 

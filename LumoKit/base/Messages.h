@@ -136,6 +136,13 @@ enum class MessageKind {
     nameUsedOnLine,
     newSheetName,
 
+    // Reading a document file
+    documentUnreadable,
+    documentWrongType,
+    documentTooDeep,
+    documentNotJson,
+    documentKeyMissing,
+
     // Fragments
     aNumber,
     aText,
@@ -145,6 +152,12 @@ enum class MessageKind {
     thisCalculation,
     argumentWord,
     argumentsWord,
+    anObject,
+    aString,
+    aDate,
+    aUuid,
+    anInteger,
+    anArray,
 };
 
 /// A message of a kind, with what goes into its texts at {0}, {1}, … Each inserted part is

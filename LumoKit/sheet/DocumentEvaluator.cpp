@@ -40,7 +40,8 @@ std::string withoutTrailingEquals(std::string_view text) {
 
 } // namespace
 
-std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text, const std::vector<SharedSheet>& others,
+std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
+                                                    const std::vector<SharedSheet>& others,
                                                     const EvaluationOptions& options) {
     return ProgramRunner(unicode::splitLines(text), others, options).run();
 }

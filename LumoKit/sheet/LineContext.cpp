@@ -140,8 +140,9 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     // Sum or TOTAL would be looked up as ordinary names, but taking them as names would
     // only confuse, so the lower-case spelling is refused as well.
     if (statement.name && (isSheetWord(*statement.name) || isSheetWord(unicode::toLower(*statement.name))))
-        return {LineOutcome::makeFailure({MessageKind::sheetWordAsName, {*statement.name}}, m_options.language),
-                statement.name};
+        return {
+            LineOutcome::makeFailure({MessageKind::sheetWordAsName, {*statement.name}}, m_options.language),
+            statement.name};
     if (isMixedSum(*statement.expr, *this)) {
         mixedUnits = true;
         return {LineOutcome::makeFailure(MessageKind::unitsMixedInSum, m_options.language), statement.name};

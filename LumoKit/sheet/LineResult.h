@@ -20,9 +20,9 @@ struct LineOutcome {
     enum class Kind { value, plot, failure, blank, comment };
 
     Kind kind = Kind::blank;
-    Value value;         // for `value`
-    PlotSpec plot;       // for `plot`
-    std::string message; // for `failure`, in the run's language
+    Value value;                                 // for `value`
+    PlotSpec plot;                               // for `plot`
+    std::string message;                         // for `failure`, in the run's language
     MessageKind failure = MessageKind::verbatim; // for `failure`: which message it is
 
     static LineOutcome makeValue(Value value);

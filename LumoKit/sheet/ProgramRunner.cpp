@@ -305,9 +305,10 @@ const ProgramFunction* ProgramRunner::findFunction(const std::string& name) {
 
 Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vector<Value>& args) {
     if (args.size() != function.params.size())
-        throw CalcError(MessageKind::argumentCount,
-                        {function.name, std::to_string(function.params.size()),
-                         function.params.size() == 1 ? MessageKind::argumentWord : MessageKind::argumentsWord});
+        throw CalcError(
+            MessageKind::argumentCount,
+            {function.name, std::to_string(function.params.size()),
+             function.params.size() == 1 ? MessageKind::argumentWord : MessageKind::argumentsWord});
     // The table entry may be replaced while the body runs (a def of the same name inside it).
     const ProgramFunction called = function;
     std::unordered_map<std::string, Value> arguments;

@@ -103,8 +103,7 @@ std::string decimalForm(double number, int maxFractionDigits, Grouping grouping)
     std::string shortest = toChars(number, std::chars_format::fixed);
     if (shortest.empty())
         return std::to_string(number);
-    std::string text =
-        trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits));
+    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits));
     if (text == "-0")
         return "0";
     if (grouping == Grouping::none)

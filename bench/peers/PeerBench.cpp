@@ -89,7 +89,8 @@ int main(int argc, char** argv) {
             [&] {
                 auto statement = lumo::parseStatement(line.lumo);
                 auto value = lumo::Evaluator(lumo::EvaluationOptions{}, &names).evaluate(*statement.expr);
-                lumoAnswer = lumo::ValueFormatter::format(value, lumo::EvaluationOptions{}, lumo::Grouping::none);
+                lumoAnswer =
+                    lumo::ValueFormatter::format(value, lumo::EvaluationOptions{}, lumo::Grouping::none);
             },
             20000);
         double qalculateNs = nanosecondsPerCall(

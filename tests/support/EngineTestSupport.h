@@ -118,7 +118,8 @@ inline void expectError(std::string_view line, std::string_view message, EvalCon
     }
 }
 
-inline void expectError(std::string_view line, std::string_view message, EvalContext* context, Language language) {
+inline void expectError(std::string_view line, std::string_view message, EvalContext* context,
+                        Language language) {
     expectError(line, message, context, optionsWith(language));
 }
 

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "LumoKit/base/Unicode.h"
-#include "LumoKit/values/ValueFormatter.h"
 #include "LumoKit/values/builtins/BuiltinCall.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {
 

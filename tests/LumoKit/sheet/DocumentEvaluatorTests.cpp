@@ -145,7 +145,8 @@ TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
     std::vector<Run> runs;
     for (const auto& text : sheets) {
         for (const auto& option : options)
-            runs.push_back({&text, option, showResults(DocumentEvaluator::evaluate(text, others, option), option)});
+            runs.push_back(
+                {&text, option, showResults(DocumentEvaluator::evaluate(text, others, option), option)});
     }
     // The options matter to every sheet, so equal answers below are not a coincidence.
     EXPECT_NE(runs[0].expected, runs[1].expected);

@@ -22,7 +22,8 @@ std::string describe(const ProgramNode& node, Language language) {
             [&](const Program::Blank& blank) { return "_" + n(blank.index); },
             [&](const Program::Comment& comment) { return "#" + n(comment.index); },
             [&](const Program::Invalid& invalid) {
-                return "!" + n(invalid.index) + " " + invalid.message.text(language) + "(" + describe(invalid.body, language) + ")";
+                return "!" + n(invalid.index) + " " + invalid.message.text(language) + "(" +
+                       describe(invalid.body, language) + ")";
             },
             [&](const Program::IfChain& chain) {
                 std::string text;

@@ -58,8 +58,10 @@ TEST(ValueFormatter, Numbers) {
         {999999999999.9999, "999999999999.9999", "999,999,999,999.9999"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(ValueFormatter::formatNumber(c.number, EvaluationOptions{}, Grouping::none), c.plain) << c.plain;
-        EXPECT_EQ(ValueFormatter::formatNumber(c.number, EvaluationOptions{}, Grouping::grouped), c.grouped) << c.grouped;
+        EXPECT_EQ(ValueFormatter::formatNumber(c.number, EvaluationOptions{}, Grouping::none), c.plain)
+            << c.plain;
+        EXPECT_EQ(ValueFormatter::formatNumber(c.number, EvaluationOptions{}, Grouping::grouped), c.grouped)
+            << c.grouped;
     }
 }
 
@@ -88,10 +90,11 @@ TEST(ValueFormatter, Values) {
     };
     for (const auto& [value, expected] : cases)
         EXPECT_EQ(format(value), expected);
-    EXPECT_EQ(ValueFormatter::format(qty(1234567, "円"), EvaluationOptions{}, Grouping::grouped), "1,234,567円");
-    EXPECT_EQ(
-        ValueFormatter::format(Value::list({Value::plain(1e4), Value::percent(1e4)}), EvaluationOptions{}, Grouping::grouped),
-        "[10,000, 10,000%]");
+    EXPECT_EQ(ValueFormatter::format(qty(1234567, "円"), EvaluationOptions{}, Grouping::grouped),
+              "1,234,567円");
+    EXPECT_EQ(ValueFormatter::format(Value::list({Value::plain(1e4), Value::percent(1e4)}),
+                                     EvaluationOptions{}, Grouping::grouped),
+              "[10,000, 10,000%]");
 }
 
 TEST(ValueFormatter, LongListsShowAHundredItems) {
@@ -120,7 +123,8 @@ TEST(ValueFormatter, MaxFractionDigits) {
     for (const auto& [digits, number, expected] : cases) {
         // The process-wide default is kept in range and reaches runs through their options.
         ValueFormatter::setMaxFractionDigits(digits);
-        EXPECT_EQ(ValueFormatter::formatNumber(number, EvaluationOptions::current(), Grouping::none), expected)
+        EXPECT_EQ(ValueFormatter::formatNumber(number, EvaluationOptions::current(), Grouping::none),
+                  expected)
             << digits << " digits";
     }
     ValueFormatter::setMaxFractionDigits(10);

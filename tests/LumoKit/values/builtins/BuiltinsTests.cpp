@@ -131,7 +131,8 @@ TEST(Builtins, TrigonometryInDegrees) {
                    {"atan(1)", "45 deg"}},
                   nullptr, degrees);
     expectErrors({{"tan(90)", "Can’t calculate this"}}, nullptr, degrees);
-    expectError("tan(1 kg)", "tan には角度を渡してください", nullptr, optionsWith(Language::japanese, AngleUnit::degrees));
+    expectError("tan(1 kg)", "tan には角度を渡してください", nullptr,
+                optionsWith(Language::japanese, AngleUnit::degrees));
 }
 
 TEST(Builtins, TwoArgumentArithmetic) {
