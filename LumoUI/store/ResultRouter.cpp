@@ -75,7 +75,8 @@ std::optional<Uuid> ResultRouter::shownSheetID() const {
 }
 
 ResultRouter::Run ResultRouter::prepareRun(const Sheet& target) const {
-    Run run{target.id, 0, target.text, {}};
+    // Each run takes the settings as they are when it starts.
+    Run run{target.id, 0, target.text, {}, EvaluationOptions::current()};
     for (const Sheet& other : m_document.sheets) {
         if (other.id != target.id)
             run.others.push_back(SharedSheet{other.name, other.text});
@@ -85,7 +86,7 @@ ResultRouter::Run ResultRouter::prepareRun(const Sheet& target) const {
 
 std::vector<LineResult> ResultRouter::evaluate(const Run& run) {
     try {
-        return DocumentEvaluator::evaluate(run.text, run.others);
+        return DocumentEvaluator::evaluate(run.text, run.others, run.options);
     } catch (const std::exception& error) {
         // The evaluator reports failures per line; anything escaping it is a bug, not the user's.
         qWarning().noquote() << "Lumo: evaluation failed:" << error.what();

@@ -14,6 +14,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/document/Document.h"
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/store/StoreOptions.h"
@@ -27,7 +28,8 @@ class SheetSession;
 /// may reach other sheets through cross-sheet functions.
 ///
 /// In the background mode each refresh starts a run per shown sheet on a worker thread. A run
-/// gets copies of the texts it reads, and its sheet's generation number: when it finishes,
+/// gets copies of the texts it reads, the evaluation options as the settings are when it
+/// starts, and its sheet's generation number: when it finishes,
 /// its results are published on the main thread only if no later run of that sheet has been
 /// started since, and a run that is already superseded when its turn comes does not evaluate.
 class ResultRouter : public QObject {
@@ -73,6 +75,7 @@ private:
         std::uint64_t generation = 0;
         std::string text;
         std::vector<SharedSheet> others;
+        EvaluationOptions options;
     };
 
     const Sheet* findSheet(const Uuid& sheetID) const;
