@@ -19,8 +19,7 @@ std::string tooLongMessage() {
 
 } // namespace
 
-ProgramBudget::ProgramBudget(BudgetLimits limits)
-    : m_limits(limits), m_startedAt(std::chrono::steady_clock::now()) {}
+ProgramBudget::ProgramBudget(BudgetLimits limits) : m_limits(limits), m_startedAt(m_limits.clock()) {}
 
 void ProgramBudget::takeStep() {
     if (exhausted())
@@ -59,7 +58,7 @@ bool ProgramBudget::checkClock() {
 }
 
 double ProgramBudget::elapsedSeconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_startedAt).count();
+    return std::chrono::duration<double>(m_limits.clock() - m_startedAt).count();
 }
 
 void ProgramBudget::stop(std::string message) {

@@ -123,9 +123,11 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
     return std::visit(overloaded{
                           [&](const program::Line& line) -> std::optional<ProgramFlow> {
                               setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
-                              // A single line can be slow (a big plot, copying a long list), and a sheet of
-                              // many such lines must not hang the editor, so the clock bounds the whole run.
-                              m_context.budget.checkClock();
+                              // A loop's pass can be slow however few passes it makes (a list that
+                              // doubles), so its lines read the clock; a line of the sheet itself
+                              // never does, so no plain line is cut however long the sheet.
+                              if (counting == LineCounting::uncounted)
+                                  m_context.budget.checkClock();
                               return std::nullopt;
                           },
                           [&](const program::Blank&) -> std::optional<ProgramFlow> {
