@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bench/UniqueCorpus.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 
 namespace {
 

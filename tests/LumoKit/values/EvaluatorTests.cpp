@@ -164,3 +164,11 @@ TEST(Evaluator, FlatChainsOfAnyLength) {
                    {"1" + chain("", " * 1", 50000) + " + (" + chain("1", "+", 3000) + ")", "3001"}},
                   &context);
 }
+
+TEST(Evaluator, ConversionFailureMessages) {
+    expectErrors({
+        {"5 $ to 円", "Can't convert 5USD to 円"},
+        {"1.5 kg to m", "Can't convert 1.5 kg to m"},
+    });
+    expectErrors({{"5 USD to 円", "5USD は 円 に変換できません"}}, nullptr, AppLanguage::japanese);
+}
