@@ -171,7 +171,7 @@ std::string answerText(const LineResult& result, Grouping grouping) {
     case LineOutcome::Kind::failure:
         return result.outcome.message;
     case LineOutcome::Kind::plot:
-        return plotSummary(result.outcome.plot);
+        return plotSummary(*result.outcome.plot);
     case LineOutcome::Kind::blank:
     case LineOutcome::Kind::comment:
         return "";
@@ -228,7 +228,7 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, Gro
                 out << line << gap << padLeft(answer, answerColumn) << "\n";
             }
             if (result.outcome.kind == LineOutcome::Kind::plot) {
-                for (const auto& row : sketchPlot(result.outcome.plot))
+                for (const auto& row : sketchPlot(*result.outcome.plot))
                     out << "    " << dim << row << reset << "\n";
             }
         }
@@ -252,7 +252,7 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                 json["message"] = result.outcome.message;
                 break;
             case LineOutcome::Kind::plot:
-                json["plot"] = plotJson(result.outcome.plot);
+                json["plot"] = plotJson(*result.outcome.plot);
                 break;
             case LineOutcome::Kind::blank:
             case LineOutcome::Kind::comment:

@@ -45,6 +45,12 @@ std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
     return ProgramRunner(unicode::splitLines(text), others).run();
 }
 
+std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
+                                                    const std::vector<SharedSheet>& others,
+                                                    SheetParseCache& parses) {
+    return ProgramRunner(unicode::splitLines(text), others, BudgetLimits{}, &parses).run();
+}
+
 // Asked for every name a line reads, so it compares the first byte before the rest.
 std::optional<SheetWord> sheetWordOf(std::string_view name) {
     for (const auto& [word, meaning] : sheetWords) {

@@ -9,10 +9,15 @@
 
 namespace lumo {
 
+class SheetParseCache;
+
 /// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
 /// LineResult per line. Stateless; every call is a fresh run inside the run budget.
 struct DocumentEvaluator {
     static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others);
+    /// The same run, reusing the parses of lines that earlier runs with this cache met.
+    static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others,
+                                            SheetParseCache& parses);
 };
 
 // The rules a sheet adds to the expression language. The run applies them line by line.

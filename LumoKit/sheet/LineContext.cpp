@@ -4,6 +4,7 @@
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/sheet/PlotBuilder.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 
 namespace lumo {
 
@@ -34,18 +35,6 @@ std::string builtinWordMessage(const std::string& name) {
 
 std::string cannotCalculateMessage() {
     return L10n::pick("計算できません", "Can’t calculate this");
-}
-
-ParsedLine parseLine(std::string text) {
-    ParsedLine parsedLine{std::move(text), std::nullopt, {}};
-    try {
-        parsedLine.statement = parseStatement(parsedLine.text);
-    } catch (const CalcError& error) {
-        parsedLine.error = error.message();
-    } catch (const std::exception&) {
-        parsedLine.error = cannotCalculateMessage();
-    }
-    return parsedLine;
 }
 
 // Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
@@ -117,9 +106,9 @@ std::optional<Value> LineContext::valueOf(const std::string& name) {
 }
 
 std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
-    if (const auto found = byLine.find(line); found != byLine.end())
-        return found->second;
-    return std::nullopt;
+    if (line < 1 || static_cast<std::uint64_t>(line) > byLine.size())
+        return std::nullopt;
+    return byLine[static_cast<std::size_t>(line - 1)];
 }
 
 std::optional<Value> LineContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
@@ -145,8 +134,11 @@ const ParsedLine& LineContext::parsed(const Program::Line& line) {
     }
     const bool continued = previous.has_value() && *cache.canContinue;
     auto& slot = continued ? cache.continued : cache.asWritten;
-    if (!slot)
-        slot = parseLine(prepareLine(line.source, continued));
+    if (!slot) {
+        std::string prepared = prepareLine(line.source, continued);
+        slot = parses ? parses->parsed(prepared)
+                      : std::make_shared<const ParsedLine>(parseLine(std::move(prepared)));
+    }
     return *slot;
 }
 
@@ -195,8 +187,12 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     Value answer = Evaluator(this).evaluate(*statement.expr);
     retain(line, owner, answer);
     previous = answer;
-    if (owner == LineOwner::thisSheet)
-        byLine.insert_or_assign(line.index + 1, answer);
+    if (owner == LineOwner::thisSheet) {
+        const auto index = static_cast<std::size_t>(line.index);
+        if (index >= byLine.size())
+            byLine.resize(index + 1);
+        byLine[index] = answer;
+    }
     if (counting == LineCounting::counted && answer.isNumber()) {
         block.add(answer);
         all.add(answer);

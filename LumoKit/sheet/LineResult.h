@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -19,9 +20,9 @@ struct LineOutcome {
     enum class Kind { value, plot, failure, blank, comment };
 
     Kind kind = Kind::blank;
-    Value value;         // for `value`
-    PlotSpec plot;       // for `plot`
-    std::string message; // for `failure`
+    Value value;                          // for `value`
+    std::shared_ptr<const PlotSpec> plot; // for `plot`; shared, so that results stay small
+    std::string message;                  // for `failure`
 
     static LineOutcome makeValue(Value value);
     static LineOutcome makePlot(PlotSpec plot);

@@ -32,8 +32,8 @@ struct ParsedLine {
 /// The parses of one line, as written and continued with "prev ", filled on first use.
 struct LineParseCache {
     std::optional<bool> canContinue; // whether the text starts like a continuation
-    std::optional<ParsedLine> asWritten;
-    std::optional<ParsedLine> continued;
+    std::shared_ptr<const ParsedLine> asWritten;
+    std::shared_ptr<const ParsedLine> continued;
 };
 
 struct ProgramFunction;

@@ -6,6 +6,7 @@
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/Builtins.h"
 
 namespace lumo {
@@ -85,9 +86,11 @@ private:
 } // namespace
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
-                             BudgetLimits limits)
+                             BudgetLimits limits, SheetParseCache* parses)
     : m_lines(std::move(lines)), m_context(limits), m_results(m_lines.size()),
-      m_visited(m_lines.size(), false), m_others(others) {}
+      m_visited(m_lines.size(), false), m_others(others) {
+    m_context.parses = parses;
+}
 
 std::vector<LineResult> ProgramRunner::run() {
     m_context.findFunction = [this](const std::string& name) { return findFunction(name); };
@@ -96,6 +99,8 @@ std::vector<LineResult> ProgramRunner::run() {
     };
     const ProgramBody program = Program::parse(m_lines);
     showStructure(program);
+    if (m_context.parses)
+        m_context.parses->beginRun();
     try {
         // A break, continue or return that reaches the top level ends nothing.
         for (const auto& node : program) {
@@ -105,6 +110,8 @@ std::vector<LineResult> ProgramRunner::run() {
     } catch (const RunStopped&) {
         fillUnreached();
     }
+    if (m_context.parses)
+        m_context.parses->endRun();
     return std::move(m_results);
 }
 

@@ -472,7 +472,7 @@ std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const {
             others.push_back(SharedSheet{other.name, other.text});
     }
     try {
-        return DocumentEvaluator::evaluate(target->text, others);
+        return DocumentEvaluator::evaluate(target->text, others, m_parseCaches[sheetID]);
     } catch (const std::exception& error) {
         // The evaluator reports failures per line; anything escaping it is a bug, not the user's.
         qWarning().noquote() << "Lumo: evaluation failed:" << error.what();
