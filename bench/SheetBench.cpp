@@ -88,4 +88,28 @@ void uniqueSheet(benchmark::State& state) {
 }
 BENCHMARK(uniqueSheet)->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
+// One long line: a flat chain of terms of the given size in bytes. Time and the heap's peak
+// are per input byte, and must stay flat from 100 kB to 10 MB.
+void longLine(benchmark::State& state) {
+    const auto bytes = static_cast<std::size_t>(state.range(0));
+    std::string text;
+    text.reserve(bytes + 2);
+    text = "1";
+    while (text.size() + 2 <= bytes)
+        text += "+1";
+    std::size_t peakPerRun = 0;
+    for (auto _ : state) {
+        const std::size_t before = s_heapInUse.load();
+        s_heapPeak.store(before);
+        auto results = DocumentEvaluator::evaluate(text, {});
+        peakPerRun = s_heapPeak.load() - before;
+        benchmark::DoNotOptimize(results.data());
+    }
+    state.counters["ns_per_byte"] =
+        benchmark::Counter(static_cast<double>(text.size()) * 1e-9,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["peak_B_per_byte"] = static_cast<double>(peakPerRun) / static_cast<double>(text.size());
+}
+BENCHMARK(longLine)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
+
 } // namespace

@@ -126,7 +126,7 @@ void LineContext::assign(const std::string& name, Value value) {
 }
 
 const ParsedLine& LineContext::parsed(const Program::Line& line) {
-    LineParseCache& cache = *line.cache;
+    LineParseCache& cache = line.cache;
     if (!cache.canContinue) {
         // Only the start matters here, so a line without a trailing "=" needs no copy.
         cache.canContinue = endsWithEquals(line.source) ? continuesPrevious(prepareLine(line.source, false))

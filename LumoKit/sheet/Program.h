@@ -46,7 +46,7 @@ struct Program {
     struct Line {
         std::int64_t index = 0;
         std::string source;
-        std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
+        mutable LineParseCache cache; // filled while the run meets the line
     };
     struct Blank {
         std::int64_t index = 0;
