@@ -75,7 +75,7 @@ void uniqueSheet(benchmark::State& state) {
     for (auto _ : state) {
         const std::size_t before = s_heapInUse.load();
         s_heapPeak.store(before);
-        auto results = DocumentEvaluator::evaluate(text, {});
+        auto results = DocumentEvaluator::evaluate(text, {}, EvaluationOptions{});
         keptPerRun = s_heapInUse.load() - before;
         peakPerRun = s_heapPeak.load() - before;
         benchmark::DoNotOptimize(results.data());
@@ -101,7 +101,7 @@ void longLine(benchmark::State& state) {
     for (auto _ : state) {
         const std::size_t before = s_heapInUse.load();
         s_heapPeak.store(before);
-        auto results = DocumentEvaluator::evaluate(text, {});
+        auto results = DocumentEvaluator::evaluate(text, {}, EvaluationOptions{});
         peakPerRun = s_heapPeak.load() - before;
         benchmark::DoNotOptimize(results.data());
     }

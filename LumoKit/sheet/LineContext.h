@@ -44,7 +44,7 @@ public:
     using RunFunction = std::function<Value(const ProgramFunction&, const std::vector<Value>&)>;
     using FindFunction = std::function<const ProgramFunction*(const std::string&)>;
 
-    explicit LineContext(BudgetLimits limits = {});
+    explicit LineContext(const EvaluationOptions& options, BudgetLimits limits = {});
 
     // The run's state, in the order the lines build it up.
     std::unordered_map<std::string, Value> names;
@@ -64,6 +64,8 @@ public:
     std::optional<Value> answerOnLine(std::int64_t line) override;
     std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override;
 
+    const EvaluationOptions& options() const { return m_options; }
+
     /// Binds a name where a line or loop of the current scope puts it: the innermost local
     /// scope while a function runs, else the sheet's names.
     void assign(const std::string& name, Value value);
@@ -82,6 +84,7 @@ private:
                                   LineCounting counting, LineOwner owner);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
+    EvaluationOptions m_options;
     std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
 };

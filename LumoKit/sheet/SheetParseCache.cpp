@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 
 namespace lumo {
 
@@ -12,8 +12,6 @@ ParsedLine parseLine(std::string text) {
         parsedLine.statement = parseStatement(parsedLine.text);
     } catch (const CalcError& error) {
         parsedLine.error = error.message();
-    } catch (const std::exception&) {
-        parsedLine.error = L10n::pick("計算できません", "Can’t calculate this");
     }
     return parsedLine;
 }
@@ -28,11 +26,6 @@ std::shared_ptr<const ParsedLine> SheetParseCache::parsed(const std::string& tex
 
 void SheetParseCache::beginRun() {
     ++m_run;
-    // A parse that failed holds its message in the language of its run.
-    const bool english = L10n::isEnglish();
-    if (m_english != english)
-        m_entries.clear();
-    m_english = english;
 }
 
 void SheetParseCache::endRun() {

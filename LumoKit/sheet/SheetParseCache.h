@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -16,11 +15,11 @@ ParsedLine parseLine(std::string text);
 /// The parses of one sheet's lines kept from one run to the next, so that a run after a
 /// keystroke parses only the lines that changed.
 ///
-/// Only parses are kept, keyed by the exact text that was parsed and the language of the
-/// parser's messages: a parse depends on nothing else. Answers are never kept, since a line's
-/// answer depends on the names above it and on other sheets' functions; every run evaluates
-/// every line. Entries that a run did not use are dropped at its end, so the cache stays the
-/// size of the sheet. One run at a time may use a cache.
+/// Only parses are kept, keyed by the exact text that was parsed: a parse depends on nothing
+/// else (a failed parse keeps its message's kind, not a text in one language). Answers are never kept, since
+/// a line's answer depends on the names above it and on other sheets' functions; every run evaluates every
+/// line. Entries that a run did not use are dropped at its end, so the cache stays the size of the sheet. One
+/// run at a time may use a cache.
 class SheetParseCache {
 public:
     /// The parse of `text`, from the cache or made now.
@@ -40,7 +39,6 @@ private:
 
     std::unordered_map<std::string, Entry> m_entries;
     std::uint64_t m_run = 0;
-    std::optional<bool> m_english; // the language the kept messages are in
 };
 
 } // namespace lumo

@@ -63,11 +63,13 @@ int main(int argc, char** argv) {
     std::size_t lumoAnswered = 0;
     const double lumoNs = medianNanoseconds([&] {
         lumoAnswered = 0;
-        for (const auto& result : lumo::DocumentEvaluator::evaluate(sheet, {})) {
+        for (const auto& result : lumo::DocumentEvaluator::evaluate(sheet, {}, lumo::EvaluationOptions{})) {
             if (result.outcome.kind == lumo::LineOutcome::Kind::value) {
                 ++lumoAnswered;
                 volatile auto size =
-                    lumo::ValueFormatter::format(result.outcome.value, lumo::Grouping::none).size();
+                    lumo::ValueFormatter::format(result.outcome.value, lumo::EvaluationOptions{},
+                                                 lumo::Grouping::none)
+                        .size();
                 (void)size;
             }
         }
