@@ -19,8 +19,6 @@ std::size_t weigh(const Value& value, std::size_t limit) {
     return valueWeight(value, limit);
 }
 
-}
-
 // Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
 // the commonest failure of a sheet, answered without throwing through the evaluator.
 bool isMixedSum(const Expr& expression, const LineContext& context) {

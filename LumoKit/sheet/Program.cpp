@@ -284,7 +284,7 @@ private:
                 return invalidNode(current.index, MessageKind::badReturnValue);
             }
         }
-        return {Program::Line{current.index, std::move(current.text)}};
+        return {Program::Line{current.index, std::move(current.text), {}}};
     }
 
     std::vector<Program::Row> m_rows;

@@ -6,6 +6,7 @@
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/builtins/Builtins.h"
 
 namespace lumo {
