@@ -30,7 +30,8 @@ which evaluates sheets in the terminal.")
 # dpkg-shlibdeps works out the libraries (Qt, utf8proc, libuuid); these are what it can't see.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "hicolor-icon-theme")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland")
+# Wayland sessions want the Wayland platform plugin; the window icon, an SVG, wants Qt SVG.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "qt6-wayland, libqt6svg6")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "fonts-noto-cjk")
 
 include(CPack)
