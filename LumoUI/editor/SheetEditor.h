@@ -28,6 +28,9 @@ public:
     /// Puts the answer of the caret's line on the clipboard; nothing when the line has none.
     void copyAnswerAtCaret();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     class Coordinator;
     Coordinator* m_coordinator = nullptr;
