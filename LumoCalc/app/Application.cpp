@@ -79,7 +79,7 @@ Application::Application(Setup setup, QObject* parent)
 Application::~Application() {
     m_quitting = true;
     // Windows and dialogs hold the store and settings weakly; they go before those do.
-    for (const QPointer<MainWindow>& window : m_windows)
+    for (const QPointer<MainWindow>& window : m_created)
         delete window;
     delete m_confirmation;
     delete m_help;
@@ -102,9 +102,11 @@ void Application::start() {
 MainWindow* Application::openWindow() {
     auto* window = new MainWindow(m_store.get(), m_settings.get(), m_notifications.get());
     m_windows.append(window);
+    m_created.removeAll(nullptr);
+    m_created.append(window);
     connect(window, &MainWindow::commandRequested, this,
             [this, window](Command command) { perform(command, window); });
-    connect(window, &QObject::destroyed, this, &Application::windowGone, Qt::QueuedConnection);
+    connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
     // A new window cascades from the one the user is working in.
     if (m_windows.size() > 1) {
         if (MainWindow* current = activeWindow(); current && current != window) {
@@ -149,7 +151,8 @@ MainWindow* Application::activeWindow() const {
     return open.isEmpty() ? nullptr : open.last();
 }
 
-void Application::windowGone() {
+void Application::windowClosed(MainWindow* window) {
+    m_windows.removeAll(window);
     m_windows.removeAll(nullptr);
     if (m_windows.isEmpty() && !m_quitting && !m_terms)
         quit();

@@ -77,7 +77,7 @@ private:
     void showAbout(QWidget* parent);
     void askToEraseAllContent(QWidget* parent);
     void clearSheetPromptChanged();
-    void windowGone();
+    void windowClosed(MainWindow* window);
     void applyAppearance();
 
     std::unique_ptr<QSettings> m_settingsStore;
@@ -87,6 +87,8 @@ private:
     std::unique_ptr<DocumentStore> m_store;
 
     QList<QPointer<MainWindow>> m_windows;
+    // Also the closed windows whose deletion is still pending.
+    QList<QPointer<MainWindow>> m_created;
     QPointer<TermsDialog> m_terms;
     QPointer<HelpWindow> m_help;
     QPointer<ConfirmationDialog> m_confirmation;

@@ -6,7 +6,7 @@
 
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoKit/document/BuiltinDocuments.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {

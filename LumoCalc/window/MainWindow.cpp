@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QBoxLayout>
+#include <QCloseEvent>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QMenu>
@@ -213,6 +214,12 @@ void MainWindow::changeEvent(QEvent* event) {
             m_store->flush();
     }
     QMainWindow::changeEvent(event);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    QMainWindow::closeEvent(event);
+    if (event->isAccepted())
+        emit closed();
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

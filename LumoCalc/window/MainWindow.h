@@ -51,9 +51,12 @@ public:
 signals:
     /// A command for the application rather than this window.
     void commandRequested(lumo::Command command);
+    /// The window was closed and is about to go away.
+    void closed();
 
 protected:
     void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

@@ -200,6 +200,7 @@ TEST_F(Shell, DestructiveCommandsAskFirst) {
         EXPECT_EQ(window->windowTitle(), erased ? QStringLiteral("New Sheet — Lumo") : window->windowTitle());
         EXPECT_FALSE(app.store()->clearSheetPrompt().has_value());
         if (c.confirm && c.command == Asked::clearSheet) {
+            activate(window);
             QTest::keyClick(window, Qt::Key_Z, Qt::ControlModifier);
             EXPECT_EQ(textOf(window), before) << "clearing a sheet is undoable";
         }

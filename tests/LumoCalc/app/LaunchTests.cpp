@@ -40,12 +40,12 @@ TEST(LaunchOptions, ReadsTheCommandLine) {
     }
 }
 
-struct Run {
+struct ProcessRun {
     int exitCode = -1;
     QString output;
 };
 
-Run runLumoCalc(const QStringList& arguments) {
+ProcessRun runLumoCalc(const QStringList& arguments) {
     // QProcess wants an application object for its notifiers.
     static int argc = 1;
     static char name[] = "LaunchTests";
@@ -72,7 +72,8 @@ Run runLumoCalc(const QStringList& arguments) {
 TEST(LumoCalcCommand, ScreenshotWritesThePictureOfTheWindow) {
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("window.png"));
-    const Run run = runLumoCalc({QStringLiteral("-lumoFixture"), QStringLiteral("--screenshot"), file});
+    const ProcessRun run =
+        runLumoCalc({QStringLiteral("-lumoFixture"), QStringLiteral("--screenshot"), file});
     ASSERT_EQ(run.exitCode, 0);
     const QImage picture(file);
     ASSERT_FALSE(picture.isNull());
@@ -90,7 +91,7 @@ TEST(LumoCalcCommand, ScreenshotWritesThePictureOfTheWindow) {
 TEST(LumoCalcCommand, HelpAndVersionAnswerWithoutAWindow) {
     for (const char* option : {"--help", "--version"}) {
         SCOPED_TRACE(option);
-        const Run run = runLumoCalc({QString::fromLatin1(option)});
+        const ProcessRun run = runLumoCalc({QString::fromLatin1(option)});
         EXPECT_EQ(run.exitCode, 0);
         EXPECT_TRUE(run.output.contains(QStringLiteral("lumo-calc"))) << run.output.toStdString();
     }

@@ -42,6 +42,7 @@ class Help : public ShellTest {};
 
 TEST_F(Help, CopyLinksPutTheExampleOnTheClipboard) {
     Application& app = launch();
+    activate(app.windows().value(0));
     QTest::keyClick(app.windows().value(0), Qt::Key_F1);
     HelpWindow* help = app.helpWindow();
     ASSERT_NE(help, nullptr);
@@ -51,6 +52,7 @@ TEST_F(Help, CopyLinksPutTheExampleOnTheClipboard) {
     EXPECT_EQ(QGuiApplication::clipboard()->text(), help->examples().last());
 
     // F1 again brings back the same window rather than another.
+    activate(app.windows().value(0));
     QTest::keyClick(app.windows().value(0), Qt::Key_F1);
     EXPECT_EQ(app.helpWindow(), help);
 

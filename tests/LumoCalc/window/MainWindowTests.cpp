@@ -4,6 +4,8 @@
 #include <QMenuBar>
 #include <QSet>
 #include <QSignalSpy>
+#include <QTextBlock>
+#include <QTextBrowser>
 
 #include <functional>
 
@@ -130,8 +132,8 @@ TEST_F(Window, TitleFollowsTheSheet) {
 
 TEST_F(Window, EveryLabelFollowsTheLanguage) {
     Application& app = launch();
-    app.openWindow();
-    QTest::keyClick(app.windows().value(0), Qt::Key_F1);
+    activate(app.openWindow());
+    QTest::keyClick(app.windows().value(1), Qt::Key_F1);
     ASSERT_NE(app.helpWindow(), nullptr);
     for (AppLanguage language : {AppLanguage::japanese, AppLanguage::english}) {
         SCOPED_TRACE(std::string(rawValue(language)));
