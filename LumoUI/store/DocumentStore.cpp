@@ -212,6 +212,12 @@ void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::i
         applyContent(*target, SheetSnapshot{target->text, lines});
 }
 
+void DocumentStore::updateContent(const Uuid& sheetID, const std::string& text,
+                                  const std::vector<std::int64_t>& lockedLines) {
+    if (Sheet* target = findSheet(sheetID))
+        applyContent(*target, SheetSnapshot{text, lockedLines});
+}
+
 void DocumentStore::applyContent(Sheet& sheet, SheetSnapshot snapshot) {
     if (sheet.text == snapshot.text && sheet.lockedLines == snapshot.lockedLines)
         return;
