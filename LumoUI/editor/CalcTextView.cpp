@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/editing/LineEditor.h"
@@ -425,6 +426,13 @@ void CalcTextView::inputMethodEvent(QInputMethodEvent* event) {
         }
         QInputMethodEvent cleared;
         QPlainTextEdit::inputMethodEvent(&cleared);
+        return;
+    }
+    if (!changesText) {
+        // Composition only redraws its line; the text itself is unchanged until the commit.
+        const bool wasQuiet = std::exchange(m_quiet, true);
+        QPlainTextEdit::inputMethodEvent(event);
+        m_quiet = wasQuiet;
         return;
     }
     EditGroup group(this);
