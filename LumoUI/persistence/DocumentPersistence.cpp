@@ -8,6 +8,7 @@
 
 #include <exception>
 
+#include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/CloudSync.h"
 #include "LumoUI/persistence/DocumentFile.h"
 
