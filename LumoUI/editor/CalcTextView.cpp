@@ -74,6 +74,8 @@ CalcTextView::CalcTextView(AppSettings* settings, QWidget* parent)
     setCenterOnScroll(false);
     setTabChangesFocus(false);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The margin left of the text is part of the paper, not of the window.
+    setAutoFillBackground(true);
 
     m_overlay = new DecorationOverlay(this);
     m_handle = new ResultColumnHandle(settings, this);
@@ -528,8 +530,13 @@ void CalcTextView::relayout() {
     const int available = contentsRect().width() - (bar->isVisibleTo(this) ? bar->width() : 0);
     const int viewportWidth = textWidth + 2 * int(document()->documentMargin());
     const int right = std::max(column + columnGap + columnInset, available - leftInset - viewportWidth);
-    if (viewportMargins() != QMargins(leftInset, 0, right, 0))
+    if (viewportMargins() != QMargins(leftInset, 0, right, 0)) {
         setViewportMargins(leftInset, 0, right, 0);
+        // The text control lays its text out again only when the whole view is resized, not
+        // when the viewport alone changes width.
+        QResizeEvent resize(size(), QSize(-1, -1));
+        QPlainTextEdit::resizeEvent(&resize);
+    }
     const QRect area = viewport()->geometry();
     m_overlay->setGeometry(area.right() + 1, area.top(), right, area.height());
     m_handle->setAvailable(width());
