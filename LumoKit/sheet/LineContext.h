@@ -15,6 +15,8 @@
 
 namespace lumo {
 
+class SheetParseCache;
+
 /// Whether a line's answer goes into sum and total: lines inside loops and def bodies don't.
 enum class LineCounting { counted, uncounted };
 
@@ -42,24 +44,27 @@ public:
     using RunFunction = std::function<Value(const ProgramFunction&, const std::vector<Value>&)>;
     using FindFunction = std::function<const ProgramFunction*(const std::string&)>;
 
-    explicit LineContext(BudgetLimits limits = {});
+    explicit LineContext(const EvaluationOptions& options, BudgetLimits limits = {});
 
     // The run's state, in the order the lines build it up.
     std::unordered_map<std::string, Value> names;
     std::optional<Value> previous;
-    RunningSum block;                               // counted answers since the last blank line
-    RunningSum all;                                 // counted answers since the top of the sheet
-    std::unordered_map<std::int64_t, Value> byLine; // 1-based line numbers
+    RunningSum block;                         // counted answers since the last blank line
+    RunningSum all;                           // counted answers since the top of the sheet
+    std::vector<std::optional<Value>> byLine; // by 0-based line index, grown as answers arrive
     bool mixedUnits = false;
     FunctionTable functions;
     std::vector<std::unordered_map<std::string, Value>> locals; // innermost last
     ProgramBudget budget;
     RunFunction runFunction;
     FindFunction findFunction;
+    SheetParseCache* parses = nullptr; // kept between runs when the caller has one
 
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;
     std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override;
+
+    const EvaluationOptions& options() const { return m_options; }
 
     /// Binds a name where a line or loop of the current scope puts it: the innermost local
     /// scope while a function runs, else the sheet's names.
@@ -79,6 +84,7 @@ private:
                                   LineCounting counting, LineOwner owner);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
+    EvaluationOptions m_options;
     std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
 };

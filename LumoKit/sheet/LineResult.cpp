@@ -12,14 +12,15 @@ LineOutcome LineOutcome::makeValue(Value value) {
 LineOutcome LineOutcome::makePlot(PlotSpec plot) {
     LineOutcome outcome;
     outcome.kind = Kind::plot;
-    outcome.plot = std::move(plot);
+    outcome.plot = std::make_shared<const PlotSpec>(std::move(plot));
     return outcome;
 }
 
-LineOutcome LineOutcome::makeFailure(std::string message) {
+LineOutcome LineOutcome::makeFailure(const Message& message, Language language) {
     LineOutcome outcome;
     outcome.kind = Kind::failure;
-    outcome.message = std::move(message);
+    outcome.message = message.text(language);
+    outcome.failure = message.kind();
     return outcome;
 }
 

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "LumoKit/base/Messages.h"
 #include "LumoKit/language/Parser.h"
 
 namespace lumo {
@@ -26,14 +27,14 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 struct ParsedLine {
     std::string text;                   // the prepared text that was parsed
     std::optional<Statement> statement; // absent when the parse failed
-    std::string error;                  // the parser's message when it failed
+    Message error;                      // the parser's message when it failed
 };
 
 /// The parses of one line, as written and continued with "prev ", filled on first use.
 struct LineParseCache {
     std::optional<bool> canContinue; // whether the text starts like a continuation
-    std::optional<ParsedLine> asWritten;
-    std::optional<ParsedLine> continued;
+    std::shared_ptr<const ParsedLine> asWritten;
+    std::shared_ptr<const ParsedLine> continued;
 };
 
 struct ProgramFunction;
@@ -46,7 +47,7 @@ struct Program {
     struct Line {
         std::int64_t index = 0;
         std::string source;
-        std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
+        mutable LineParseCache cache; // filled while the run meets the line
     };
     struct Blank {
         std::int64_t index = 0;
@@ -58,7 +59,7 @@ struct Program {
     /// so that its lines are known, but it never runs.
     struct Invalid {
         std::int64_t index = 0;
-        std::string message;
+        Message message; // empty for the lines under a faulty header
         ProgramBody body;
     };
     /// One branch of an if chain; an else has no condition.

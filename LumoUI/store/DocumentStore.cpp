@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 #include "LumoKit/document/BuiltinDocuments.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/settings/AppSettings.h"
@@ -23,7 +24,7 @@ namespace lumo {
 namespace {
 
 std::string newSheetName() {
-    return L10n::pick("新しいシート", "New Sheet");
+    return Message(MessageKind::newSheetName).text(L10n::resolved());
 }
 
 // A missing time counts as the distant past.
@@ -478,7 +479,9 @@ std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const {
             others.push_back(SharedSheet{other.name, other.text});
     }
     try {
-        return DocumentEvaluator::evaluate(target->text, others);
+        // Each run takes the settings as they are when it starts.
+        return DocumentEvaluator::evaluate(target->text, others, EvaluationOptions::current(),
+                                           m_parseCaches[sheetID]);
     } catch (const std::exception& error) {
         // The evaluator reports failures per line; anything escaping it is a bug, not the user's.
         qWarning().noquote() << "Lumo: evaluation failed:" << error.what();

@@ -17,6 +17,7 @@
 #include "LumoKit/document/Document.h"
 #include "LumoKit/document/SheetHistory.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/SheetSession.h"
 #include "LumoUI/store/UndoCenter.h"
@@ -162,6 +163,8 @@ private:
     std::function<Timestamp()> m_clock;
     LumoDocument m_document;
     std::vector<LineResult> m_results;
+    // Each sheet's line parses, kept from one evaluation to the next; answers are never kept.
+    mutable std::unordered_map<Uuid, SheetParseCache> m_parseCaches;
     DocumentPersistence* m_persistence = nullptr;
     QPointer<NotificationCenter> m_notifications;
     QPointer<UndoCenter> m_undoCenter;

@@ -14,16 +14,63 @@ namespace {
 const std::string tooMany = "! Too many loop steps";
 const std::string tooLong = "! The loop is taking too long";
 
+// A clock an hour ahead at every reading, as on a machine far too busy to keep up.
+std::chrono::steady_clock::time_point slowClock() {
+    static std::chrono::steady_clock::time_point now;
+    now += std::chrono::hours(1);
+    return now;
+}
+
+// Line i of a long sheet of ordinary lines, all different: names, units, sums, notes, blanks.
+std::string plainLine(int i) {
+    switch (i % 8) {
+    case 0:
+        return "a" + std::to_string(i) + " = " + std::to_string(i) + " mm";
+    case 1:
+        return "a" + std::to_string(i - 1) + " × 2 + " + std::to_string(i) + " cm";
+    case 2:
+        return std::to_string(i) + " km in m";
+    case 3:
+        return "(" + std::to_string(i) + " mm + 7 cm) / 3";
+    case 4:
+        return "// note " + std::to_string(i);
+    case 5:
+        return "prev × 2";
+    case 6:
+        return "sum";
+    default:
+        return "";
+    }
+}
+
+std::string plainSheet(int lines) {
+    std::string text;
+    for (int i = 0; i < lines; ++i)
+        text += plainLine(i) + "\n";
+    return text;
+}
+
+// What a line of plainSheet shows when it ran: an answer, a note mark or nothing.
+bool showsItsOwnResult(int i, const std::string& shown) {
+    switch (i % 8) {
+    case 4:
+        return shown == "//";
+    case 7:
+        return shown.empty();
+    default:
+        return !shown.empty() && shown.front() != '!' && shown != "//";
+    }
+}
+
 } // namespace
 
 TEST(ProgramBudget, StepsDepthAndClock) {
-    L10n::setCurrent(AppLanguage::english);
     ProgramBudget steps(BudgetLimits{3, 40, 100});
     for (int i = 0; i < 3; ++i)
         steps.takeStep();
     EXPECT_THROW(steps.takeStep(), CalcError);
     EXPECT_TRUE(steps.exhausted());
-    EXPECT_EQ(steps.stopMessage(), "Too many loop steps");
+    EXPECT_EQ(steps.stopMessage().kind(), MessageKind::tooManySteps);
     EXPECT_THROW(steps.enterCall(), CalcError); // an exhausted budget refuses everything
 
     ProgramBudget depth;
@@ -33,7 +80,7 @@ TEST(ProgramBudget, StepsDepthAndClock) {
         depth.enterCall();
         ADD_FAILURE() << "the 41st call must fail";
     } catch (const CalcError& error) {
-        EXPECT_EQ(error.message(), "Function calls are nested too deeply");
+        EXPECT_EQ(error.kind(), MessageKind::callsTooDeep);
     }
     EXPECT_EQ(depth.depth(), 40);
     EXPECT_FALSE(depth.exhausted()); // too deep fails the call, not the run
@@ -44,10 +91,8 @@ TEST(ProgramBudget, StepsDepthAndClock) {
     ProgramBudget clock(BudgetLimits{200000, 40, 0});
     for (int i = 1; i < 256; ++i)
         clock.takeStep();
-    L10n::setCurrent(AppLanguage::japanese);
     EXPECT_THROW(clock.takeStep(), CalcError);
-    EXPECT_EQ(clock.stopMessage(), "繰り返しに時間がかかりすぎます");
-    L10n::setCurrent(AppLanguage::system);
+    EXPECT_EQ(clock.stopMessage().kind(), MessageKind::takingTooLong);
 }
 
 TEST(ProgramRunner, StoppingTheRun) {
@@ -101,6 +146,52 @@ TEST(ProgramRunner, EndlessSheetsFinish) {
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(30));
 }
 
+TEST(ProgramRunner, LongPlainSheetsAnswerEveryLine) {
+    const auto shown = sheetAnswers(plainSheet(100000));
+    ASSERT_EQ(shown.size(), 100001u);
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_TRUE(showsItsOwnResult(i, shown[static_cast<std::size_t>(i)])) << i << ": " << shown[i];
+}
+
+TEST(ProgramRunner, ClockIsReadOnlyInLoopsAndCalls) {
+    // Plain lines never read the clock, so even a clock that jumps an hour at each reading
+    // leaves them all answered.
+    BudgetLimits slow{200000, 40, 0.15, &slowClock};
+    const auto plain = runAnswers(plainSheet(2000), slow);
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_TRUE(showsItsOwnResult(i, plain[static_cast<std::size_t>(i)])) << i << ": " << plain[i];
+
+    // Loops read it on their lines and calls on every 256th call.
+    EXPECT_EQ(runAnswers("n = 0\nwhile True:\n  n = n + 1\nn", slow),
+              (std::vector<std::string>{"0", tooLong, "1", tooLong}));
+    std::string calls = "def f(v):\n  return v\n";
+    for (int i = 0; i < 300; ++i)
+        calls += "f(" + std::to_string(i) + ")\n";
+    const auto called = runAnswers(calls, slow);
+    EXPECT_EQ(called[2 + 254], "254");
+    EXPECT_EQ(called[2 + 255], tooLong);
+    EXPECT_EQ(called[2 + 299], tooLong);
+}
+
+TEST(ProgramRunner, RunawayLoopFailsExactlyTheUnvisitedLines) {
+    // Line 10 of 1,000 loops for ever; the lines above keep their answers, the loop's own
+    // body shows its last pass, and below it every line that is not blank fails, notes too.
+    std::string text;
+    for (int i = 0; i < 9; ++i)
+        text += plainLine(i) + "\n";
+    text += "while True:\n  k = 1\n";
+    for (int i = 11; i < 1000; ++i)
+        text += plainLine(i) + "\n";
+    const auto shown = runAnswers(text, BudgetLimits{1000, 40, 100});
+    ASSERT_EQ(shown.size(), 1001u);
+    for (int i = 0; i < 9; ++i)
+        EXPECT_TRUE(showsItsOwnResult(i, shown[static_cast<std::size_t>(i)])) << i << ": " << shown[i];
+    EXPECT_EQ(shown[9], tooMany);
+    EXPECT_EQ(shown[10], "1");
+    for (int i = 11; i < 1000; ++i)
+        EXPECT_EQ(shown[static_cast<std::size_t>(i)], plainLine(i).empty() ? "" : tooMany) << i;
+}
+
 TEST(ProgramRunner, Loops) {
     expectSheets({
         {"for i in range(5):\n  s = i", {"", "4"}},
@@ -137,7 +228,7 @@ TEST(ProgramRunner, Loops) {
          {"for i in range(1 kg):", {"! range に単位は使えません"}},
          {"for i in range(1, 2, 0):", {"! range の刻みに 0 は使えません"}},
          {"return", {"! return は def の中だけで使えます"}}},
-        {}, AppLanguage::japanese);
+        {}, Language::japanese);
 }
 
 TEST(ProgramRunner, IfChains) {
@@ -171,7 +262,7 @@ TEST(ProgramRunner, Functions) {
     });
     expectSheets({{"def f(a):\n  return a\nf()", {"", "", "! f は引数が 1 個必要です"}},
                   {"def f():\n  1\nf()", {"", "1", "! f は値を返しません"}}},
-                 {}, AppLanguage::japanese);
+                 {}, Language::japanese);
 }
 
 TEST(ProgramRunner, OtherSheetsFunctions) {
@@ -193,6 +284,6 @@ TEST(ProgramRunner, OtherSheetsFunctions) {
             {"bad(1)", {"! + doesn't work between a number and a list (from sheet “B”)"}},
         },
         others);
-    const auto results = sheetAnswers("x = 1\nbad(1)", others, AppLanguage::japanese);
+    const auto results = sheetAnswers("x = 1\nbad(1)", others, Language::japanese);
     EXPECT_NE(results[1].find("（B シートの）"), std::string::npos) << results[1];
 }
