@@ -154,6 +154,12 @@ void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::i
         changed();
 }
 
+void DocumentStore::updateContent(const Uuid& sheetID, const std::string& text,
+                                  const std::vector<std::int64_t>& lockedLines) {
+    if (m_edits.setContent(sheetID, {text, lockedLines}))
+        changed();
+}
+
 Uuid DocumentStore::addSheet() {
     const Uuid id = m_edits.appendSheet(StoreTexts::numberedSheetName(document().sheets.size() + 1));
     showInActiveSession(id);

@@ -72,6 +72,9 @@ public:
 
     void updateText(const Uuid& sheetID, const std::string& text);
     void setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines);
+    /// Text and locks together, as one change: an edit that moves locked lines.
+    void updateContent(const Uuid& sheetID, const std::string& text,
+                       const std::vector<std::int64_t>& lockedLines);
     /// Appends an empty "Sheet n" / "シート n" and shows it in the active session.
     Uuid addSheet();
     /// Inserts a copy after the original and shows it; nothing for an unknown sheet.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <utility>
 
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoUI/store/DocumentStore.h"
@@ -32,7 +33,7 @@ void ResultRouter::registerSession(SheetSession* session) {
     if (m_document.selectedSheetID) {
         if (m_mode == StoreEvaluation::synchronous) {
             if (const Sheet* selected = findSheet(*m_document.selectedSheetID))
-                session->assignResults(evaluate(prepareRun(*selected)));
+                session->assignResults(evaluate(prepareRun(*selected), *takeParseCache(selected->id)));
             else
                 session->assignResults({});
         } else {
@@ -84,9 +85,25 @@ ResultRouter::Run ResultRouter::prepareRun(const Sheet& target) const {
     return run;
 }
 
-std::vector<LineResult> ResultRouter::evaluate(const Run& run) {
+ResultRouter::ParseCache ResultRouter::takeParseCache(const Uuid& sheetID) {
+    ParseCache& slot = m_parseCaches[sheetID];
+    if (!slot)
+        slot = std::make_shared<SheetParseCache>();
+    // A synchronous run gives the cache back as soon as it is done, so it can stay in place.
+    if (m_mode == StoreEvaluation::synchronous)
+        return slot;
+    return std::exchange(slot, nullptr);
+}
+
+void ResultRouter::returnParseCache(const Uuid& sheetID, ParseCache cache) {
+    ParseCache& slot = m_parseCaches[sheetID];
+    if (!slot)
+        slot = std::move(cache);
+}
+
+std::vector<LineResult> ResultRouter::evaluate(const Run& run, SheetParseCache& cache) {
     try {
-        return DocumentEvaluator::evaluate(run.text, run.others, run.options);
+        return DocumentEvaluator::evaluate(run.text, run.others, run.options, cache);
     } catch (const std::exception& error) {
         // The evaluator reports failures per line; anything escaping it is a bug, not the user's.
         qWarning().noquote() << "Lumo: evaluation failed:" << error.what();
@@ -107,7 +124,9 @@ void ResultRouter::refreshNow() {
         auto found = evaluated.find(id);
         if (found == evaluated.end()) {
             const Sheet* target = findSheet(id);
-            found = evaluated.emplace(id, target ? evaluate(prepareRun(*target)) : std::vector<LineResult>{})
+            found = evaluated
+                        .emplace(id, target ? evaluate(prepareRun(*target), *takeParseCache(id))
+                                            : std::vector<LineResult>{})
                         .first;
         }
         return found->second;
@@ -125,6 +144,7 @@ void ResultRouter::refreshInBackground() {
     // Runs and results of deleted sheets are forgotten; a run still on its way is then dropped.
     std::erase_if(m_generations, [this](const auto& entry) { return !findSheet(entry.first); });
     std::erase_if(m_published, [this](const auto& entry) { return !findSheet(entry.first); });
+    std::erase_if(m_parseCaches, [this](const auto& entry) { return !findSheet(entry.first); });
 
     // A session that now shows another sheet drops the results it held at once, rather than
     // showing one sheet's answers beside another's text until the run is back.
@@ -170,21 +190,24 @@ void ResultRouter::start(const Uuid& sheetID) {
     Run run = prepareRun(*target);
     run.generation = ++*latest;
     ++m_runsInFlight;
-    m_workers.start([this, run = std::move(run), latest]() {
+    m_workers.start([this, run = std::move(run), latest, cache = takeParseCache(sheetID)]() {
         std::vector<LineResult> results;
         // A run superseded while it waited for a worker has nothing worth computing.
         if (latest->load() == run.generation)
-            results = evaluate(run);
+            results = evaluate(run, *cache);
         QMetaObject::invokeMethod(
             this,
-            [this, sheetID = run.sheetID, generation = run.generation,
-             results = std::move(results)]() mutable { deliver(sheetID, generation, std::move(results)); },
+            [this, sheetID = run.sheetID, generation = run.generation, results = std::move(results),
+             cache]() mutable { deliver(sheetID, generation, std::move(results), std::move(cache)); },
             Qt::QueuedConnection);
     });
 }
 
-void ResultRouter::deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results) {
+void ResultRouter::deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results,
+                           ParseCache cache) {
     --m_runsInFlight;
+    if (findSheet(sheetID))
+        returnParseCache(sheetID, std::move(cache));
     const auto latest = m_generations.find(sheetID);
     if (latest != m_generations.end() && latest->second->load() == generation && findSheet(sheetID)) {
         for (SheetSession* session : liveSessions()) {

@@ -17,6 +17,7 @@
 #include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/document/Document.h"
 #include "LumoKit/sheet/LineResult.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoUI/store/StoreOptions.h"
 
 namespace lumo {
@@ -68,6 +69,7 @@ signals:
 
 private:
     using Generation = std::shared_ptr<std::atomic<std::uint64_t>>;
+    using ParseCache = std::shared_ptr<SheetParseCache>;
 
     /// Everything one run reads, copied from the document when it starts.
     struct Run {
@@ -81,12 +83,16 @@ private:
     const Sheet* findSheet(const Uuid& sheetID) const;
     std::optional<Uuid> shownSheetID() const;
     Run prepareRun(const Sheet& target) const;
-    static std::vector<LineResult> evaluate(const Run& run);
+    static std::vector<LineResult> evaluate(const Run& run, SheetParseCache& cache);
+    /// Hands out a sheet's parse cache to one run; a run that finds it out gets a fresh one.
+    ParseCache takeParseCache(const Uuid& sheetID);
+    void returnParseCache(const Uuid& sheetID, ParseCache cache);
 
     void refreshNow();
     void refreshInBackground();
     void start(const Uuid& sheetID);
-    void deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results);
+    void deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results,
+                 ParseCache cache);
     /// The latest published results of a sheet, or none yet.
     std::vector<LineResult> publishedResults(const Uuid& sheetID) const;
 
@@ -95,6 +101,8 @@ private:
     QList<QPointer<SheetSession>> m_sessions;
     QPointer<SheetSession> m_activeSession;
     std::vector<LineResult> m_results;
+    // Each sheet's line parses, kept from one run to the next; answers are never kept.
+    std::unordered_map<Uuid, ParseCache> m_parseCaches;
 
     // Background mode only: the sheet whose results each session and results() hold, the latest
     // run of each sheet, and what the last publication of each sheet gave.
