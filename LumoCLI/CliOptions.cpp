@@ -137,7 +137,7 @@ options:
   --version             show the version
 
 exit status: 0 when the sheets were evaluated, 1 when an input can't be read or
-decoded, 2 for a usage error.
+decoded, 2 for a usage error (a --sheet NAME that no input has is one).
 )";
 }
 

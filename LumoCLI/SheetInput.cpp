@@ -37,6 +37,14 @@ std::string readFile(const std::string& path) {
     return bytes;
 }
 
+// In a plain-text file, as in any POSIX text file, the final line feed ends the last line
+// rather than starting an empty one. A document's sheet text is the editor's, kept as it is.
+std::string sheetTextOfFile(std::string bytes) {
+    if (!bytes.empty() && bytes.back() == '\n')
+        bytes.pop_back();
+    return bytes;
+}
+
 void appendDocument(std::vector<InputSheet>& sheets, const LumoDocument& document) {
     for (const auto& sheet : document.sheets)
         sheets.push_back({sheet.name, sheet.text});
@@ -69,19 +77,29 @@ std::vector<InputSheet> loadSheets(const CliOptions& options, std::istream& stan
         break;
     }
     if (options.files.empty()) {
-        sheets.push_back({"stdin", readAll(standardInput)});
+        sheets.push_back({"stdin", sheetTextOfFile(readAll(standardInput))});
         return sheets;
     }
     for (const auto& path : options.files) {
         if (path == "-") {
-            sheets.push_back({"stdin", readAll(standardInput)});
+            sheets.push_back({"stdin", sheetTextOfFile(readAll(standardInput))});
         } else if (isDocumentPath(path)) {
             appendDocument(sheets, decodeNamed(path, readFile(path)));
         } else {
-            sheets.push_back({sheetNameForPath(path), readFile(path)});
+            sheets.push_back({sheetNameForPath(path), sheetTextOfFile(readFile(path))});
         }
     }
     return sheets;
+}
+
+void requireSheetNamed(const std::string& name, const std::vector<InputSheet>& sheets) {
+    std::string existing;
+    for (const auto& sheet : sheets) {
+        if (sheet.name == name)
+            return;
+        existing += "\n  " + sheet.name;
+    }
+    throw UsageError{"no sheet named '" + name + "'; the sheets are:" + existing};
 }
 
 } // namespace lumo::cli

@@ -175,7 +175,7 @@ std::string answerText(const LineResult& result, const EvaluationOptions& option
     case LineOutcome::Kind::failure:
         return result.outcome.message;
     case LineOutcome::Kind::plot:
-        return plotSummary(result.outcome.plot, options);
+        return plotSummary(*result.outcome.plot, options);
     case LineOutcome::Kind::blank:
     case LineOutcome::Kind::comment:
         return "";
@@ -233,7 +233,7 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
                 out << line << gap << padLeft(answer, answerColumn) << "\n";
             }
             if (result.outcome.kind == LineOutcome::Kind::plot) {
-                for (const auto& row : sketchPlot(result.outcome.plot, options))
+                for (const auto& row : sketchPlot(*result.outcome.plot, options))
                     out << "    " << dim << row << reset << "\n";
             }
         }
@@ -258,7 +258,7 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                 json["message"] = result.outcome.message;
                 break;
             case LineOutcome::Kind::plot:
-                json["plot"] = plotJson(result.outcome.plot);
+                json["plot"] = plotJson(*result.outcome.plot);
                 break;
             case LineOutcome::Kind::blank:
             case LineOutcome::Kind::comment:

@@ -45,12 +45,11 @@ int run(const CliOptions& options, const EvaluationOptions& evaluation) {
         return 1;
     }
     if (options.sheet) {
-        bool found = false;
-        for (const auto& sheet : sheets)
-            found = found || sheet.name == *options.sheet;
-        if (!found) {
-            std::cerr << "lumo: no sheet named '" << *options.sheet << "'\n";
-            return 1;
+        try {
+            requireSheetNamed(*options.sheet, sheets);
+        } catch (const UsageError& error) {
+            std::cerr << "lumo: " << error.message << "\n";
+            return 2;
         }
     }
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "bench/UniqueCorpus.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
 
@@ -84,6 +85,43 @@ void keystrokeIntoSheet(benchmark::State& state) {
 }
 BENCHMARK(keystrokeIntoSheet)
     ->Arg(1000)
+    ->Unit(benchmark::kMillisecond)
+    ->Repetitions(9)
+    ->DisplayAggregatesOnly(true);
+
+// The same keystroke into a sheet of unique lines: a digit typed and deleted in turn at the
+// start of the first line from the middle on that starts with a number.
+void keystrokeIntoUniqueSheet(benchmark::State& state) {
+    const int lines = static_cast<int>(state.range(0));
+    DocumentStore::Options options;
+    options.source = DocumentStore::Source::starter;
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    SheetSession session(&store);
+    session.activate();
+    const Uuid sheetID = *session.sheetID();
+    std::string text = bench::uniqueSheet(lines);
+    store.updateText(sheetID, text);
+
+    std::size_t at = 0;
+    for (int line = 0; line < lines / 2; ++line)
+        at = text.find('\n', at) + 1;
+    while (at < text.size() && !(text[at] >= '1' && text[at] <= '9'))
+        at = text.find('\n', at) + 1;
+    bool typed = false;
+    for (auto _ : state) {
+        if (typed)
+            text.erase(at, 1);
+        else
+            text.insert(at, 1, '7');
+        typed = !typed;
+        store.updateText(sheetID, text);
+        benchmark::DoNotOptimize(store.results().data());
+    }
+    state.SetLabel(std::to_string(store.results().size()) + " results");
+}
+BENCHMARK(keystrokeIntoUniqueSheet)
+    ->Arg(1000)
+    ->Arg(10000)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(9)
     ->DisplayAggregatesOnly(true);

@@ -6,6 +6,7 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Units.h"
@@ -59,11 +60,11 @@ bool isOperatorMark(std::string_view c) {
     return marks.contains(c);
 }
 
+// Coloured as keywords: the program's statement words, the logic words, "in" (of for and of
+// conversions alike), the truth values and range, which only loops take.
 bool isProgramWord(std::string_view word) {
-    static const std::unordered_set<std::string_view> words{
-        "if",       "elif", "else", "for", "while", "def",  "return", "break",
-        "continue", "in",   "and",  "or",  "not",   "True", "False",  "range"};
-    return words.contains(word);
+    return keywords::isStatementWord(word) || keywords::isAmong(word, keywords::truthWords) || word == "in" ||
+           word == "and" || word == "or" || word == "not" || word == "range";
 }
 
 SyntaxKind wordKind(const std::string& word) {
@@ -78,10 +79,7 @@ SyntaxKind wordKind(const std::string& word) {
 
 // A note line, as sheet evaluation treats it: "//", "＃", or "#" not followed by a digit.
 bool isNoteLine(std::string_view line) {
-    auto trimmed = unicode::trim(line);
-    if (trimmed.starts_with("//") || trimmed.starts_with("＃"))
-        return true;
-    return trimmed.starts_with("#") && !(trimmed.size() > 1 && trimmed[1] >= '0' && trimmed[1] <= '9');
+    return keywords::isNoteText(unicode::trim(line));
 }
 
 // Walks one line's grapheme clusters, keeping the UTF-16 offset of each.

@@ -22,8 +22,9 @@
 //   unitTarget     := name { ("/"|"*") name | "^" digit }  text such as "km/h", "kN·m", "m^2"
 //
 // Nesting (brackets, calls, indexes, signs, powers, "not") is limited to maxExpressionNesting
-// levels and left chains to maxExpressionChain operators, so hostile input ends in an error
-// rather than a stack overflow, and every tree is shallow enough to walk recursively.
+// levels and the postfix and conversion chains of one operand to maxExpressionChain, so hostile
+// input ends in an error rather than a stack overflow. Chains of binary operators are flat
+// terms, not nesting: they grow without limit, and the tree's walks follow them in loops.
 
 #include <algorithm>
 #include <cmath>
@@ -31,6 +32,8 @@
 #include <new>
 
 #include "LumoKit/base/CalcError.h"
+#include "LumoKit/base/Overloaded.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/values/Units.h"
 
 namespace lumo {
@@ -186,30 +189,87 @@ bool same(const expr::PercentOf& a, const expr::PercentOf& b) {
 
 } // namespace
 
+Expr::~Expr() {
+    // Children are queued rather than released here: a child's own destructor, run while the
+    // queue drains, queues its children in turn, so the stack never grows with the tree.
+    thread_local std::vector<ExprPtr> queue;
+    thread_local bool draining = false;
+    const auto queueChild = [](ExprPtr& child) {
+        if (child && child.use_count() == 1)
+            queue.push_back(std::move(child));
+    };
+    std::visit(overloaded{
+                   [&](expr::Binary& binary) {
+                       queueChild(binary.left);
+                       queueChild(binary.right);
+                   },
+                   [&](expr::Unary& unary) { queueChild(unary.operand); },
+                   [&](expr::Percent& percent) { queueChild(percent.operand); },
+                   [&](expr::UnitApply& apply) { queueChild(apply.operand); },
+                   [&](expr::Convert& convert) { queueChild(convert.operand); },
+                   [&](expr::Index& index) {
+                       queueChild(index.target);
+                       queueChild(index.position);
+                   },
+                   [&](expr::PercentOf& percentOf) {
+                       queueChild(percentOf.percentage);
+                       queueChild(percentOf.base);
+                   },
+                   [&](expr::List& list) {
+                       for (auto& item : list.items)
+                           queueChild(item);
+                   },
+                   [&](expr::Call& call) {
+                       for (auto& argument : call.args)
+                           queueChild(argument);
+                   },
+                   [](auto&) {},
+               },
+               node);
+    if (draining)
+        return;
+    draining = true;
+    while (!queue.empty()) {
+        ExprPtr last = std::move(queue.back());
+        queue.pop_back();
+        last.reset();
+    }
+    draining = false;
+}
+
 bool sameTree(const Expr& a, const Expr& b) {
-    if (a.node.index() != b.node.index())
+    // A left chain of operators is compared link by link in a loop.
+    const Expr* first = &a;
+    const Expr* second = &b;
+    while (true) {
+        const auto* x = first->as<expr::Binary>();
+        const auto* y = second->as<expr::Binary>();
+        if (!x || !y)
+            break;
+        if (x->op != y->op || !same(x->right, y->right))
+            return false;
+        if (!x->left || !y->left || x->left == y->left)
+            return x->left == y->left;
+        first = x->left.get();
+        second = y->left.get();
+    }
+    if (first->node.index() != second->node.index())
         return false;
     return std::visit(
-        [&b](const auto& left) {
+        [second](const auto& left) {
             using Node = std::decay_t<decltype(left)>;
-            return same(left, std::get<Node>(b.node));
+            return same(left, std::get<Node>(second->node));
         },
-        a.node);
+        first->node);
 }
 
 // The word sets are small enough that a scan beats hashing.
 bool isReservedWord(std::string_view word) {
-    static constexpr std::string_view words[] = {
-        "in",   "to",   "as",  "of",    "へ",  "で",     "and",   "or",       "not",  "if",
-        "elif", "else", "for", "while", "def", "return", "break", "continue", "True", "False"};
-    return word.size() <= 8 && std::any_of(std::begin(words), std::end(words),
-                                           [word](std::string_view w) { return sameText(word, w); });
+    return keywords::isReservedWord(word);
 }
 
 bool isConversionWord(std::string_view word) {
-    static constexpr std::string_view words[] = {"in", "to", "as", "へ", "で"};
-    return word.size() <= 3 && std::any_of(std::begin(words), std::end(words),
-                                           [word](std::string_view w) { return sameText(word, w); });
+    return keywords::isConversionWord(word);
 }
 
 bool isComparisonOperator(std::string_view op) {
@@ -287,10 +347,8 @@ ExprPtr Parser::parseConversion() {
 
 ExprPtr Parser::parseOr() {
     ExprPtr left = parseAnd();
-    ChainScope chain(m_chain);
     while (isWord(current(), "or")) {
         advance();
-        chain.lengthen();
         left = makeBinary("or", std::move(left), parseAnd());
     }
     return left;
@@ -298,10 +356,8 @@ ExprPtr Parser::parseOr() {
 
 ExprPtr Parser::parseAnd() {
     ExprPtr left = parseNot();
-    ChainScope chain(m_chain);
     while (isWord(current(), "and")) {
         advance();
-        chain.lengthen();
         left = makeBinary("and", std::move(left), parseNot());
     }
     return left;
@@ -317,11 +373,9 @@ ExprPtr Parser::parseNot() {
 
 ExprPtr Parser::parseComparison() {
     ExprPtr left = parseAdditive();
-    ChainScope chain(m_chain);
     while (current().kind == Kind::op && isComparisonOperator(current().text)) {
         std::string op = current().text;
         advance();
-        chain.lengthen();
         left = makeBinary(std::move(op), std::move(left), parseAdditive());
     }
     return left;
@@ -329,11 +383,9 @@ ExprPtr Parser::parseComparison() {
 
 ExprPtr Parser::parseAdditive() {
     ExprPtr left = parseMultiplicative();
-    ChainScope chain(m_chain);
     while (isOp(current(), "+") || isOp(current(), "-")) {
         std::string op = current().text;
         advance();
-        chain.lengthen();
         left = makeBinary(std::move(op), std::move(left), parseMultiplicative());
     }
     return left;
@@ -341,7 +393,6 @@ ExprPtr Parser::parseAdditive() {
 
 ExprPtr Parser::parseMultiplicative() {
     ExprPtr left = parseUnary();
-    ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
         std::string op;
@@ -354,7 +405,6 @@ ExprPtr Parser::parseMultiplicative() {
         } else {
             return left;
         }
-        chain.lengthen();
         left = makeBinary(std::move(op), std::move(left), parseUnary());
     }
 }

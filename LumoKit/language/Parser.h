@@ -86,21 +86,27 @@ struct Expr {
                               expr::Convert, expr::PercentOf>;
     Node node;
 
+    /// Releases the children without recursion, so that a chain of any length is freed
+    /// in constant stack.
+    ~Expr();
+
     template <typename T> const T* as() const { return std::get_if<T>(&node); }
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
 template <typename T> ExprPtr makeExpr(T node) {
-    return std::make_shared<const Expr>(Expr{std::move(node)});
+    return std::make_shared<const Expr>(std::move(node));
 }
 
 /// Structural equality of two trees (numbers compared exactly).
 bool sameTree(const Expr& a, const Expr& b);
 
 /// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
+/// A chain of binary operators (1+1+…+1) is not nesting: it has no limit, and every walk of
+/// a tree follows such a chain in a loop.
 inline constexpr int maxExpressionNesting = 200;
-/// The most operators one expression may chain to the left (1+1+…), so that walking and
-/// destroying a tree stays within a modest stack.
+/// The most units, "%", indexes and conversions one operand may chain (5 km in m in cm …),
+/// so that walking them recursively stays within a modest stack.
 inline constexpr int maxExpressionChain = 1000;
 
 /// A line: an optional name and its expression.

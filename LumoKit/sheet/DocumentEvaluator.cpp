@@ -46,6 +46,13 @@ std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
     return ProgramRunner(unicode::splitLines(text), others, options).run();
 }
 
+std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
+                                                    const std::vector<SharedSheet>& others,
+                                                    const EvaluationOptions& options,
+                                                    SheetParseCache& parses) {
+    return ProgramRunner(unicode::splitLines(text), others, options, BudgetLimits{}, &parses).run();
+}
+
 // Asked for every name a line reads, so it compares the first byte before the rest.
 std::optional<SheetWord> sheetWordOf(std::string_view name) {
     for (const auto& [word, meaning] : sheetWords) {

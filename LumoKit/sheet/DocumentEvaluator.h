@@ -10,12 +10,17 @@
 
 namespace lumo {
 
+class SheetParseCache;
+
 /// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
 /// LineResult per line. A function of its arguments: every call is a fresh run inside the run
 /// budget that reads nothing process-wide, so calls may run at once on any threads.
 struct DocumentEvaluator {
     static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others,
                                             const EvaluationOptions& options);
+    /// The same run, reusing the parses of lines that earlier runs with this cache met.
+    static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others,
+                                            const EvaluationOptions& options, SheetParseCache& parses);
 };
 
 // The rules a sheet adds to the expression language. The run applies them line by line.

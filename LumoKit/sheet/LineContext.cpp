@@ -4,6 +4,7 @@
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/sheet/PlotBuilder.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 
 namespace lumo {
 
@@ -16,16 +17,6 @@ constexpr std::size_t retainedItemLimit = maxValueWeight();
 
 std::size_t weigh(const Value& value, std::size_t limit) {
     return valueWeight(value, limit);
-}
-
-ParsedLine parseLine(std::string text) {
-    ParsedLine parsedLine{std::move(text), std::nullopt, {}};
-    try {
-        parsedLine.statement = parseStatement(parsedLine.text);
-    } catch (const CalcError& error) {
-        parsedLine.error = error.message();
-    }
-    return parsedLine;
 }
 
 // Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
@@ -98,9 +89,9 @@ std::optional<Value> LineContext::valueOf(const std::string& name) {
 }
 
 std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
-    if (const auto found = byLine.find(line); found != byLine.end())
-        return found->second;
-    return std::nullopt;
+    if (line < 1 || static_cast<std::uint64_t>(line) > byLine.size())
+        return std::nullopt;
+    return byLine[static_cast<std::size_t>(line - 1)];
 }
 
 std::optional<Value> LineContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
@@ -118,7 +109,7 @@ void LineContext::assign(const std::string& name, Value value) {
 }
 
 const ParsedLine& LineContext::parsed(const Program::Line& line) {
-    LineParseCache& cache = *line.cache;
+    LineParseCache& cache = line.cache;
     if (!cache.canContinue) {
         // Only the start matters here, so a line without a trailing "=" needs no copy.
         cache.canContinue = endsWithEquals(line.source) ? continuesPrevious(prepareLine(line.source, false))
@@ -126,8 +117,11 @@ const ParsedLine& LineContext::parsed(const Program::Line& line) {
     }
     const bool continued = previous.has_value() && *cache.canContinue;
     auto& slot = continued ? cache.continued : cache.asWritten;
-    if (!slot)
-        slot = parseLine(prepareLine(line.source, continued));
+    if (!slot) {
+        std::string prepared = prepareLine(line.source, continued);
+        slot = parses ? parses->parsed(prepared)
+                      : std::make_shared<const ParsedLine>(parseLine(std::move(prepared)));
+    }
     return *slot;
 }
 
@@ -177,8 +171,12 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     Value answer = Evaluator(m_options, this).evaluate(*statement.expr);
     retain(line, owner, answer);
     previous = answer;
-    if (owner == LineOwner::thisSheet)
-        byLine.insert_or_assign(line.index + 1, answer);
+    if (owner == LineOwner::thisSheet) {
+        const auto index = static_cast<std::size_t>(line.index);
+        if (index >= byLine.size())
+            byLine.resize(index + 1);
+        byLine[index] = answer;
+    }
     if (counting == LineCounting::counted && answer.isNumber()) {
         block.add(answer);
         all.add(answer);

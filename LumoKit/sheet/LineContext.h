@@ -15,6 +15,8 @@
 
 namespace lumo {
 
+class SheetParseCache;
+
 /// Whether a line's answer goes into sum and total: lines inside loops and def bodies don't.
 enum class LineCounting { counted, uncounted };
 
@@ -47,15 +49,16 @@ public:
     // The run's state, in the order the lines build it up.
     std::unordered_map<std::string, Value> names;
     std::optional<Value> previous;
-    RunningSum block;                               // counted answers since the last blank line
-    RunningSum all;                                 // counted answers since the top of the sheet
-    std::unordered_map<std::int64_t, Value> byLine; // 1-based line numbers
+    RunningSum block;                         // counted answers since the last blank line
+    RunningSum all;                           // counted answers since the top of the sheet
+    std::vector<std::optional<Value>> byLine; // by 0-based line index, grown as answers arrive
     bool mixedUnits = false;
     FunctionTable functions;
     std::vector<std::unordered_map<std::string, Value>> locals; // innermost last
     ProgramBudget budget;
     RunFunction runFunction;
     FindFunction findFunction;
+    SheetParseCache* parses = nullptr; // kept between runs when the caller has one
 
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;

@@ -12,7 +12,7 @@ LineOutcome LineOutcome::makeValue(Value value) {
 LineOutcome LineOutcome::makePlot(PlotSpec plot) {
     LineOutcome outcome;
     outcome.kind = Kind::plot;
-    outcome.plot = std::move(plot);
+    outcome.plot = std::make_shared<const PlotSpec>(std::move(plot));
     return outcome;
 }
 

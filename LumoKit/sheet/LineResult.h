@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -21,7 +22,7 @@ struct LineOutcome {
 
     Kind kind = Kind::blank;
     Value value;                                 // for `value`
-    PlotSpec plot;                               // for `plot`
+    std::shared_ptr<const PlotSpec> plot;        // for `plot`; shared, so that results stay small
     std::string message;                         // for `failure`, in the run's language
     MessageKind failure = MessageKind::verbatim; // for `failure`: which message it is
 

@@ -288,8 +288,18 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context, const Evaluati
 
 // ---- Surfaces -----------------------------------------------------------------------------
 
-bool refersToName(const Expr& expression, std::string_view name) {
+bool refersToName(const Expr& start, std::string_view name) {
     const auto refers = [name](const ExprPtr& child) { return child && refersToName(*child, name); };
+    // A chain of operators leans left as deep as it is long, so it is followed in a loop.
+    const Expr* link = &start;
+    while (const auto* binary = link->as<expr::Binary>()) {
+        if (refers(binary->right))
+            return true;
+        if (!binary->left)
+            return false;
+        link = binary->left.get();
+    }
+    const Expr& expression = *link;
     return std::visit(
         overloaded{
             [&](const expr::Identifier& node) { return node.name == name; },

@@ -2,6 +2,7 @@
 
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Keywords.h"
 
 namespace lumo {
 
@@ -77,14 +78,6 @@ std::int64_t indentWidth(std::string_view line) {
         }
     }
     return width;
-}
-
-bool startsWithNumber(std::string_view text) {
-    if (text.empty())
-        return false;
-    char32_t first = 0;
-    unicode::decodeFirst(text, first);
-    return unicode::isNumber(first);
 }
 
 std::vector<std::string> splitParameters(std::string_view text) {
@@ -291,7 +284,7 @@ private:
                 return invalidNode(current.index, MessageKind::badReturnValue);
             }
         }
-        return {Program::Line{current.index, std::move(current.text)}};
+        return {Program::Line{current.index, std::move(current.text), {}}};
     }
 
     std::vector<Program::Row> m_rows;
@@ -311,12 +304,8 @@ Program::Row Program::makeRow(std::int64_t index, std::string_view line) {
     Row row{index, indentWidth(line), trimmed(line), Row::Kind::code};
     if (row.text.empty()) {
         row.kind = Row::Kind::blank;
-    } else if (startsWith(row.text, "//") || startsWith(row.text, "＃")) {
+    } else if (keywords::isNoteText(row.text)) {
         row.kind = Row::Kind::comment;
-    } else if (row.text.front() == '#') {
-        // "#3" is a line reference and so code; any other "#" starts a note.
-        if (!startsWithNumber(std::string_view(row.text).substr(1)))
-            row.kind = Row::Kind::comment;
     }
     return row;
 }

@@ -33,8 +33,8 @@ struct ParsedLine {
 /// The parses of one line, as written and continued with "prev ", filled on first use.
 struct LineParseCache {
     std::optional<bool> canContinue; // whether the text starts like a continuation
-    std::optional<ParsedLine> asWritten;
-    std::optional<ParsedLine> continued;
+    std::shared_ptr<const ParsedLine> asWritten;
+    std::shared_ptr<const ParsedLine> continued;
 };
 
 struct ProgramFunction;
@@ -47,7 +47,7 @@ struct Program {
     struct Line {
         std::int64_t index = 0;
         std::string source;
-        std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
+        mutable LineParseCache cache; // filled while the run meets the line
     };
     struct Blank {
         std::int64_t index = 0;

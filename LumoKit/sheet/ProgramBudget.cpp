@@ -11,8 +11,7 @@ constexpr std::int64_t clockInterval = 256;
 
 } // namespace
 
-ProgramBudget::ProgramBudget(BudgetLimits limits)
-    : m_limits(limits), m_startedAt(std::chrono::steady_clock::now()) {}
+ProgramBudget::ProgramBudget(BudgetLimits limits) : m_limits(limits), m_startedAt(m_limits.clock()) {}
 
 void ProgramBudget::takeStep() {
     if (exhausted())
@@ -51,7 +50,7 @@ bool ProgramBudget::checkClock() {
 }
 
 double ProgramBudget::elapsedSeconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_startedAt).count();
+    return std::chrono::duration<double>(m_limits.clock() - m_startedAt).count();
 }
 
 void ProgramBudget::stop(MessageKind reason) {

@@ -6,6 +6,7 @@
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/builtins/Builtins.h"
 
 namespace lumo {
@@ -62,9 +63,11 @@ private:
 } // namespace
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
-                             const EvaluationOptions& options, BudgetLimits limits)
+                             const EvaluationOptions& options, BudgetLimits limits, SheetParseCache* parses)
     : m_lines(std::move(lines)), m_context(options, limits), m_results(m_lines.size()),
-      m_visited(m_lines.size(), false), m_others(others) {}
+      m_visited(m_lines.size(), false), m_others(others) {
+    m_context.parses = parses;
+}
 
 std::vector<LineResult> ProgramRunner::run() {
     m_context.findFunction = [this](const std::string& name) { return findFunction(name); };
@@ -73,6 +76,8 @@ std::vector<LineResult> ProgramRunner::run() {
     };
     const ProgramBody program = Program::parse(m_lines);
     showStructure(program);
+    if (m_context.parses)
+        m_context.parses->beginRun();
     try {
         // A break, continue or return that reaches the top level ends nothing.
         for (const auto& node : program) {
@@ -82,6 +87,8 @@ std::vector<LineResult> ProgramRunner::run() {
     } catch (const RunStopped&) {
         fillUnreached();
     }
+    if (m_context.parses)
+        m_context.parses->endRun();
     return std::move(m_results);
 }
 
@@ -100,9 +107,11 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
     return std::visit(overloaded{
                           [&](const Program::Line& line) -> std::optional<ProgramFlow> {
                               setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
-                              // A single line can be slow (a big plot, copying a long list), and a sheet of
-                              // many such lines must not hang the editor, so the clock bounds the whole run.
-                              m_context.budget.checkClock();
+                              // A loop's pass can be slow however few passes it makes (a list that
+                              // doubles), so its lines read the clock; a line of the sheet itself
+                              // never does, so no plain line is cut however long the sheet.
+                              if (counting == LineCounting::uncounted)
+                                  m_context.budget.checkClock();
                               return std::nullopt;
                           },
                           [&](const Program::Blank&) -> std::optional<ProgramFlow> {

@@ -23,9 +23,10 @@ struct ProgramFlow {
 /// run's budget, and fills one LineResult per line. Other sheets lend their defs only.
 class ProgramRunner {
 public:
-    /// `others` must outlive the runner.
+    /// `others` and `parses` must outlive the runner; `parses` may be null.
     ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
-                  const EvaluationOptions& options, BudgetLimits limits = {});
+                  const EvaluationOptions& options, BudgetLimits limits = {},
+                  SheetParseCache* parses = nullptr);
 
     ProgramRunner(const ProgramRunner&) = delete;
     ProgramRunner& operator=(const ProgramRunner&) = delete;

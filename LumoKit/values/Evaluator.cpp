@@ -1,5 +1,6 @@
 #include "LumoKit/values/Evaluator.h"
 
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <utility>
@@ -167,17 +168,42 @@ private:
         return operand;
     }
 
+    // A chain of operators (1+2+3…) is a tree leaning left as deep as the chain is long, so
+    // it is walked in a loop: down to its first operand, then up applying each operator.
     Value binary(const expr::Binary& node) const {
+        // Most chains are short enough for the stack; longer ones spill into the heap.
+        constexpr std::size_t inlineLinks = 16;
+        std::array<const expr::Binary*, inlineLinks> shortChain;
+        std::vector<const expr::Binary*> longChain;
+        std::size_t length = 0;
+        const Expr* first = nullptr;
+        for (const expr::Binary* link = &node; link; link = first->as<expr::Binary>()) {
+            if (length < inlineLinks) {
+                shortChain[length] = link;
+            } else {
+                if (longChain.empty())
+                    longChain.assign(shortChain.begin(), shortChain.end());
+                longChain.push_back(link);
+            }
+            ++length;
+            first = link->left.get();
+        }
+        Value value = walk(*first);
+        for (std::size_t i = length; i-- > 0;)
+            value = applyBinary(i < inlineLinks && longChain.empty() ? *shortChain[i] : *longChain[i],
+                                std::move(value));
+        return value;
+    }
+
+    Value applyBinary(const expr::Binary& node, Value left) const {
         // Compared as a view, so that operators of different lengths differ at once.
         const std::string_view op = node.op;
         if (op == "and" || op == "or") {
-            Value left = walk(*node.left);
             // Short-circuit: the right side is not even looked at once the left decides.
             if (truthiness(left) == (op == "or"))
                 return left;
             return walk(*node.right);
         }
-        const Value left = walk(*node.left);
         const Value right = walk(*node.right);
         switch (op.size() == 1 ? op.front() : '\0') {
         case '+':

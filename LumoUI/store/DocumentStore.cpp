@@ -212,6 +212,12 @@ void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::i
         applyContent(*target, SheetSnapshot{target->text, lines});
 }
 
+void DocumentStore::updateContent(const Uuid& sheetID, const std::string& text,
+                                  const std::vector<std::int64_t>& lockedLines) {
+    if (Sheet* target = findSheet(sheetID))
+        applyContent(*target, SheetSnapshot{text, lockedLines});
+}
+
 void DocumentStore::applyContent(Sheet& sheet, SheetSnapshot snapshot) {
     if (sheet.text == snapshot.text && sheet.lockedLines == snapshot.lockedLines)
         return;
@@ -474,7 +480,8 @@ std::vector<LineResult> DocumentStore::evaluate(const Uuid& sheetID) const {
     }
     try {
         // Each run takes the settings as they are when it starts.
-        return DocumentEvaluator::evaluate(target->text, others, EvaluationOptions::current());
+        return DocumentEvaluator::evaluate(target->text, others, EvaluationOptions::current(),
+                                           m_parseCaches[sheetID]);
     } catch (const std::exception& error) {
         // The evaluator reports failures per line; anything escaping it is a bug, not the user's.
         qWarning().noquote() << "Lumo: evaluation failed:" << error.what();

@@ -17,6 +17,7 @@
 #include "LumoKit/document/Document.h"
 #include "LumoKit/document/SheetHistory.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/SheetSession.h"
 #include "LumoUI/store/UndoCenter.h"
@@ -83,6 +84,9 @@ public:
 
     void updateText(const Uuid& sheetID, const std::string& text);
     void setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines);
+    /// Text and locks together, as one change: an edit that moves locked lines.
+    void updateContent(const Uuid& sheetID, const std::string& text,
+                       const std::vector<std::int64_t>& lockedLines);
     /// Appends an empty "Sheet n" / "シート n" and shows it in the active session.
     Uuid addSheet();
     /// Inserts a copy after the original and shows it; nothing for an unknown sheet.
@@ -159,6 +163,8 @@ private:
     std::function<Timestamp()> m_clock;
     LumoDocument m_document;
     std::vector<LineResult> m_results;
+    // Each sheet's line parses, kept from one evaluation to the next; answers are never kept.
+    mutable std::unordered_map<Uuid, SheetParseCache> m_parseCaches;
     DocumentPersistence* m_persistence = nullptr;
     QPointer<NotificationCenter> m_notifications;
     QPointer<UndoCenter> m_undoCenter;

@@ -1,5 +1,6 @@
-// Times Lumo's engine and libqalculate in-process on the same lines (start-up excluded)
-// and prints nanoseconds per line. Reads the lines from lines.tsv.
+// Times Lumo's engine and libqalculate in-process on the same unique lines (the corpus that
+// CorpusTool writes, start-up excluded): each tool takes the corpus from scratch, line after
+// line with its names, and formats every answer. Prints nanoseconds per line.
 #include <algorithm>
 #include <chrono>
 #include <fstream>
@@ -10,8 +11,7 @@
 
 #include <libqalculate/qalculate.h>
 
-#include "LumoKit/language/Parser.h"
-#include "LumoKit/values/Evaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace {
@@ -38,69 +38,66 @@ std::vector<PeerLine> readLines(const std::string& path) {
     return lines;
 }
 
-class NamesContext : public lumo::EvalContext {
-public:
-    std::optional<lumo::Value> valueOf(const std::string& name) override {
-        if (name == "price")
-            return lumo::Value::plain(1200);
-        if (name == "qty")
-            return lumo::Value::plain(35);
-        return std::nullopt;
+// Median nanoseconds of one call of body over several rounds.
+template <typename Body> double medianNanoseconds(Body body, int rounds = 7) {
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round) {
+        const auto start = std::chrono::steady_clock::now();
+        body();
+        times.push_back(
+            std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - start).count());
     }
-    std::optional<lumo::Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<lumo::Value> callUserFunction(const std::string&,
-                                                const std::vector<lumo::Value>&) override {
-        return std::nullopt;
-    }
-};
-
-// Median nanoseconds per call of body over several rounds.
-template <typename Body> double nanosecondsPerCall(Body body, int callsPerRound) {
-    std::vector<double> rounds;
-    for (int round = 0; round < 7; ++round) {
-        auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < callsPerRound; ++i)
-            body();
-        auto elapsed = std::chrono::steady_clock::now() - start;
-        rounds.push_back(std::chrono::duration<double, std::nano>(elapsed).count() / callsPerRound);
-    }
-    std::sort(rounds.begin(), rounds.end());
-    return rounds[rounds.size() / 2];
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    std::string path = argc > 1 ? argv[1] : "bench/peers/lines.tsv";
-    auto lines = readLines(path);
+    const std::string path = argc > 1 ? argv[1] : "build/peers/corpus.tsv";
+    const auto lines = readLines(path);
+    std::string sheet;
+    for (const auto& line : lines)
+        sheet += line.lumo + "\n";
+
+    std::size_t lumoAnswered = 0;
+    const double lumoNs = medianNanoseconds([&] {
+        lumoAnswered = 0;
+        for (const auto& result : lumo::DocumentEvaluator::evaluate(sheet, {}, lumo::EvaluationOptions{})) {
+            if (result.outcome.kind == lumo::LineOutcome::Kind::value) {
+                ++lumoAnswered;
+                volatile auto size =
+                    lumo::ValueFormatter::format(result.outcome.value, lumo::EvaluationOptions{},
+                                                 lumo::Grouping::none)
+                        .size();
+                (void)size;
+            }
+        }
+    });
 
     auto* calculator = new Calculator();
     calculator->loadGlobalDefinitions();
-    calculator->addVariable(new KnownVariable("", "price", "1200"));
-    calculator->addVariable(new KnownVariable("", "qty", "35"));
     EvaluationOptions evaluation;
     PrintOptions printing;
-
-    NamesContext names;
-    std::cout << "kind\tline\tlumo_ns\tqalculate_ns\tlumo_answer\tqalculate_answer\n";
-    for (const auto& line : lines) {
-        std::string lumoAnswer, qalculateAnswer;
-        double lumoNs = nanosecondsPerCall(
-            [&] {
-                auto statement = lumo::parseStatement(line.lumo);
-                auto value = lumo::Evaluator(lumo::EvaluationOptions{}, &names).evaluate(*statement.expr);
-                lumoAnswer =
-                    lumo::ValueFormatter::format(value, lumo::EvaluationOptions{}, lumo::Grouping::none);
-            },
-            20000);
-        double qalculateNs = nanosecondsPerCall(
-            [&] {
+    std::size_t qalculateAnswered = 0;
+    const double qalculateNs = medianNanoseconds(
+        [&] {
+            qalculateAnswered = 0;
+            for (const auto& line : lines) {
+                if (line.kind == "blank")
+                    continue;
                 MathStructure result = calculator->calculate(line.qalculate, evaluation);
-                qalculateAnswer = calculator->print(result, 2000, printing);
-            },
-            200);
-        std::cout << line.kind << '\t' << line.lumo << '\t' << static_cast<long>(lumoNs) << '\t'
-                  << static_cast<long>(qalculateNs) << '\t' << lumoAnswer << '\t' << qalculateAnswer << '\n';
-    }
+                if (!calculator->print(result, 2000, printing).empty())
+                    ++qalculateAnswered;
+            }
+        },
+        3);
+
+    const double count = static_cast<double>(lines.size());
+    std::cout << "tool\tns_per_line\tanswered\tlines\n";
+    std::cout << "lumo\t" << static_cast<long>(lumoNs / count) << '\t' << lumoAnswered << '\t' << lines.size()
+              << '\n';
+    std::cout << "qalculate\t" << static_cast<long>(qalculateNs / count) << '\t' << qalculateAnswered << '\t'
+              << lines.size() << '\n';
     return 0;
 }

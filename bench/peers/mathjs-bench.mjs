@@ -1,33 +1,37 @@
-// Times math.js on the same lines as PeerBench (start-up excluded); prints ns per line.
+// Times math.js on the same unique lines as PeerBench (start-up excluded): the corpus from
+// scratch, line after line in one scope, every answer formatted. Prints ns per line.
 import { readFileSync } from 'node:fs';
 import { create, all } from 'mathjs';
 
 const math = create(all);
-const path = process.argv[2] ?? 'bench/peers/lines.tsv';
-const lines = readFileSync(path, 'utf8').split('\n').filter((l) => l && !l.startsWith('#'));
-const scope = { price: 1200, qty: 35 };
+const path = process.argv[2] ?? '../../build/peers/corpus.tsv';
+const rows = readFileSync(path, 'utf8').split('\n').filter((l) => l && !l.startsWith('#'));
+const lines = rows.map((row) => row.split('\t'));
 
-function nanosecondsPerCall(body, calls) {
-  const rounds = [];
-  for (let round = 0; round < 7; round++) {
+function medianNanoseconds(body, rounds) {
+  const times = [];
+  for (let round = 0; round < rounds; round++) {
     const start = process.hrtime.bigint();
-    for (let i = 0; i < calls; i++) body();
-    rounds.push(Number(process.hrtime.bigint() - start) / calls);
+    body();
+    times.push(Number(process.hrtime.bigint() - start));
   }
-  rounds.sort((a, b) => a - b);
-  return rounds[Math.floor(rounds.length / 2)];
+  times.sort((a, b) => a - b);
+  return times[Math.floor(times.length / 2)];
 }
 
-console.log('kind\tline\tmathjs_ns\tmathjs_answer');
-for (const row of lines) {
-  const [kind, lumo, , expression] = row.split('\t');
-  let answer = '';
-  const ns = nanosecondsPerCall(() => {
+let answered = 0;
+const ns = medianNanoseconds(() => {
+  answered = 0;
+  const scope = new Map();
+  for (const [kind, , , expression] of lines) {
+    if (kind === 'blank') continue;
     try {
-      answer = math.format(math.evaluate(expression, scope), { precision: 13 });
+      math.format(math.evaluate(expression, scope), { precision: 13 });
+      answered++;
     } catch (error) {
-      answer = 'error: ' + error.message;
+      // counted as not answered
     }
-  }, 2000);
-  console.log(`${kind}\t${lumo}\t${Math.round(ns)}\t${answer}`);
-}
+  }
+}, 7);
+console.log('tool\tns_per_line\tanswered\tlines');
+console.log(`mathjs\t${Math.round(ns / lines.length)}\t${answered}\t${lines.length}`);

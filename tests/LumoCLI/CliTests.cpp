@@ -80,7 +80,7 @@ TEST(Cli, ExitStatuses) {
         {"/nonexistent/sheet.txt", 1},
         {"--sample", 0},
         {"--starter", 0},
-        {"--sheet NoSuchSheet -", 1},
+        {"--sheet NoSuchSheet -", 2},
         {"-", 0},
     };
     for (const auto& c : cases)
@@ -93,11 +93,38 @@ TEST(Cli, UsageErrorPrintsTheUsage) {
     EXPECT_NE(result.out.find("usage: lumo"), std::string::npos);
 }
 
+// A text file's final line feed ends its last line; only a further one adds a blank line.
+TEST_F(CliFiles, FinalLineFeedEndsTheLastLine) {
+    struct Case {
+        std::string text;
+        std::size_t rows;
+    };
+    const Case cases[] = {
+        {"1\n2\n", 2}, {"1\n2", 2}, {"1\n2\n\n", 3}, {"\n", 1}, {"1\r\n", 1},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(jsonLines(runLumo("--json", c.text).out).size(), c.rows) << "stdin: " << c.text;
+        EXPECT_EQ(jsonLines(runLumo("--json " + write("sheet.txt", c.text)).out).size(), c.rows)
+            << "file: " << c.text;
+    }
+    // A document's sheet keeps the editor's empty last line.
+    auto document = write("doc.json", R"({"sheets": [{"id": "11111111-1111-1111-1111-111111111111",
+        "name": "A", "text": "1\n2\n"}]})");
+    EXPECT_EQ(jsonLines(runLumo("--json " + document).out).size(), 3u);
+}
+
+TEST_F(CliFiles, UnknownSheetListsTheSheets) {
+    auto result =
+        runLumo("--sheet Nope " + write("Alpha.txt", "1\n") + " " + write("Beta Two.txt", "2\n"), "", true);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "lumo: no sheet named 'Nope'; the sheets are:\n  Alpha\n  Beta Two\n");
+}
+
 TEST(Cli, JsonLinesFromStandardInput) {
     auto result = runLumo("--json --lang en", "price = 1200\nprice × 2\n\n// note\n1 +\nplot(x^2)\n");
     ASSERT_EQ(result.status, 0);
     auto lines = jsonLines(result.out);
-    ASSERT_EQ(lines.size(), 7u);
+    ASSERT_EQ(lines.size(), 6u);
     EXPECT_EQ(lines[0]["sheet"], "stdin");
     EXPECT_EQ(lines[0]["line"], 1);
     EXPECT_EQ(lines[0]["kind"], "value");
@@ -114,7 +141,6 @@ TEST(Cli, JsonLinesFromStandardInput) {
     EXPECT_EQ(plot["kind"], "curve");
     EXPECT_EQ(plot["title"], "plot(x^2)");
     EXPECT_EQ(plot["segments"][0].size(), 241u);
-    EXPECT_EQ(lines[6]["kind"], "blank");
 }
 
 TEST(Cli, FormattingOptions) {
@@ -147,13 +173,13 @@ TEST_F(CliFiles, SeveralFilesFormOneDocument) {
     auto result = runLumo("--json " + library + " " + main);
     ASSERT_EQ(result.status, 0);
     auto lines = jsonLines(result.out);
-    ASSERT_EQ(lines.size(), 5u);
+    ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[0]["sheet"], "Library");
-    EXPECT_EQ(lines[3]["sheet"], "Main");
-    EXPECT_EQ(lines[3]["answer"], "42");
+    EXPECT_EQ(lines[2]["sheet"], "Main");
+    EXPECT_EQ(lines[2]["answer"], "42");
 
     auto onlyMain = jsonLines(runLumo("--json --sheet Main " + library + " " + main).out);
-    ASSERT_EQ(onlyMain.size(), 2u);
+    ASSERT_EQ(onlyMain.size(), 1u);
     EXPECT_EQ(onlyMain[0]["answer"], "42");
 }
 
@@ -186,7 +212,7 @@ TEST(Cli, TextOutputAlignsAnswersByDisplayWidth) {
 
 TEST(Cli, PlotObjectsInJson) {
     auto lines = jsonLines(runLumo("--json --lang en", "chart(1 m, 50 cm)\nplot(x × y, 0, 1)\n").out);
-    ASSERT_EQ(lines.size(), 3u);
+    ASSERT_EQ(lines.size(), 2u);
     const auto& bars = lines[0]["plot"];
     EXPECT_EQ(bars["kind"], "bars");
     EXPECT_EQ(bars["bars"],

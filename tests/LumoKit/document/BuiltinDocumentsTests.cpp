@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/document/BuiltinDocuments.h"
+#include "LumoKit/document/BuiltinTexts.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 
 using namespace lumo;
@@ -162,4 +167,21 @@ TEST(BuiltinDocuments, EveryLineCalculates) {
         EXPECT_EQ(failingLines(tutorialSheets(language, buildTime)), std::vector<std::string>{});
         EXPECT_EQ(failingLines(sampleDocument(buildTime).sheets), std::vector<std::string>{});
     }
+}
+
+// Each text file is compiled in byte for byte, and none in the folder is left out of the build.
+TEST(BuiltinDocuments, EmbeddedTextsMatchTheirFiles) {
+    const std::filesystem::path folder =
+        std::filesystem::path(LUMO_TEST_DATA_DIR) / "../LumoKit/document/resources";
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::ifstream in(entry.path(), std::ios::binary);
+        std::ostringstream bytes;
+        bytes << in.rdbuf();
+        const std::string name = entry.path().filename().string();
+        EXPECT_NO_THROW(EXPECT_EQ(builtinText(name), bytes.str()) << name) << name;
+        ++files;
+    }
+    EXPECT_EQ(files, 17);
+    EXPECT_THROW(builtinText("no-such-sheet.en.txt"), std::out_of_range);
 }

@@ -209,10 +209,10 @@ TEST(Parser, ExpressionRuleLeavesTheRestForTheCaller) {
 TEST(Parser, HostileInputEndsInATreeOrAnError) {
     // Deep nesting of every recursive form fails cleanly instead of exhausting the stack.
     const std::string deep[] = {
-        repeated("(", 10000),        repeated("[", 10000),    repeated("-", 10000) + "1",
-        repeated("2^", 10000) + "2", repeated("not ", 10000), repeated("f(", 10000),
-        "x" + repeated("[x", 10000), repeated("3x^", 10000),  repeated("+", 10000) + "1",
-        repeated("1+", 50000) + "1", repeated("2 ", 50000),   "x" + repeated(" in m", 20000),
+        repeated("(", 10000),           repeated("[", 10000),       repeated("-", 10000) + "1",
+        repeated("2^", 10000) + "2",    repeated("not ", 10000),    repeated("f(", 10000),
+        "x" + repeated("[x", 10000),    repeated("3x^", 10000),     repeated("+", 10000) + "1",
+        "x" + repeated(" in m", 20000), "1" + repeated("%", 20000),
     };
     for (const auto& text : deep)
         EXPECT_THROW(parseStatement(text), CalcError) << text.substr(0, 20);
@@ -220,6 +220,10 @@ TEST(Parser, HostileInputEndsInATreeOrAnError) {
     // Long but shallow lines still parse.
     EXPECT_NO_THROW(parseStatement(repeated("(", 200) + "1" + repeated(")", 200)));
     EXPECT_NO_THROW(parseStatement(repeated("1+", 500) + "1"));
+    // Chains of terms are flat, not nested, whatever their length.
+    EXPECT_NO_THROW(parseStatement(repeated("1+", 50000) + "1"));
+    EXPECT_NO_THROW(parseStatement(repeated("2 ", 50000)));
+    EXPECT_NO_THROW(parseStatement(repeated("a < ", 50000) + "b"));
     EXPECT_NO_THROW(parseStatement("[" + repeated("1, ", 30000) + "1]"));
 
     // Random mixtures of awkward pieces never escape as anything but CalcError.

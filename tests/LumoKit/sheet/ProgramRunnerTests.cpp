@@ -14,6 +14,54 @@ namespace {
 const std::string tooMany = "! Too many loop steps";
 const std::string tooLong = "! The loop is taking too long";
 
+// A clock an hour ahead at every reading, as on a machine far too busy to keep up.
+std::chrono::steady_clock::time_point slowClock() {
+    static std::chrono::steady_clock::time_point now;
+    now += std::chrono::hours(1);
+    return now;
+}
+
+// Line i of a long sheet of ordinary lines, all different: names, units, sums, notes, blanks.
+std::string plainLine(int i) {
+    switch (i % 8) {
+    case 0:
+        return "a" + std::to_string(i) + " = " + std::to_string(i) + " mm";
+    case 1:
+        return "a" + std::to_string(i - 1) + " × 2 + " + std::to_string(i) + " cm";
+    case 2:
+        return std::to_string(i) + " km in m";
+    case 3:
+        return "(" + std::to_string(i) + " mm + 7 cm) / 3";
+    case 4:
+        return "// note " + std::to_string(i);
+    case 5:
+        return "prev × 2";
+    case 6:
+        return "sum";
+    default:
+        return "";
+    }
+}
+
+std::string plainSheet(int lines) {
+    std::string text;
+    for (int i = 0; i < lines; ++i)
+        text += plainLine(i) + "\n";
+    return text;
+}
+
+// What a line of plainSheet shows when it ran: an answer, a note mark or nothing.
+bool showsItsOwnResult(int i, const std::string& shown) {
+    switch (i % 8) {
+    case 4:
+        return shown == "//";
+    case 7:
+        return shown.empty();
+    default:
+        return !shown.empty() && shown.front() != '!' && shown != "//";
+    }
+}
+
 } // namespace
 
 TEST(ProgramBudget, StepsDepthAndClock) {
@@ -96,6 +144,52 @@ TEST(ProgramRunner, EndlessSheetsFinish) {
     const auto doubling = sheetAnswers("x = [1]\nfor i in range(60):\n  x = [x, x]\n1");
     EXPECT_TRUE(doubling[2] == "! The list is too big" || doubling[3] == tooLong) << doubling[3];
     EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(30));
+}
+
+TEST(ProgramRunner, LongPlainSheetsAnswerEveryLine) {
+    const auto shown = sheetAnswers(plainSheet(100000));
+    ASSERT_EQ(shown.size(), 100001u);
+    for (int i = 0; i < 100000; ++i)
+        ASSERT_TRUE(showsItsOwnResult(i, shown[static_cast<std::size_t>(i)])) << i << ": " << shown[i];
+}
+
+TEST(ProgramRunner, ClockIsReadOnlyInLoopsAndCalls) {
+    // Plain lines never read the clock, so even a clock that jumps an hour at each reading
+    // leaves them all answered.
+    BudgetLimits slow{200000, 40, 0.15, &slowClock};
+    const auto plain = runAnswers(plainSheet(2000), slow);
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_TRUE(showsItsOwnResult(i, plain[static_cast<std::size_t>(i)])) << i << ": " << plain[i];
+
+    // Loops read it on their lines and calls on every 256th call.
+    EXPECT_EQ(runAnswers("n = 0\nwhile True:\n  n = n + 1\nn", slow),
+              (std::vector<std::string>{"0", tooLong, "1", tooLong}));
+    std::string calls = "def f(v):\n  return v\n";
+    for (int i = 0; i < 300; ++i)
+        calls += "f(" + std::to_string(i) + ")\n";
+    const auto called = runAnswers(calls, slow);
+    EXPECT_EQ(called[2 + 254], "254");
+    EXPECT_EQ(called[2 + 255], tooLong);
+    EXPECT_EQ(called[2 + 299], tooLong);
+}
+
+TEST(ProgramRunner, RunawayLoopFailsExactlyTheUnvisitedLines) {
+    // Line 10 of 1,000 loops for ever; the lines above keep their answers, the loop's own
+    // body shows its last pass, and below it every line that is not blank fails, notes too.
+    std::string text;
+    for (int i = 0; i < 9; ++i)
+        text += plainLine(i) + "\n";
+    text += "while True:\n  k = 1\n";
+    for (int i = 11; i < 1000; ++i)
+        text += plainLine(i) + "\n";
+    const auto shown = runAnswers(text, BudgetLimits{1000, 40, 100});
+    ASSERT_EQ(shown.size(), 1001u);
+    for (int i = 0; i < 9; ++i)
+        EXPECT_TRUE(showsItsOwnResult(i, shown[static_cast<std::size_t>(i)])) << i << ": " << shown[i];
+    EXPECT_EQ(shown[9], tooMany);
+    EXPECT_EQ(shown[10], "1");
+    for (int i = 11; i < 1000; ++i)
+        EXPECT_EQ(shown[static_cast<std::size_t>(i)], plainLine(i).empty() ? "" : tooMany) << i;
 }
 
 TEST(ProgramRunner, Loops) {

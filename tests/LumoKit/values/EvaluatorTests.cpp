@@ -144,6 +144,27 @@ TEST(Evaluator, TextsOrderByScalarsAfterComposition) {
     EXPECT_GT(compareTexts("\u00e9", "f"), 0);
 }
 
+TEST(Evaluator, FlatChainsOfAnyLength) {
+    // A chain of terms is not nesting: ten thousand of them answer, in a loop and not
+    // through ten thousand stack frames.
+    const auto chain = [](const std::string& term, const std::string& op, int terms) {
+        std::string text = term;
+        for (int i = 1; i < terms; ++i)
+            text += op + term;
+        return text;
+    };
+    MapContext context = sheetContext();
+    expectAnswers({{chain("1", "+", 10000), "10000"},
+                   {chain("1", " + ", 200000), "200000"},
+                   {"100000" + chain("", " - 1", 100001), "0"},
+                   {chain("2", " ", 20) + " / 2", "524288"},
+                   {chain("1 mm", " + ", 5000) + " in m", "5 m"},
+                   {chain("a", " and ", 5000), "1"},
+                   {"0" + chain("", " or a == 1", 5000), "1"},
+                   {"1" + chain("", " * 1", 50000) + " + (" + chain("1", "+", 3000) + ")", "3001"}},
+                  &context);
+}
+
 TEST(Evaluator, ConversionFailureMessages) {
     expectErrors({
         {"5 $ to 円", "Can't convert 5USD to 円"},

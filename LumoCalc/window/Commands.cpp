@@ -1,0 +1,59 @@
+#include "LumoCalc/window/Commands.h"
+
+#include <algorithm>
+
+namespace lumo {
+
+const std::vector<CommandSpec>& allCommands() {
+    using Key = QKeySequence;
+    static const std::vector<CommandSpec> commands{
+        {Command::newSheet, {"新規シート", "New Sheet"}, Key::AddTab, "Ctrl+T"},
+        {Command::newWindow, {"新規ウインドウ", "New Window"}, Key::New, "Ctrl+N"},
+        {Command::closeWindow, {"ウインドウを閉じる", "Close Window"}, Key::Close, "Ctrl+W"},
+        {Command::eraseAllContent, {"全ての内容を消去…", "Erase All Content…"}},
+        {Command::quit, {"終了", "Quit"}, Key::Quit, "Ctrl+Q"},
+        {Command::undo, {"取り消す", "Undo"}, Key::Undo, "Ctrl+Z"},
+        {Command::redo, {"やり直す", "Redo"}, Key::Redo, "Ctrl+Shift+Z"},
+        {Command::cut, {"切り取り", "Cut"}, Key::Cut, "Ctrl+X"},
+        {Command::copy, {"コピー", "Copy"}, Key::Copy, "Ctrl+C"},
+        {Command::paste, {"貼り付け", "Paste"}, Key::Paste, "Ctrl+V"},
+        {Command::selectAll, {"すべてを選択", "Select All"}, Key::SelectAll, "Ctrl+A"},
+        {Command::copyAnswer, {"答えをコピー", "Copy Answer"}, Key::UnknownKey, "Ctrl+Shift+C"},
+        {Command::clearSheet, {"シートを消去", "Clear Sheet"}},
+        {Command::help, {"Lumo ヘルプ", "Lumo Help"}, Key::HelpContents, "F1"},
+        {Command::termsOfUse, {"利用規約", "Terms of Use"}},
+        {Command::about, {"Lumo について", "About Lumo"}},
+    };
+    return commands;
+}
+
+const CommandSpec& commandSpec(Command command) {
+    const auto& commands = allCommands();
+    return *std::find_if(commands.begin(), commands.end(),
+                         [command](const CommandSpec& spec) { return spec.command == command; });
+}
+
+const std::vector<MenuSpec>& menuBarLayout() {
+    using C = Command;
+    static const std::vector<MenuSpec> layout{
+        {{"ファイル(&F)", "&File"},
+         {C::newSheet, C::newWindow, std::nullopt, C::closeWindow, std::nullopt, C::eraseAllContent,
+          std::nullopt, C::quit}},
+        {{"編集(&E)", "&Edit"},
+         {C::undo, C::redo, std::nullopt, C::cut, C::copy, C::paste, C::selectAll, std::nullopt,
+          C::copyAnswer, std::nullopt, C::clearSheet}},
+        {{"ヘルプ(&H)", "&Help"}, {C::help, std::nullopt, C::termsOfUse, C::about}},
+    };
+    return layout;
+}
+
+QList<QKeySequence> shortcutsFor(const CommandSpec& spec) {
+    QList<QKeySequence> keys;
+    if (spec.standardKey != QKeySequence::UnknownKey)
+        keys = QKeySequence::keyBindings(spec.standardKey);
+    if (keys.isEmpty() && spec.portableKey)
+        keys.append(QKeySequence(QString::fromLatin1(spec.portableKey)));
+    return keys;
+}
+
+} // namespace lumo

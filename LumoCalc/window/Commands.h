@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QKeySequence>
+#include <QList>
+
+#include <optional>
+#include <vector>
+
+#include "LumoCalc/text/Bilingual.h"
+
+namespace lumo {
+
+/// Everything the menus of a window can ask for.
+enum class Command {
+    newSheet,
+    newWindow,
+    closeWindow,
+    eraseAllContent,
+    quit,
+    undo,
+    redo,
+    cut,
+    copy,
+    paste,
+    selectAll,
+    copyAnswer,
+    clearSheet,
+    help,
+    termsOfUse,
+    about,
+};
+
+/// How a command appears in a menu.
+struct CommandSpec {
+    Command command;
+    Bilingual label;
+    /// The platform's binding, when the platform has one for this kind of command.
+    QKeySequence::StandardKey standardKey = QKeySequence::UnknownKey;
+    /// Used when there is no standard key, or the platform binds nothing to it.
+    const char* portableKey = nullptr;
+};
+
+/// A menu of the menu bar; an empty entry stands for a separator.
+struct MenuSpec {
+    Bilingual title;
+    std::vector<std::optional<Command>> entries;
+};
+
+const std::vector<CommandSpec>& allCommands();
+const CommandSpec& commandSpec(Command command);
+const std::vector<MenuSpec>& menuBarLayout();
+
+/// The key sequences of a command on this platform, the preferred one first.
+QList<QKeySequence> shortcutsFor(const CommandSpec& spec);
+
+} // namespace lumo

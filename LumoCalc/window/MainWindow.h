@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include <map>
+
+#include "LumoCalc/window/Commands.h"
+
+class QAction;
+class QBoxLayout;
+class QMenu;
+class QSplitter;
+
+namespace lumo {
+
+class AppSettings;
+class DocumentStore;
+class NotificationCenter;
+class SheetEditor;
+class SheetSession;
+
+/// One window of the application: a sheet of the shared document in its own session, with the
+/// menu bar. The sheet editor sits in the middle of a splitter that keeps a place on either
+/// side for the sheet list and the keypad, and a row above it for the sheet tabs.
+///
+/// Commands that concern the whole application (a new window, quitting, help, erasing
+/// everything) are handed to whoever owns the windows through commandRequested().
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    MainWindow(DocumentStore* store, AppSettings* settings, NotificationCenter* notifications,
+               QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    SheetSession* session() const { return m_session; }
+    SheetEditor* editor() const { return m_editor; }
+    QAction* action(Command command) const;
+    QList<QMenu*> menus() const { return m_menus; }
+
+    /// Runs a command as its menu item would.
+    void perform(Command command);
+
+    /// Places for the views that later come beside the editor; each takes ownership.
+    void setSheetTabs(QWidget* tabs);
+    void setSheetSidebar(QWidget* sidebar);
+    enum class Side { left, right };
+    void setKeypad(QWidget* keypad, Side side);
+
+signals:
+    /// A command for the application rather than this window.
+    void commandRequested(lumo::Command command);
+    /// The window was closed and is about to go away.
+    void closed();
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildMenus();
+    void retranslate();
+    void updateTitle();
+    void updateEditActions();
+
+    QPointer<DocumentStore> m_store;
+    QPointer<NotificationCenter> m_notifications;
+    SheetSession* m_session = nullptr;
+    SheetEditor* m_editor = nullptr;
+    QBoxLayout* m_topRow = nullptr;
+    QSplitter* m_splitter = nullptr;
+    QPointer<QWidget> m_sidebar;
+    QPointer<QWidget> m_keypad;
+    std::map<Command, QAction*> m_actions;
+    QList<QMenu*> m_menus;
+};
+
+} // namespace lumo

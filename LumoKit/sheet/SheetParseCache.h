@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "LumoKit/sheet/Program.h"
+
+namespace lumo {
+
+/// Parses a prepared line text; a failure is kept as the parser's message.
+ParsedLine parseLine(std::string text);
+
+/// The parses of one sheet's lines kept from one run to the next, so that a run after a
+/// keystroke parses only the lines that changed.
+///
+/// Only parses are kept, keyed by the exact text that was parsed: a parse depends on nothing
+/// else (a failed parse keeps its message's kind, not a text in one language). Answers are never kept, since
+/// a line's answer depends on the names above it and on other sheets' functions; every run evaluates every
+/// line. Entries that a run did not use are dropped at its end, so the cache stays the size of the sheet. One
+/// run at a time may use a cache.
+class SheetParseCache {
+public:
+    /// The parse of `text`, from the cache or made now.
+    std::shared_ptr<const ParsedLine> parsed(const std::string& text);
+
+    /// Called by the run around its use of the cache.
+    void beginRun();
+    void endRun();
+
+    std::size_t size() const { return m_entries.size(); }
+
+private:
+    struct Entry {
+        std::shared_ptr<const ParsedLine> parse;
+        std::uint64_t lastRun = 0;
+    };
+
+    std::unordered_map<std::string, Entry> m_entries;
+    std::uint64_t m_run = 0;
+};
+
+} // namespace lumo

@@ -1,0 +1,115 @@
+// Whole sheets from scratch on unique lines: time per line and memory per line, from 100 to
+// 100,000 lines, so that the cost stays linear. Every allocation of the process is counted
+// here, which is why these figures live apart from EngineBench's.
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <malloc.h>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "bench/UniqueCorpus.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
+
+namespace {
+
+std::atomic<std::size_t> s_heapInUse{0};
+std::atomic<std::size_t> s_heapPeak{0};
+
+void noteAllocated(void* pointer) {
+    if (!pointer)
+        throw std::bad_alloc();
+    const std::size_t now = s_heapInUse.fetch_add(malloc_usable_size(pointer), std::memory_order_relaxed) +
+                            malloc_usable_size(pointer);
+    std::size_t peak = s_heapPeak.load(std::memory_order_relaxed);
+    while (now > peak && !s_heapPeak.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
+    }
+}
+
+void noteFreed(void* pointer) {
+    if (pointer)
+        s_heapInUse.fetch_sub(malloc_usable_size(pointer), std::memory_order_relaxed);
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* pointer = std::malloc(size);
+    noteAllocated(pointer);
+    return pointer;
+}
+void* operator new[](std::size_t size) {
+    void* pointer = std::malloc(size);
+    noteAllocated(pointer);
+    return pointer;
+}
+void operator delete(void* pointer) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
+void operator delete[](void* pointer) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
+void operator delete(void* pointer, std::size_t) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
+void operator delete[](void* pointer, std::size_t) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
+
+using namespace lumo;
+
+namespace {
+
+// Counters: µs per line, the heap's peak during a run and what the results keep, per line.
+void uniqueSheet(benchmark::State& state) {
+    const auto lines = static_cast<int>(state.range(0));
+    const std::string text = bench::uniqueSheet(lines);
+    std::size_t peakPerRun = 0;
+    std::size_t keptPerRun = 0;
+    for (auto _ : state) {
+        const std::size_t before = s_heapInUse.load();
+        s_heapPeak.store(before);
+        auto results = DocumentEvaluator::evaluate(text, {}, EvaluationOptions{});
+        keptPerRun = s_heapInUse.load() - before;
+        peakPerRun = s_heapPeak.load() - before;
+        benchmark::DoNotOptimize(results.data());
+    }
+    state.counters["us_per_line"] =
+        benchmark::Counter(static_cast<double>(lines) * 1e-6,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["peak_B_per_line"] = static_cast<double>(peakPerRun) / lines;
+    state.counters["kept_B_per_line"] = static_cast<double>(keptPerRun) / lines;
+}
+BENCHMARK(uniqueSheet)->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// One long line: a flat chain of terms of the given size in bytes. Time and the heap's peak
+// are per input byte, and must stay flat from 100 kB to 10 MB.
+void longLine(benchmark::State& state) {
+    const auto bytes = static_cast<std::size_t>(state.range(0));
+    std::string text;
+    text.reserve(bytes + 2);
+    text = "1";
+    while (text.size() + 2 <= bytes)
+        text += "+1";
+    std::size_t peakPerRun = 0;
+    for (auto _ : state) {
+        const std::size_t before = s_heapInUse.load();
+        s_heapPeak.store(before);
+        auto results = DocumentEvaluator::evaluate(text, {}, EvaluationOptions{});
+        peakPerRun = s_heapPeak.load() - before;
+        benchmark::DoNotOptimize(results.data());
+    }
+    state.counters["ns_per_byte"] =
+        benchmark::Counter(static_cast<double>(text.size()) * 1e-9,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["peak_B_per_byte"] = static_cast<double>(peakPerRun) / static_cast<double>(text.size());
+}
+BENCHMARK(longLine)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,212 @@
+#include <QFile>
+#include <QSignalSpy>
+
+#include "LumoCalc/dialogs/ConfirmationDialog.h"
+#include "LumoCalc/dialogs/TermsDialog.h"
+#include "LumoUI/persistence/DocumentFile.h"
+#include "ShellTestSupport.h"
+
+namespace lumo::test {
+namespace {
+
+class Shell : public ShellTest {};
+
+TEST_F(Shell, TermsComeFirstUntilAccepted) {
+    enum class Answer { returnKey, acceptButton, declineButton, escapeKey };
+    struct Case {
+        Answer answer;
+        bool opensWindow;
+    };
+    const Case cases[] = {
+        {Answer::returnKey, true},
+        {Answer::acceptButton, true},
+        {Answer::declineButton, false},
+        {Answer::escapeKey, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(c.answer));
+        Application& app = launch({QStringLiteral("-lumoFixture")}, Terms::notAccepted);
+        QSignalSpy quitting(&app, &Application::quitting);
+        TermsDialog* terms = app.termsDialog();
+        ASSERT_NE(terms, nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(terms));
+        EXPECT_TRUE(app.windows().isEmpty()) << "nothing comes before the terms";
+        EXPECT_TRUE(terms->acceptButton()->isDefault());
+
+        switch (c.answer) {
+        case Answer::returnKey:
+            QTest::keyClick(terms, Qt::Key_Return);
+            break;
+        case Answer::acceptButton:
+            QTest::mouseClick(terms->acceptButton(), Qt::LeftButton);
+            break;
+        case Answer::declineButton:
+            QTest::mouseClick(terms->declineButton(), Qt::LeftButton);
+            break;
+        case Answer::escapeKey:
+            QTest::keyClick(terms, Qt::Key_Escape);
+            break;
+        }
+        QCoreApplication::processEvents();
+        EXPECT_EQ(app.windows().size(), c.opensWindow ? 1 : 0);
+        EXPECT_EQ(app.settings()->hasAcceptedTerms(), c.opensWindow);
+        EXPECT_EQ(quitting.size(), c.opensWindow ? 0 : 1);
+        m_app.reset();
+
+        // The next start shows the terms again only when they were declined.
+        QSettings store(settingsFile(), QSettings::IniFormat);
+        EXPECT_EQ(AppSettings(store, nullptr).hasAcceptedTerms(), c.opensWindow);
+        store.remove(QStringLiteral("lumo.acceptedTermsVersion"));
+    }
+}
+
+TEST_F(Shell, TermsFollowTheLanguageChosenOnThem) {
+    Application& app = launch({QStringLiteral("-lumoFixture")}, Terms::notAccepted);
+    TermsDialog* terms = app.termsDialog();
+    ASSERT_NE(terms, nullptr);
+    EXPECT_EQ(terms->acceptButton()->text(), QStringLiteral("Accept"));
+    EXPECT_TRUE(TermsDialog::termsHtml().contains(QStringLiteral("No warranty")));
+    app.settings()->setLanguage(AppLanguage::japanese);
+    EXPECT_EQ(terms->acceptButton()->text(), QStringLiteral("同意する"));
+    EXPECT_EQ(terms->declineButton()->text(), QStringLiteral("同意しない"));
+    EXPECT_TRUE(TermsDialog::termsHtml().contains(QStringLiteral("保証しないこと")));
+}
+
+TEST_F(Shell, PendingSaveIsWrittenOnQuitAndOnDeactivation) {
+    enum class Trigger { quitCommand, closeLastWindow, otherWindowActivated };
+    for (Trigger trigger : {Trigger::quitCommand, Trigger::closeLastWindow, Trigger::otherWindowActivated}) {
+        SCOPED_TRACE(int(trigger));
+        QDir(dataDirectory()).removeRecursively();
+        Application& app = launch({});
+        MainWindow* window = app.windows().value(0);
+        ASSERT_NE(window, nullptr);
+        activate(window);
+        window->editor()->textView()->selectAll();
+        type(window, QStringLiteral("2 + 3"));
+
+        const QString file = QDir(dataDirectory()).filePath(QLatin1String(DocumentFile::fileName));
+        switch (trigger) {
+        case Trigger::quitCommand:
+            QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+            break;
+        case Trigger::closeLastWindow:
+            window->close();
+            QCoreApplication::processEvents();
+            EXPECT_TRUE(app.isQuitting()) << "closing the last window quits";
+            break;
+        case Trigger::otherWindowActivated:
+            activate(app.openWindow());
+            break;
+        }
+        // Well before the save delay has passed, the text is on disk.
+        QFile saved(file);
+        ASSERT_TRUE(saved.open(QIODevice::ReadOnly)) << file.toStdString();
+        EXPECT_TRUE(saved.readAll().contains("2 + 3"));
+        m_app.reset();
+    }
+}
+
+TEST_F(Shell, UndoFollowsTheActiveWindow) {
+    Application& app = launch();
+    MainWindow* first = app.windows().value(0);
+    activate(first);
+    const QString original = textOf(first);
+    first->editor()->textView()->moveCursor(QTextCursor::End);
+    type(first, QStringLiteral("7 × 6"));
+    EXPECT_TRUE(first->action(Command::undo)->isEnabled());
+
+    // The second window shows another sheet, which has nothing to undo.
+    QTest::keyClick(first, Qt::Key_N, Qt::ControlModifier);
+    ASSERT_EQ(app.windows().size(), 2);
+    MainWindow* second = app.windows().value(1);
+    activate(second);
+    QTest::keyClick(second, Qt::Key_T, Qt::ControlModifier);
+    EXPECT_NE(second->session()->sheetID(), first->session()->sheetID());
+    EXPECT_FALSE(second->action(Command::undo)->isEnabled());
+    QTest::keyClick(second->editor()->textView(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(textOf(first), original + QStringLiteral("7 × 6")) << "undo in one window left the other alone";
+
+    activate(first);
+    EXPECT_TRUE(first->action(Command::undo)->isEnabled());
+    QTest::keyClick(first->editor()->textView(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(textOf(first), original);
+    EXPECT_TRUE(first->action(Command::redo)->isEnabled());
+    QTest::keyClick(first->editor()->textView(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(textOf(first), original + QStringLiteral("7 × 6"));
+}
+
+TEST_F(Shell, TwoWindowsOnOneSheetShowEachOthersTyping) {
+    Application& app = launch();
+    MainWindow* first = app.windows().value(0);
+    MainWindow* second = app.openWindow();
+    ASSERT_EQ(first->session()->sheetID(), second->session()->sheetID());
+
+    activate(first);
+    first->editor()->textView()->moveCursor(QTextCursor::End);
+    type(first, QStringLiteral("12 × 3"));
+    EXPECT_EQ(textOf(second), textOf(first));
+
+    activate(second);
+    second->editor()->textView()->moveCursor(QTextCursor::End);
+    QTest::keyClick(second->editor()->textView(), Qt::Key_Return);
+    type(second, QStringLiteral("40 + 2"));
+    EXPECT_EQ(textOf(first), textOf(second));
+    EXPECT_TRUE(textOf(first).endsWith(QStringLiteral("12 × 3\n40 + 2")));
+}
+
+TEST_F(Shell, DestructiveCommandsAskFirst) {
+    enum class Asked { clearSheet, eraseAll };
+    struct Case {
+        Asked command;
+        bool confirm;
+    };
+    const Case cases[] = {
+        {Asked::clearSheet, true},
+        {Asked::clearSheet, false},
+        {Asked::eraseAll, true},
+        {Asked::eraseAll, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(int(c.command) * 2 + int(c.confirm));
+        Application& app = launch();
+        MainWindow* window = app.windows().value(0);
+        activate(window);
+        const std::size_t sheets = app.store()->document().sheets.size();
+        const QString before = textOf(window);
+        ASSERT_FALSE(before.isEmpty());
+
+        window->action(c.command == Asked::clearSheet ? Command::clearSheet : Command::eraseAllContent)
+            ->trigger();
+        ConfirmationDialog* dialog = app.confirmation();
+        ASSERT_NE(dialog, nullptr);
+        if (c.command == Asked::eraseAll) {
+            EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Erase All Content?"));
+            EXPECT_EQ(
+                dialog->informativeText(),
+                QStringLiteral("All sheets will be deleted. This can’t be undone, and they will disappear "
+                               "from your other devices too."));
+            EXPECT_EQ(dialog->confirmButton()->text(), QStringLiteral("Erase All Content"));
+            EXPECT_EQ(dialog->buttonRole(dialog->confirmButton()), QMessageBox::DestructiveRole);
+        } else {
+            EXPECT_EQ(dialog->informativeText(), QString::fromStdString(*app.store()->clearSheetPrompt()));
+        }
+        EXPECT_EQ(dialog->defaultButton(), dialog->cancelButton()) << "Return must not destroy anything";
+        QTest::mouseClick(c.confirm ? dialog->confirmButton() : dialog->cancelButton(), Qt::LeftButton);
+        QCoreApplication::processEvents();
+
+        EXPECT_EQ(textOf(window).isEmpty(), c.confirm);
+        const bool erased = c.confirm && c.command == Asked::eraseAll;
+        EXPECT_EQ(app.store()->document().sheets.size(), erased ? 1u : sheets);
+        EXPECT_EQ(window->windowTitle(), erased ? QStringLiteral("New Sheet — Lumo") : window->windowTitle());
+        EXPECT_FALSE(app.store()->clearSheetPrompt().has_value());
+        if (c.confirm && c.command == Asked::clearSheet) {
+            activate(window);
+            QTest::keyClick(window, Qt::Key_Z, Qt::ControlModifier);
+            EXPECT_EQ(textOf(window), before) << "clearing a sheet is undoable";
+        }
+        m_app.reset();
+    }
+}
+
+} // namespace
+} // namespace lumo::test

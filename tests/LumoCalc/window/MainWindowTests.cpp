@@ -1,0 +1,188 @@
+#include <QClipboard>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTextBlock>
+#include <QTextBrowser>
+
+#include <functional>
+
+#include "LumoCalc/dialogs/HelpWindow.h"
+#include "ShellTestSupport.h"
+
+namespace lumo::test {
+namespace {
+
+class Window : public ShellTest {};
+
+QTextCursor caretOnLine(MainWindow* window, int line) {
+    QTextCursor cursor(window->editor()->textView()->document()->findBlockByNumber(line));
+    window->editor()->textView()->setTextCursor(cursor);
+    return cursor;
+}
+
+TEST_F(Window, ShortcutsRunTheirCommands) {
+    struct Case {
+        const char* name;
+        QKeySequence keys;
+        std::function<void(Application&, MainWindow*)> check;
+    };
+    const Case cases[] = {
+        {"new sheet", QKeySequence(Qt::CTRL | Qt::Key_T),
+         [](Application& app, MainWindow* window) {
+             EXPECT_EQ(app.store()->document().sheets.size(), 6u);
+             EXPECT_EQ(window->session()->sheetID(), app.store()->document().sheets.back().id);
+             EXPECT_EQ(window->windowTitle(), QStringLiteral("Sheet 6 — Lumo"));
+             EXPECT_TRUE(textOf(window).isEmpty());
+             EXPECT_TRUE(window->editor()->textView()->hasFocus()) << "the caret is in the new sheet's text";
+         }},
+        {"new window", QKeySequence(Qt::CTRL | Qt::Key_N),
+         [](Application& app, MainWindow* window) {
+             ASSERT_EQ(app.windows().size(), 2);
+             EXPECT_NE(app.windows().last(), window);
+             EXPECT_EQ(app.store()->activeSession(), app.windows().last()->session());
+         }},
+        {"close window", QKeySequence(Qt::CTRL | Qt::Key_W),
+         [](Application& app, MainWindow*) {
+             QCoreApplication::processEvents();
+             EXPECT_TRUE(app.windows().isEmpty());
+         }},
+        {"quit", QKeySequence(Qt::CTRL | Qt::Key_Q),
+         [](Application& app, MainWindow*) { EXPECT_TRUE(app.isQuitting()); }},
+        {"select all", QKeySequence(Qt::CTRL | Qt::Key_A),
+         [](Application&, MainWindow* window) {
+             EXPECT_EQ(window->editor()->textView()->textCursor().selectedText().size(),
+                       textOf(window).size());
+         }},
+        {"copy answer", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
+         [](Application&, MainWindow*) {
+             EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("42,000"));
+         }},
+        {"help", QKeySequence(Qt::Key_F1),
+         [](Application& app, MainWindow*) {
+             ASSERT_NE(app.helpWindow(), nullptr);
+             EXPECT_TRUE(app.helpWindow()->isVisible());
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Application& app = launch();
+        MainWindow* window = app.windows().value(0);
+        activate(window);
+        QGuiApplication::clipboard()->clear();
+        // The caret sits on "1200 × 35" of the sample's first sheet.
+        caretOnLine(window, 1);
+        const QKeyCombination key = c.keys[0];
+        QTest::keyClick(window->editor()->textView(), key.key(), key.keyboardModifiers());
+        c.check(app, window);
+        m_app.reset();
+    }
+}
+
+TEST_F(Window, EditMenuWorksOnTheText) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    activate(window);
+    QTextCursor line = caretOnLine(window, 1);
+    line.select(QTextCursor::LineUnderCursor);
+    window->editor()->textView()->setTextCursor(line);
+    ASSERT_TRUE(window->action(Command::cut)->isEnabled());
+
+    window->action(Command::cut)->trigger();
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("1200 × 35"));
+    EXPECT_FALSE(textOf(window).contains(QStringLiteral("1200 × 35")));
+    EXPECT_FALSE(window->action(Command::copy)->isEnabled()) << "nothing left selected to copy";
+    window->action(Command::paste)->trigger();
+    window->action(Command::paste)->trigger();
+    EXPECT_TRUE(textOf(window).contains(QStringLiteral("1200 × 351200 × 35")));
+    // The edits reached the document, so undo works on them.
+    EXPECT_TRUE(window->action(Command::undo)->isEnabled());
+}
+
+TEST_F(Window, NoTwoCommandsShareAKey) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    QSet<QString> seen;
+    for (const CommandSpec& spec : allCommands()) {
+        for (const QKeySequence& key : window->action(spec.command)->shortcuts()) {
+            EXPECT_FALSE(seen.contains(key.toString())) << key.toString().toStdString();
+            seen.insert(key.toString());
+        }
+    }
+}
+
+TEST_F(Window, TitleFollowsTheSheet) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    DocumentStore* store = app.store();
+    const Uuid first = store->document().sheets[0].id;
+    const Uuid second = store->document().sheets[1].id;
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Getting Started — Lumo"));
+
+    store->renameSheet(first, "Beams");
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Beams — Lumo"));
+    window->session()->showSheet(second);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Monthly Budget — Lumo"));
+    store->deleteSheet(second);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("Trip Estimate — Lumo"))
+        << "the neighbour takes its place";
+}
+
+TEST_F(Window, EveryLabelFollowsTheLanguage) {
+    Application& app = launch();
+    activate(app.openWindow());
+    QTest::keyClick(app.windows().value(1), Qt::Key_F1);
+    ASSERT_NE(app.helpWindow(), nullptr);
+    for (AppLanguage language : {AppLanguage::japanese, AppLanguage::english}) {
+        SCOPED_TRACE(std::string(rawValue(language)));
+        app.settings()->setLanguage(language);
+        const bool japanese = language == AppLanguage::japanese;
+        for (MainWindow* window : app.windows()) {
+            const QList<QMenu*> menus = window->menus();
+            ASSERT_EQ(std::size_t(menus.size()), menuBarLayout().size());
+            for (qsizetype index = 0; index < menus.size(); ++index) {
+                const Bilingual& title = menuBarLayout()[std::size_t(index)].title;
+                EXPECT_EQ(menus[index]->title(),
+                          QString::fromUtf8(japanese ? title.japanese : title.english));
+            }
+            for (const CommandSpec& spec : allCommands()) {
+                EXPECT_EQ(window->action(spec.command)->text(),
+                          QString::fromUtf8(japanese ? spec.label.japanese : spec.label.english));
+            }
+        }
+        EXPECT_EQ(app.helpWindow()->windowTitle(),
+                  japanese ? QStringLiteral("Lumo ヘルプ") : QStringLiteral("Lumo Help"));
+        EXPECT_EQ(app.helpWindow()->browser()->toPlainText().contains(QStringLiteral("はじめてのシート")),
+                  japanese);
+    }
+}
+
+TEST_F(Window, SheetListAndKeypadTakeTheirSides) {
+    struct Case {
+        MainWindow::Side keypadSide;
+        bool keypadLeftOfEditor;
+    };
+    for (const Case& c : {Case{MainWindow::Side::right, false}, Case{MainWindow::Side::left, true}}) {
+        Application& app = launch();
+        MainWindow* window = app.windows().value(0);
+        auto* tabs = new QLabel(QStringLiteral("tabs"));
+        auto* sidebar = new QLabel(QStringLiteral("sidebar"));
+        auto* keypad = new QLabel(QStringLiteral("keypad"));
+        window->setSheetTabs(tabs);
+        window->setSheetSidebar(sidebar);
+        window->setKeypad(keypad, c.keypadSide);
+        QTest::qWait(0);
+        const QRect editor = window->editor()->geometry();
+        auto inWindow = [window](QWidget* widget) { return widget->mapTo(window, QPoint(0, 0)); };
+        EXPECT_LT(inWindow(tabs).y(), inWindow(window->editor()).y());
+        EXPECT_LT(inWindow(sidebar).x(), inWindow(window->editor()).x());
+        EXPECT_EQ(inWindow(keypad).x() < inWindow(window->editor()).x(), c.keypadLeftOfEditor);
+        EXPECT_GT(editor.width(), window->width() / 3) << "the editor keeps most of the width";
+        m_app.reset();
+    }
+}
+
+} // namespace
+} // namespace lumo::test
