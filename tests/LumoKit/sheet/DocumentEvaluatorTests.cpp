@@ -84,7 +84,8 @@ TEST(DocumentEvaluator, NamesLineReferencesAndFailures) {
 }
 
 TEST(DocumentEvaluator, LineResultsCarryNames) {
-    const auto results = DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {});
+    const auto results =
+        DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {}, sheetOptions());
     ASSERT_EQ(results.size(), 4u);
     EXPECT_EQ(results[0].name, "price");
     EXPECT_EQ(results[1].name, std::nullopt); // the parse failed, so no name is known
