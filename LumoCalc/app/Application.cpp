@@ -10,7 +10,7 @@
 #include <QStyleFactory>
 #include <QTimer>
 
-#include "LumoCalc/app/Appearance.h"
+#include "LumoCalc/app/AppPalette.h"
 #include "LumoCalc/dialogs/ConfirmationDialog.h"
 #include "LumoCalc/dialogs/HelpWindow.h"
 #include "LumoCalc/dialogs/TermsDialog.h"
@@ -27,6 +27,9 @@
 namespace lumo {
 
 namespace {
+
+// The size and place of the last window closed, for the first window of the next run.
+constexpr auto windowGeometryKey = "lumo.windowGeometry";
 
 std::unique_ptr<QSettings> openSettings(const QString& file) {
     if (file.isEmpty())
@@ -107,12 +110,16 @@ MainWindow* Application::openWindow() {
     connect(window, &MainWindow::commandRequested, this,
             [this, window](Command command) { perform(command, window); });
     connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
-    // A new window cascades from the one the user is working in.
-    if (m_windows.size() > 1) {
-        if (MainWindow* current = activeWindow(); current && current != window) {
-            window->resize(current->size());
-            window->move(current->pos() + QPoint(28, 28));
-        }
+    // The first window comes back where the user left the last one; a further window
+    // cascades from the one the user is working in.
+    if (m_windows.size() == 1) {
+        const QByteArray geometry =
+            m_settings->viewPreference(QLatin1String(windowGeometryKey), QByteArray()).toByteArray();
+        if (!geometry.isEmpty())
+            window->restoreGeometry(geometry);
+    } else if (MainWindow* current = activeWindow(); current && current != window) {
+        window->resize(current->size());
+        window->move(current->pos() + QPoint(28, 28));
     }
     // The new window is where the user works next, before the window system says so.
     window->session()->activate();
@@ -152,6 +159,7 @@ MainWindow* Application::activeWindow() const {
 }
 
 void Application::windowClosed(MainWindow* window) {
+    m_settings->setViewPreference(QLatin1String(windowGeometryKey), window->saveGeometry());
     m_windows.removeAll(window);
     m_windows.removeAll(nullptr);
     if (m_windows.isEmpty() && !m_quitting && !m_terms)
@@ -268,7 +276,7 @@ void Application::applyAppearance() {
     // Fusion draws with the palette it is given on every platform, so light and dark look
     // the same everywhere.
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    QApplication::setPalette(Appearance::paletteFor(setting, m_systemPalette));
+    QApplication::setPalette(AppPalette::paletteFor(setting, m_systemPalette));
 }
 
 bool Application::renderScreenshot(const QString& file) {
@@ -287,7 +295,8 @@ bool Application::renderScreenshot(const QString& file) {
     while (settling.elapsed() < 300)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
     const bool written = window->grab().save(file, "PNG");
-    window->close();
+    // Deleted rather than closed: a picture taken must not become the size the next run opens at.
+    delete window;
     return written;
 }
 

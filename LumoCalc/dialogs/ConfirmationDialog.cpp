@@ -13,8 +13,9 @@ ConfirmationDialog::ConfirmationDialog(const QString& title, const QString& text
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     setIcon(kind == Kind::destructive ? QMessageBox::Warning : QMessageBox::Question);
+    setTextFormat(Qt::RichText);
+    setText(QStringLiteral("<b>%1</b>").arg(title.toHtmlEscaped()));
     setWindowTitle(title);
-    setText(title);
     setInformativeText(text);
     auto* confirm = addButton(confirmLabel, kind == Kind::destructive ? DestructiveRole : AcceptRole);
     auto* cancel = addButton(pickText("キャンセル", "Cancel"), RejectRole);

@@ -124,7 +124,8 @@ private:
         const int index = int(m_guide.examples.size());
         m_guide.examples.append(code.join(QLatin1Char('\n')));
         m_guide.html += table;
-        m_guide.html += QStringLiteral("<p align=\"right\"><a href=\"%1\">%2</a></p>")
+        m_guide.html += QStringLiteral("<p align=\"right\" style=\"margin-top:2px; margin-bottom:12px\">"
+                                       "<a href=\"%1\">%2</a></p>")
                             .arg(HelpGuide::copyLink(index), pickText("この例をコピー", "Copy this example"));
         m_rows.clear();
     }

@@ -57,6 +57,7 @@ TermsDialog::TermsDialog(Mode mode, AppSettings* settings, NotificationCenter* n
 
     m_text = new QTextBrowser(this);
     m_text->setOpenLinks(false);
+    m_text->document()->setDocumentMargin(12);
     // The text is read, not navigated: Tab should reach the buttons, and Return must accept.
     m_text->setFocusPolicy(Qt::NoFocus);
 

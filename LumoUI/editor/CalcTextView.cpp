@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/editing/LineEditor.h"
@@ -73,6 +74,8 @@ CalcTextView::CalcTextView(AppSettings* settings, QWidget* parent)
     setCenterOnScroll(false);
     setTabChangesFocus(false);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The margin left of the text is part of the paper, not of the window.
+    setAutoFillBackground(true);
 
     m_overlay = new DecorationOverlay(this);
     m_handle = new ResultColumnHandle(settings, this);
@@ -427,6 +430,13 @@ void CalcTextView::inputMethodEvent(QInputMethodEvent* event) {
         QPlainTextEdit::inputMethodEvent(&cleared);
         return;
     }
+    if (!changesText) {
+        // Composition only redraws its line; the text itself is unchanged until the commit.
+        const bool wasQuiet = std::exchange(m_quiet, true);
+        QPlainTextEdit::inputMethodEvent(event);
+        m_quiet = wasQuiet;
+        return;
+    }
     EditGroup group(this);
     QPlainTextEdit::inputMethodEvent(event);
 }
@@ -520,8 +530,13 @@ void CalcTextView::relayout() {
     const int available = contentsRect().width() - (bar->isVisibleTo(this) ? bar->width() : 0);
     const int viewportWidth = textWidth + 2 * int(document()->documentMargin());
     const int right = std::max(column + columnGap + columnInset, available - leftInset - viewportWidth);
-    if (viewportMargins() != QMargins(leftInset, 0, right, 0))
+    if (viewportMargins() != QMargins(leftInset, 0, right, 0)) {
         setViewportMargins(leftInset, 0, right, 0);
+        // The text control lays its text out again only when the whole view is resized, not
+        // when the viewport alone changes width.
+        QResizeEvent resize(size(), QSize(-1, -1));
+        QPlainTextEdit::resizeEvent(&resize);
+    }
     const QRect area = viewport()->geometry();
     m_overlay->setGeometry(area.right() + 1, area.top(), right, area.height());
     m_handle->setAvailable(width());

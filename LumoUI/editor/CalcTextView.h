@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "LumoKit/editing/SyntaxHighlighter.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/editor/LineAnswer.h"
 
 namespace lumo {

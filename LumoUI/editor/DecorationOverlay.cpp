@@ -14,6 +14,7 @@
 #include <cmath>
 
 #include "LumoUI/editor/CalcTextView.h"
+#include "LumoUI/editor/OverlayAccessible.h"
 
 namespace lumo {
 
@@ -34,6 +35,7 @@ DecorationOverlay::DecorationOverlay(CalcTextView* owner) : QWidget(owner), m_ow
     setMouseTracking(true);
     setAutoFillBackground(false);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    OverlayAccessible::install();
 }
 
 void DecorationOverlay::resultsChanged() {

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/LineResult.h"
 
 namespace lumo {
 

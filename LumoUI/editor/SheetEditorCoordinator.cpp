@@ -279,7 +279,10 @@ void SheetEditor::Coordinator::insertAnswer(int line) {
     const std::string spaced =
         LineEditor::snippetSpacing(name.toStdString(), head.toStdString(),
                                    TextPositions::characterIndex(head, int(head.size())), SnippetRole::plain);
-    const QString insertion = QString::fromStdString(spaced);
+    QString insertion = QString::fromStdString(spaced);
+    // A reference never sticks to what precedes it, except after a blank or at a line's start.
+    if (!head.isEmpty() && !head.back().isSpace() && !insertion.startsWith(u' '))
+        insertion.prepend(u' ');
     text.replace(start, end - start, insertion);
     if (refuseIfAnyLocked(before, text))
         return;

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include "LumoKit/editing/SyntaxHighlighter.h"
+#include "LumoKit/language/Lexer.h"
 #include "LumoKit/sheet/Naming.h"
 
 namespace lumo::TextRewrites {
@@ -50,6 +51,23 @@ bool isRegularlyGrouped(const QString& integer) {
     return true;
 }
 
+// Whether a quote opened before `end` is still open there; such text is being typed as text.
+bool insideOpenQuote(const QString& line, int end) {
+    lexer::QuoteClass open = lexer::QuoteClass::none;
+    for (int i = 0; i < end; ++i) {
+        if (open != lexer::QuoteClass::none && line[i] == u'\\') {
+            ++i;
+            continue;
+        }
+        const lexer::QuoteClass quote = lexer::quoteClassOf(QString(line[i]).toStdString());
+        if (open == lexer::QuoteClass::none)
+            open = quote;
+        else if (quote == open)
+            open = lexer::QuoteClass::none;
+    }
+    return open != lexer::QuoteClass::none;
+}
+
 bool isPlainNumber(const QString& run) {
     int points = 0;
     for (QChar c : run) {
@@ -85,6 +103,8 @@ std::optional<LineRewrite> regroupDigits(const QString& before, const QString& a
     if (start > 0 && (after[start - 1] == u'#' || after[start - 1].isLetter() || after[start - 1] == u'_'))
         return std::nullopt;
     if (end < after.size() && (after[end] == u'e' || after[end] == u'E'))
+        return std::nullopt;
+    if (insideOpenQuote(after, start))
         return std::nullopt;
     const QString run = after.mid(start, end - start);
     if (!isPlainNumber(run))

@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <iostream>
 #include <memory>
 
 #include "LumoCalc/app/Application.h"
@@ -56,7 +57,26 @@ protected:
     enum class Terms { accepted, notAccepted };
 
     void SetUp() override { ASSERT_TRUE(m_folder.isValid()); }
-    void TearDown() override { m_app.reset(); }
+    void TearDown() override {
+        if (HasFailure() && m_app)
+            saveScreenshots();
+        m_app.reset();
+    }
+
+    /// Keeps a picture of every open window of a failed test in the build's test folder.
+    void saveScreenshots() const {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        const QString stem = QStringLiteral("%1.%2").arg(QString::fromLatin1(info->test_suite_name()),
+                                                         QString::fromLatin1(info->name()));
+        QDir folder(QDir::current().filePath(QStringLiteral("failed-screenshots")));
+        folder.mkpath(QStringLiteral("."));
+        int index = 0;
+        for (MainWindow* window : m_app->windows()) {
+            const QString file = folder.filePath(QStringLiteral("%1-%2.png").arg(stem).arg(index++));
+            if (window->grab().save(file))
+                std::cerr << "screenshot of the failed test: " << file.toStdString() << '\n';
+        }
+    }
 
     QString settingsFile() const { return m_folder.filePath(QStringLiteral("settings.ini")); }
     QString dataDirectory() const { return m_folder.filePath(QStringLiteral("data")); }

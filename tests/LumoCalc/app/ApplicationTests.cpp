@@ -180,7 +180,7 @@ TEST_F(Shell, DestructiveCommandsAskFirst) {
         ConfirmationDialog* dialog = app.confirmation();
         ASSERT_NE(dialog, nullptr);
         if (c.command == Asked::eraseAll) {
-            EXPECT_EQ(dialog->text(), QStringLiteral("Erase All Content?"));
+            EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Erase All Content?"));
             EXPECT_EQ(
                 dialog->informativeText(),
                 QStringLiteral("All sheets will be deleted. This can’t be undone, and they will disappear "

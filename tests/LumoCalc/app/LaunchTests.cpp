@@ -62,6 +62,9 @@ ProcessRun runLumoCalc(const QStringList& arguments) {
     QTemporaryDir home;
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
     environment.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
+    // In the sanitizer build, allocations Qt and the font libraries keep until exit are not leaks.
+    environment.insert(QStringLiteral("LSAN_OPTIONS"),
+                       QStringLiteral("suppressions=" LUMO_TEST_DATA_DIR "/LumoCalc/lsan.supp"));
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(LUMO_CALC_EXECUTABLE), arguments);
     if (!process.waitForFinished(60000))

@@ -1,6 +1,6 @@
-#include "LumoCalc/app/Appearance.h"
+#include "LumoCalc/app/AppPalette.h"
 
-namespace lumo::Appearance {
+namespace lumo::AppPalette {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128;
 }
 
-} // namespace lumo::Appearance
+} // namespace lumo::AppPalette

@@ -1,0 +1,142 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+#include "LumoKit/base/Language.h"
+#include "LumoUI/editor/CalcTextView.h"
+#include "LumoUI/editor/SheetEditor.h"
+#include "LumoUI/settings/AppSettings.h"
+#include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetSession.h"
+
+namespace lumo::testing {
+
+/// One QApplication on the offscreen platform for every GUI test, with a fixed font and scale.
+class GuiEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_SCALE_FACTOR", "1");
+        static int argc = 1;
+        static char name[] = "EditorTests";
+        static char* argv[] = {name, nullptr};
+        m_application = std::make_unique<QApplication>(argc, argv);
+        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 11));
+        QApplication::setEffectEnabled(Qt::UI_AnimateMenu, false);
+        L10n::setCurrent(AppLanguage::english);
+    }
+    void TearDown() override {
+        m_application.reset();
+        L10n::setCurrent(AppLanguage::system);
+    }
+
+private:
+    std::unique_ptr<QApplication> m_application;
+};
+
+/// A window-sized editor on a fresh document whose settings and data live in a temporary
+/// folder. A failing test leaves a picture of the editor in "failed-screenshots".
+class EditorFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(m_folder.isValid());
+        m_store = std::make_unique<QSettings>(m_folder.filePath(QStringLiteral("settings.ini")),
+                                              QSettings::IniFormat);
+        notifications = new NotificationCenter;
+        settings = new AppSettings(*m_store, notifications);
+        settings->setLanguage(AppLanguage::english);
+        settings->setAppearance(AppearanceSetting::light);
+        settings->acceptTerms();
+        settings->setGroupsDigits(false);
+        DocumentStore::Options options;
+        options.source = DocumentStore::Source::file;
+        options.storageDirectory = m_folder.filePath(QStringLiteral("data"));
+        options.clock = [this] { return Timestamp{m_seconds}; };
+        documents = new DocumentStore(options, notifications, nullptr, settings);
+        session = new SheetSession(documents);
+        session->activate();
+        documents->updateText(*session->sheetID(), "");
+        editor = new SheetEditor(session, settings, notifications);
+        editor->resize(900, 500);
+        editor->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(editor));
+        view = editor->textView();
+        view->setFocus();
+    }
+
+    void TearDown() override {
+        if (HasFailure() && editor) {
+            QDir().mkpath(QStringLiteral("failed-screenshots"));
+            const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+            editor->grab().save(
+                QStringLiteral("failed-screenshots/%1.%2.png")
+                    .arg(QString::fromUtf8(info->test_suite_name()), QString::fromUtf8(info->name())));
+        }
+        delete editor;
+        delete session;
+        delete documents;
+        delete settings;
+        delete notifications;
+        L10n::setCurrent(AppLanguage::english);
+    }
+
+    /// Types text key by key; characters beyond ASCII arrive as keys that carry their text.
+    void typeText(const QString& text) {
+        for (QChar c : text) {
+            if (c.unicode() < 128)
+                QTest::keyClick(view, c.toLatin1());
+            else
+                QTest::sendKeyEvent(QTest::Click, view, Qt::Key_unknown, QString(c), Qt::NoModifier);
+        }
+    }
+
+    /// Types lines as a person would, pressing return between them.
+    void typeLines(const QStringList& lines) {
+        for (qsizetype i = 0; i < lines.size(); ++i) {
+            if (i > 0)
+                QTest::keyClick(view, Qt::Key_Return);
+            typeText(lines[i]);
+        }
+        QApplication::processEvents();
+    }
+
+    /// Moves the store's clock on, so that the next edit starts a new undo step.
+    void advanceClock(double seconds) { m_seconds += seconds; }
+
+    std::string text() const { return view->toPlainText().toStdString(); }
+    int textLength() const { return int(view->toPlainText().size()); }
+    std::string sheetText() const { return documents->sheet(*session->sheetID())->text; }
+
+    /// Puts the caret at the end of a line.
+    void caretToLineEnd(int line) {
+        QTextCursor cursor(view->document()->findBlockByNumber(line));
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        view->setTextCursor(cursor);
+    }
+
+    /// A point of the overlay in the middle of a line's answer.
+    QPoint answerPoint(int line) const { return view->answerRect(line).center().toPoint(); }
+
+    NotificationCenter* notifications = nullptr;
+    AppSettings* settings = nullptr;
+    DocumentStore* documents = nullptr;
+    SheetSession* session = nullptr;
+    SheetEditor* editor = nullptr;
+    CalcTextView* view = nullptr;
+
+private:
+    QTemporaryDir m_folder;
+    std::unique_ptr<QSettings> m_store;
+    double m_seconds = 1'700'000'000;
+};
+
+} // namespace lumo::testing

@@ -1,0 +1,428 @@
+#include <QAccessible>
+#include <QClipboard>
+#include <QInputMethodEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+
+#include "EditorFixture.h"
+#include "LumoUI/editor/DecorationOverlay.h"
+#include "LumoUI/editor/NameLineDialog.h"
+#include "LumoUI/editor/ResultColumnHandle.h"
+
+using namespace lumo;
+using lumo::testing::EditorFixture;
+
+namespace {
+
+const auto* const guiEnvironment = ::testing::AddGlobalTestEnvironment(new lumo::testing::GuiEnvironment);
+
+// The menu that a right click opened, and nothing else.
+QMenu* openMenu(QWidget* owner) {
+    for (QMenu* menu : owner->findChildren<QMenu*>()) {
+        if (menu->isVisible())
+            return menu;
+    }
+    return nullptr;
+}
+
+QStringList labels(const QMenu* menu) {
+    QStringList texts;
+    for (const QAction* action : menu->actions()) {
+        if (!action->isSeparator())
+            texts << action->text();
+    }
+    return texts;
+}
+
+void rightClick(QWidget* widget, QPoint at) {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, widget->mapToGlobal(at));
+    QApplication::sendEvent(widget, &event);
+}
+
+NameLineDialog* openDialog(QWidget* owner) {
+    for (NameLineDialog* dialog : owner->findChildren<NameLineDialog*>()) {
+        if (dialog->isVisible())
+            return dialog;
+    }
+    return nullptr;
+}
+
+using SheetEditorTest = EditorFixture;
+
+TEST_F(SheetEditorTest, AnswersSitBesideTheFirstRowOfTheirLines) {
+    const QString longLine =
+        QStringLiteral("1 + 2 + 3 + 4 + 5 + 6 + 7 + 8 + 9 + 10 + 11 + 12 + 13 + 14 + 15 + 16 + 17 + "
+                       "18 + 19 + 20 + 21 + 22 + 23 + 24 + 25 + 26 + 27 + 28 + 29 + 30");
+    typeLines({"price = 1200", "// a note", "", longLine, "price * 3", "税込 = price * 1.1", "2 +"});
+    ASSERT_EQ(session->results().size(), 7u);
+
+    const QTextBlock wrapped = view->document()->findBlockByNumber(3);
+    ASSERT_GT(wrapped.layout()->lineCount(), 1) << "the long line should wrap";
+    const QRect viewport = view->viewport()->geometry();
+    const QRect overlay = view->overlay()->geometry();
+    for (int line : {0, 3, 4, 5, 6}) {
+        const QRectF answer = view->answerRect(line);
+        ASSERT_FALSE(answer.isEmpty()) << "line " << line;
+        // The caret at the line's start marks its first row, independently of the column.
+        const QRect start = view->cursorRect(QTextCursor(view->document()->findBlockByNumber(line)));
+        EXPECT_NEAR(answer.center().y(), start.center().y(), 2) << "line " << line;
+        EXPECT_GE(overlay.x() + answer.left(), viewport.right()) << "line " << line;
+        EXPECT_LE(overlay.x() + answer.right(), view->width()) << "line " << line;
+    }
+    // Comment and blank lines show nothing; the line after the wrapped one is below all its rows.
+    EXPECT_TRUE(view->answerRect(1).isEmpty());
+    EXPECT_TRUE(view->answerRect(2).isEmpty());
+    const QRect lastRow = view->cursorRect(QTextCursor(wrapped.document()->findBlockByNumber(4)));
+    EXPECT_GT(view->answerRect(4).top(), view->answerRect(3).bottom());
+    EXPECT_NEAR(view->answerRect(4).center().y(), lastRow.center().y(), 2);
+    EXPECT_TRUE(view->answer(6)->isFailure());
+    EXPECT_EQ(view->answer(4)->text, "3,600");
+
+    // A narrow column elides the answer and keeps it whole in the tooltip's text.
+    settings->setResultColumnWidth(84);
+    QApplication::processEvents();
+    EXPECT_TRUE(view->overlay()->shownText(6).endsWith(u'…'));
+    EXPECT_LE(view->answerRect(6).width(), 84);
+}
+
+TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
+    struct Case {
+        QStringList lines;
+        int clicked;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {{"price = 1200", "3 *"}, 0, "price = 1200\n3 * price"},
+        {{"price = 1200", "3"}, 0, "price = 1200\n3 price"},
+        {{"1200", "3 * "}, 0, "a = 1200\n3 * a"},
+        {{"4 * 5", "tax = 0.1", "1 +"}, 0, "a = 4 * 5\ntax = 0.1\n1 + a"},
+    };
+    for (const Case& c : cases) {
+        view->selectAll();
+        QTest::keyClick(view, Qt::Key_Delete);
+        typeLines(c.lines);
+        const std::string before = sheetText();
+        const QPoint at = answerPoint(c.clicked);
+        QTest::mouseMove(view->overlay(), at);
+        EXPECT_EQ(view->overlay()->cursor().shape(), Qt::PointingHandCursor);
+        QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, at);
+        EXPECT_EQ(text(), c.expected);
+        EXPECT_EQ(sheetText(), c.expected);
+        EXPECT_EQ(view->textCursor().position(), textLength()) << "the caret follows the reference";
+        // Naming and inserting are one step of the sheet's history.
+        notifications->post(Notification::undo);
+        EXPECT_EQ(sheetText(), before) << c.expected;
+        EXPECT_EQ(text(), before);
+    }
+}
+
+TEST_F(SheetEditorTest, DraggingTheColumnEdgeResizesWithinBounds) {
+    typeLines({"1200 * 3"});
+    int announced = 0;
+    notifications->observe(Notification::resultWidthChanged, editor, [&] { ++announced; });
+    ResultColumnHandle* handle = view->columnHandle();
+    EXPECT_EQ(handle->cursor().shape(), Qt::SizeHorCursor);
+    const QPoint grip = handle->rect().center();
+    const int textWidthBefore = view->viewport()->width();
+
+    struct Step {
+        int dx;
+        double expected;
+    };
+    // The editor is 900 wide: the column may grow to 900 - 150 = 750, capped at 560.
+    const Step steps[] = {{-100, 280}, {+250, 84}, {-500, 560}, {-1000, 560}, {+440, 120}};
+    for (const Step& step : steps) {
+        // The handle moves with the edge while the pointer moves on the screen.
+        const QPointF start = handle->mapToGlobal(QPointF(grip));
+        const QPointF end = start + QPointF(step.dx, 0);
+        const auto send = [&](QEvent::Type type, QPointF global, Qt::MouseButton button,
+                              Qt::MouseButtons buttons) {
+            QMouseEvent event(type, handle->mapFromGlobal(global), global, button, buttons, {});
+            QApplication::sendEvent(handle, &event);
+        };
+        send(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
+        send(QEvent::MouseMove, (start + end) / 2, Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseMove, end, Qt::NoButton, Qt::LeftButton);
+        send(QEvent::MouseButtonRelease, end, Qt::LeftButton, Qt::NoButton);
+        EXPECT_DOUBLE_EQ(settings->resultColumnWidth(), step.expected) << step.dx;
+    }
+    EXPECT_GE(announced, 5);
+    EXPECT_EQ(settings->viewPreference("lumo.resultColumnWidth", 0).toDouble(), 120);
+    EXPECT_NE(view->viewport()->width(), textWidthBefore);
+    EXPECT_LE(view->overlay()->width(), view->width());
+    EXPECT_NEAR(view->answerRect(0).right() + view->overlay()->x(),
+                view->overlay()->geometry().right() - CalcTextView::columnInset, 2);
+}
+
+TEST_F(SheetEditorTest, NamingAndRenamingThroughTheDialog) {
+    typeLines({"1200", "2 * 3", "\"1200\" // 1200"});
+    rightClick(view->overlay(), answerPoint(1));
+    QMenu* menu = openMenu(view);
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(labels(menu).front(), "Name This Line…");
+    menu->actions().front()->trigger();
+    menu->close();
+    NameLineDialog* dialog = openDialog(editor);
+    ASSERT_TRUE(dialog);
+
+    struct Refusal {
+        const char* name;
+        const char* message;
+    };
+    const Refusal refusals[] = {
+        {"  ", "Enter a name"},
+        {"2x", "Names can use only letters and digits (starting with a letter)"},
+        {"Sqrt", "“Sqrt” is a function name and can’t be used"},
+    };
+    for (const Refusal& refusal : refusals) {
+        dialog->nameField()->clear();
+        QTest::keyClicks(dialog->nameField(), QString::fromUtf8(refusal.name));
+        QTest::keyClick(dialog->nameField(), Qt::Key_Return);
+        EXPECT_TRUE(dialog->isVisible()) << refusal.name;
+        EXPECT_EQ(dialog->refusal(), QString::fromUtf8(refusal.message));
+        EXPECT_TRUE(dialog->findChildren<QLabel*>().end() !=
+                    std::find_if(dialog->findChildren<QLabel*>().begin(),
+                                 dialog->findChildren<QLabel*>().end(), [](QLabel* label) {
+                                     return label->text() == "Can’t Use This Name" && label->isVisible();
+                                 }));
+    }
+    dialog->nameField()->clear();
+    QTest::keyClicks(dialog->nameField(), "area");
+    QTest::keyClick(dialog->nameField(), Qt::Key_Return);
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(text(), "1200\narea = 2 * 3\n\"1200\" // 1200");
+
+    typeLines({"", "area * 2 + \"area\" // area"});
+    rightClick(view->overlay(), answerPoint(1));
+    menu = openMenu(view);
+    ASSERT_TRUE(menu);
+    EXPECT_EQ(labels(menu).front(), "Rename…");
+    menu->actions().front()->trigger();
+    menu->close();
+    dialog = openDialog(editor);
+    ASSERT_TRUE(dialog);
+    EXPECT_EQ(dialog->nameField()->text(), "area");
+    dialog->nameField()->clear();
+    QTest::keyClicks(dialog->nameField(), "size");
+    advanceClock(2);
+    QTest::keyClick(dialog->nameField(), Qt::Key_Return);
+    EXPECT_EQ(text(), "1200\nsize = 2 * 3\n\"1200\" // 1200\nsize * 2 + \"area\" // area");
+    notifications->post(Notification::undo);
+    EXPECT_EQ(text(), "1200\narea = 2 * 3\n\"1200\" // 1200\narea * 2 + \"area\" // area");
+}
+
+TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
+    typeLines({"a1 = 10", "b1 = 20", "c1 = 30"});
+    view->lockToggled(1);
+    ASSERT_TRUE(view->isLineLocked(1));
+    EXPECT_EQ(documents->sheet(*session->sheetID())->lockedLines, std::vector<std::int64_t>{1});
+    QSignalSpy refused(view, &CalcTextView::editRefused);
+    const std::string original = text();
+
+    const auto placeCaret = [&](int line, int column, int selectTo = -1) {
+        QTextCursor cursor(view->document()->findBlockByNumber(line));
+        cursor.setPosition(cursor.position() + column);
+        if (selectTo >= 0)
+            cursor.setPosition(selectTo, QTextCursor::KeepAnchor);
+        view->setTextCursor(cursor);
+    };
+    struct Attempt {
+        const char* what;
+        std::function<void()> act;
+    };
+    QApplication::clipboard()->setText("99");
+    const Attempt attempts[] = {
+        {"typing",
+         [&] {
+             placeCaret(1, 3);
+             typeText("5");
+         }},
+        {"typing at the end",
+         [&] {
+             placeCaret(1, 7);
+             typeText("5");
+         }},
+        {"backspace joining the next line",
+         [&] {
+             placeCaret(2, 0);
+             QTest::keyClick(view, Qt::Key_Backspace);
+         }},
+        {"delete joining from above",
+         [&] {
+             placeCaret(0, 7);
+             QTest::keyClick(view, Qt::Key_Delete);
+         }},
+        {"paste",
+         [&] {
+             placeCaret(1, 2);
+             QTest::keySequence(view, QKeySequence::Paste);
+         }},
+        {"cut across",
+         [&] {
+             placeCaret(0, 3, 12);
+             QTest::keySequence(view, QKeySequence::Cut);
+         }},
+        {"return inside",
+         [&] {
+             placeCaret(1, 2);
+             QTest::keyClick(view, Qt::Key_Return);
+         }},
+        {"an input-method commit",
+         [&] {
+             placeCaret(1, 2);
+             QInputMethodEvent commit;
+             commit.setCommitString("五");
+             QApplication::sendEvent(view, &commit);
+         }},
+        {"an answer",
+         [&] {
+             placeCaret(1, 7);
+             QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0));
+         }},
+    };
+    for (const Attempt& attempt : attempts) {
+        const qsizetype before = refused.size();
+        attempt.act();
+        EXPECT_EQ(text(), original) << attempt.what;
+        EXPECT_EQ(refused.size(), before + 1) << attempt.what;
+    }
+    EXPECT_EQ(sheetText(), original);
+
+    // Lines inserted and removed above take the lock along with its text.
+    placeCaret(0, 0);
+    typeText("x0 = 1");
+    QTest::keyClick(view, Qt::Key_Return);
+    EXPECT_TRUE(view->isLineLocked(2));
+    EXPECT_EQ(documents->sheet(*session->sheetID())->lockedLines, std::vector<std::int64_t>{2});
+    placeCaret(1, 0, 0);
+    QTest::keyClick(view, Qt::Key_Backspace);
+    EXPECT_EQ(text(), "a1 = 10\nb1 = 20\nc1 = 30");
+    EXPECT_EQ(documents->sheet(*session->sheetID())->lockedLines, std::vector<std::int64_t>{1});
+    placeCaret(2, 7);
+    typeText("0");
+    EXPECT_EQ(text(), "a1 = 10\nb1 = 20\nc1 = 300") << "other lines stay editable";
+}
+
+TEST_F(SheetEditorTest, TypingRules) {
+    struct Case {
+        const char* typed; // "\n" presses return, "\t" tab, "\b" backspace
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"1234567", "1,234,567"},
+        {"x = 12345 * 2", "x = 12,345 * 2"},
+        {"12345\b", "1,234"},
+        {"\"1234567\"", "\"1234567\""},
+        {"for i in range(3):\ni", "for i in range(3):\n    i"},
+        {"\t\tx\n", "        x\n        "},
+        {"\t\t  \b\b", "    "},
+        {"\t\t \b", "        "},
+        {"\t\b", ""},
+    };
+    settings->setGroupsDigits(true);
+    for (const Case& c : cases) {
+        view->selectAll();
+        QTest::keyClick(view, Qt::Key_Delete);
+        for (const char* key = c.typed; *key; ++key) {
+            if (*key == '\n')
+                QTest::keyClick(view, Qt::Key_Return);
+            else if (*key == '\t')
+                QTest::keyClick(view, Qt::Key_Tab);
+            else if (*key == '\b')
+                QTest::keyClick(view, Qt::Key_Backspace);
+            else
+                typeText(QString(QChar(*key)));
+        }
+        EXPECT_EQ(text(), c.expected) << c.typed;
+        EXPECT_EQ(view->textCursor().position(), textLength()) << c.typed;
+    }
+}
+
+TEST_F(SheetEditorTest, InputMethodCompositionIsOneEdit) {
+    typeLines({"price = 1200"});
+    QTest::keyClick(view, Qt::Key_Return);
+    QSignalSpy edits(view, &CalcTextView::edited);
+    for (const char* preedit : {"ぜ", "ぜい", "ぜいこ"}) {
+        QInputMethodEvent composing(QString::fromUtf8(preedit), {});
+        QApplication::sendEvent(view, &composing);
+    }
+    EXPECT_EQ(edits.size(), 0) << "composition does not change the sheet";
+    EXPECT_EQ(text(), "price = 1200\n");
+    QInputMethodEvent commit;
+    commit.setCommitString(QString::fromUtf8("税込"));
+    QApplication::sendEvent(view, &commit);
+    EXPECT_EQ(edits.size(), 1);
+    typeText(" = price * 1.1");
+    EXPECT_EQ(sheetText(), "price = 1200\n税込 = price * 1.1");
+    EXPECT_EQ(view->answer(1)->text, "1,320");
+}
+
+TEST_F(SheetEditorTest, TheLanguageSwitchedLiveRelabelsTheMenus) {
+    typeLines({"1200", "a2 = 3"});
+    const auto menuLabels = [&](QWidget* on, QPoint at) {
+        rightClick(on, at);
+        QMenu* menu = openMenu(view);
+        const QStringList texts = menu ? labels(menu) : QStringList{};
+        if (menu)
+            menu->close();
+        return texts;
+    };
+    const QPoint unnamed = answerPoint(0);
+    const QPoint named = answerPoint(1);
+    EXPECT_EQ(menuLabels(view->overlay(), unnamed),
+              QStringList({"Name This Line…", "Copy Answer", "Lock Line"}));
+    settings->setLanguage(AppLanguage::japanese);
+    EXPECT_EQ(menuLabels(view->overlay(), unnamed),
+              QStringList({"名前を付ける…", "答えをコピー", "行をロック"}));
+    EXPECT_EQ(menuLabels(view->overlay(), named).front(), "名前を変える…");
+    EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("すべてを選択"));
+    settings->setLanguage(AppLanguage::english);
+    EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("Select All"));
+}
+
+TEST_F(SheetEditorTest, AnswersAreAccessibleObjectsTiedToTheirLines) {
+    typeLines({"price = 1200", "// a note", "price * 3", "2 +"});
+    QAccessibleInterface* column = QAccessible::queryAccessibleInterface(view->overlay());
+    ASSERT_TRUE(column);
+    ASSERT_EQ(column->childCount(), 3);
+    struct Expected {
+        int line;
+        const char* description;
+    };
+    const Expected expected[] = {{0, "Line 1: price = 1200"}, {2, "Line 3: price * 3"}, {3, "Line 4: 2 +"}};
+    for (int i = 0; i < 3; ++i) {
+        QAccessibleInterface* answer = column->child(i);
+        ASSERT_TRUE(answer);
+        EXPECT_EQ(answer->text(QAccessible::Name), view->answer(expected[i].line)->text);
+        EXPECT_FALSE(answer->text(QAccessible::Name).isEmpty());
+        EXPECT_EQ(answer->text(QAccessible::Description), QString::fromUtf8(expected[i].description));
+        EXPECT_EQ(answer->parent(), column);
+        EXPECT_EQ(column->indexOfChild(answer), i);
+        const QRect global = answer->rect();
+        EXPECT_EQ(column->childAt(global.center().x(), global.center().y()), answer);
+    }
+    EXPECT_EQ(column->child(0)->text(QAccessible::Name), "1,200");
+}
+
+TEST_F(SheetEditorTest, KeypadCommandsActOnTheCaret) {
+    typeLines({"a = 12"});
+    notifications->post(Notification::toggleSign);
+    EXPECT_EQ(text(), "a = -12");
+    notifications->post(Notification::insertSnippet, QVariantMap{{"text", "sqrt()"}, {"caretBack", 1}});
+    EXPECT_EQ(text(), "a = -12 sqrt()");
+    EXPECT_EQ(view->textCursor().position(), textLength() - 1);
+    notifications->post(Notification::moveCursor, "lineStart");
+    EXPECT_EQ(view->textCursor().position(), 0);
+    notifications->post(Notification::setCaret, 4);
+    notifications->post(Notification::deleteBackward);
+    EXPECT_EQ(text(), "a =-12 sqrt()");
+    notifications->post(Notification::insertSnippet, "\n");
+    EXPECT_EQ(text(), "a =\n-12 sqrt()");
+    editor->copyAnswerAtCaret();
+}
+
+} // namespace
