@@ -18,8 +18,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${LUMO_HOMEPAGE})
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}
-Lumo is a calculation notepad. You type calculations into sheets of plain
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "Lumo is a calculation notepad. You type calculations into sheets of plain
 text; every line is evaluated as you type and its answer appears in a column
 on the right. Lines carry units that convert and cancel, name their answers,
 hold lists and text, draw plots and bar charts, and form small Python-style

@@ -58,7 +58,8 @@ QString answerCell(const LineResult& result, const HelpGuide::Colours& colours) 
     case LineOutcome::Kind::value:
         return QStringLiteral("<span style=\"color:%1\">%2</span>")
             .arg(colourName(colours.answer),
-                 QString::fromStdString(ValueFormatter::format(outcome.value, Grouping::grouped))
+                 QString::fromStdString(
+                     ValueFormatter::format(outcome.value, EvaluationOptions::current(), Grouping::grouped))
                      .toHtmlEscaped());
     case LineOutcome::Kind::failure:
         return QStringLiteral("<span style=\"color:%1\">%2</span>")
@@ -157,7 +158,8 @@ HelpGuide HelpGuide::build(const Colours& colours) {
             if (other.id != sheet.id)
                 others.push_back(SharedSheet{other.name, other.text});
         }
-        const std::vector<LineResult> results = DocumentEvaluator::evaluate(sheet.text, others);
+        const std::vector<LineResult> results =
+            DocumentEvaluator::evaluate(sheet.text, others, EvaluationOptions::current());
         guide.html += QStringLiteral("<h2>%1</h2>").arg(QString::fromStdString(sheet.name).toHtmlEscaped());
         SheetWriter(guide, colours)
             .write(QString::fromStdString(sheet.text).split(QLatin1Char('\n')), results);

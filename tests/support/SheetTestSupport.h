@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"

@@ -84,10 +84,12 @@ TEST(DocumentEvaluator, NamesLineReferencesAndFailures) {
 }
 
 TEST(DocumentEvaluator, LineResultsCarryNames) {
-    const auto results = DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {});
+    const auto results =
+        DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {}, sheetOptions());
     ASSERT_EQ(results.size(), 4u);
     EXPECT_EQ(results[0].name, "price");
     EXPECT_EQ(results[1].name, std::nullopt); // the parse failed, so no name is known
+    EXPECT_EQ(results[1].outcome.failure, MessageKind::endsInTheMiddle);
     EXPECT_EQ(results[2].name, std::nullopt);
     EXPECT_EQ(results[3].outcome.kind, LineOutcome::Kind::plot);
 }
@@ -137,6 +139,12 @@ TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
         {Language::english, AngleUnit::degrees, 0},
         {Language::japanese, AngleUnit::radians, 15},
     };
+    // Ample time, so that a slow machine (or a sanitizer) never stops a run early.
+    const auto answers = [&others](const std::string& text, const EvaluationOptions& options) {
+        return showResults(
+            ProgramRunner(unicode::splitLines(text), others, options, BudgetLimits{200000, 40, 600.0}).run(),
+            options);
+    };
     struct Run {
         const std::string* text;
         EvaluationOptions options;
@@ -145,8 +153,7 @@ TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
     std::vector<Run> runs;
     for (const auto& text : sheets) {
         for (const auto& option : options)
-            runs.push_back(
-                {&text, option, showResults(DocumentEvaluator::evaluate(text, others, option), option)});
+            runs.push_back({&text, option, answers(text, option)});
     }
     // The options matter to every sheet, so equal answers below are not a coincidence.
     EXPECT_NE(runs[0].expected, runs[1].expected);
@@ -156,10 +163,9 @@ TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
     std::atomic<int> mismatches{0};
     std::vector<std::thread> threads;
     for (const Run& run : runs) {
-        threads.emplace_back([&run, &others, &mismatches] {
+        threads.emplace_back([&run, &answers, &mismatches] {
             for (int i = 0; i < 20; ++i) {
-                if (showResults(DocumentEvaluator::evaluate(*run.text, others, run.options), run.options) !=
-                    run.expected)
+                if (answers(*run.text, run.options) != run.expected)
                     ++mismatches;
             }
         });

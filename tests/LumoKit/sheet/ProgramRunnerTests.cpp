@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/ProgramRunner.h"
 #include "support/SheetTestSupport.h"
