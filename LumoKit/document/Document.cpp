@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <tuple>
 #include <unordered_map>
 
 #include <nlohmann/json.hpp>
@@ -307,7 +308,10 @@ LumoDocument LumoDocument::normalized(Timestamp now) const {
     std::unordered_map<std::string, std::size_t> keeperOfKey;
     for (std::size_t i = 0; i < unique.size(); ++i) {
         const auto [entry, inserted] = keeperOfKey.emplace(contentKey(unique[i]), i);
-        if (!inserted && unique[i].updatedAt < unique[entry->second].updatedAt)
+        // Equal dates fall to the smaller identifier, not the document order, so that devices
+        // whose orders differ keep the same sheet.
+        const Sheet& keeper = unique[entry->second];
+        if (!inserted && std::tie(unique[i].updatedAt, unique[i].id) < std::tie(keeper.updatedAt, keeper.id))
             entry->second = i;
     }
 

@@ -235,6 +235,8 @@ Tombstones mergedTombstones(const LumoDocument& local, const LumoDocument& remot
 ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument& remote,
                                    const LumoDocument* base, Timestamp now) {
     const LumoDocument capped = cappedAt(remote, now);
+    const Tombstones myTombstones = canonicalTombstones(local.deletedSheets);
+    const Tombstones theirTombstones = canonicalTombstones(remote.deletedSheets);
     const SheetIndex mine(&local);
     const SheetIndex theirs(&capped);
     const SheetIndex theirsAsRead(&remote);
@@ -259,8 +261,19 @@ ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument
         const Sheet* l = mine.find(id);
         const Sheet* r = theirs.find(id);
         const Sheet* chosen = nullptr;
-        switch (
-            soleChange<const Sheet*>(base != nullptr, l, theirsAsRead.find(id), common.find(id), sameSheet)) {
+        // A sheet leaves a copy only with a tombstone; a copy without either never knew it.
+        const std::string key = id.toString();
+        Side side =
+            soleChange<const Sheet*>(base != nullptr, l, theirsAsRead.find(id), common.find(id), sameSheet);
+        // Neither changed what the user sees: the dates follow the copy being synced, so that a
+        // date capped on one device is taken by the other instead of being argued back and forth.
+        if (base && side == Side::undecided && sameSheet(l, common.find(id)) && sameSheet(r, l))
+            side = Side::remote;
+        if (!r && !theirTombstones.count(key))
+            side = Side::local;
+        else if (!l && !myTombstones.count(key))
+            side = Side::remote;
+        switch (side) {
         case Side::remote:
             chosen = r;
             break;
@@ -276,7 +289,7 @@ ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument
                 chosen = l ? l : r;
             }
             // A deletion at or after the surviving edit removes the sheet.
-            const auto deletedAt = find(merged.deletedSheets, id.toString());
+            const auto deletedAt = find(merged.deletedSheets, key);
             if (chosen && deletedAt && *deletedAt >= chosen->updatedAt)
                 chosen = nullptr;
             if (chosen && loser && base && loser->text != chosen->text)

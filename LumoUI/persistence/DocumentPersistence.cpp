@@ -1,9 +1,12 @@
 #include "LumoUI/persistence/DocumentPersistence.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QtDebug>
 
 #include <exception>
@@ -14,6 +17,16 @@
 namespace lumo {
 
 namespace {
+
+// In the temporary folder, so that no sync client copies it to other machines.
+QString lockFilePath(const QString& cloudFile) {
+    const QByteArray key =
+        QCryptographicHash::hash(QFileInfo(cloudFile).absoluteFilePath().toUtf8(), QCryptographicHash::Sha1)
+            .toHex()
+            .left(16);
+    return QDir::temp().filePath(QStringLiteral("lumo-cloud-") + QString::fromLatin1(key) +
+                                 QStringLiteral(".lock"));
+}
 
 std::optional<LumoDocument> decodeBytes(const QByteArray& bytes) {
     try {
@@ -140,6 +153,11 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const WriteJob& job)
     }
     QStringList errors;
     if (!job.cloudFile.isEmpty()) {
+        // Another process on this machine may share the folder; between the check and the replace
+        // nobody else may write. Sync clients keep copies from other machines apart by themselves.
+        QLockFile lock(lockFilePath(job.cloudFile));
+        lock.setStaleLockTime(std::chrono::seconds(30));
+        lock.lock();
         const std::optional<QByteArray> onDisk = DocumentFile::read(job.cloudFile);
         if (onDisk != job.expectedCloudBytes && onDisk != cloudBytes) {
             // Another device wrote in the meantime: its copy is merged before anything is written,

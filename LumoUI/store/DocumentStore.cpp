@@ -6,7 +6,6 @@
 #include <QtDebug>
 
 #include <algorithm>
-#include <cmath>
 #include <exception>
 #include <limits>
 
@@ -103,6 +102,7 @@ DocumentStore::DocumentStore(Options options, NotificationCenter* notifications,
     }
     }
 
+    m_hybridClock.observe(m_document);
     const LumoDocument loaded = m_document;
     m_document = m_document.normalized(now());
     // Duplicates removed at load leave tombstones that the other devices should learn of.
@@ -174,9 +174,20 @@ SheetHistory& DocumentStore::history(const Sheet& sheet) {
 }
 
 Timestamp DocumentStore::now() const {
-    // A fraction kept only in memory would let two devices read one saved second differently:
-    // an edit later in the second that a deletion happened in would survive on its own device.
-    return Timestamp{std::floor(m_clock().seconds)};
+    return m_hybridClock.tick(m_clock());
+}
+
+Uuid DocumentStore::resolved(const Uuid& id) const {
+    Uuid current = id;
+    // A twin may itself have been removed as a duplicate later; the chain is short and acyclic,
+    // but a bound keeps a damaged map from hanging the editor.
+    for (std::size_t step = 0; step <= m_twins.size() && !sheet(current); ++step) {
+        const auto twin = m_twins.find(current);
+        if (twin == m_twins.end())
+            break;
+        current = twin->second;
+    }
+    return current;
 }
 
 SheetHistory::TimePoint DocumentStore::historyTime() const {
@@ -202,12 +213,12 @@ Sheet DocumentStore::makeEmptySheet(std::string name) const {
 // MARK: - Editing
 
 void DocumentStore::updateText(const Uuid& sheetID, const std::string& text) {
-    if (Sheet* target = findSheet(sheetID))
+    if (Sheet* target = findSheet(resolved(sheetID)))
         applyContent(*target, SheetSnapshot{text, target->lockedLines});
 }
 
 void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines) {
-    if (Sheet* target = findSheet(sheetID))
+    if (Sheet* target = findSheet(resolved(sheetID)))
         applyContent(*target, SheetSnapshot{target->text, lines});
 }
 
@@ -457,8 +468,12 @@ void DocumentStore::showInActiveSession(const Uuid& sheetID) {
 
 void DocumentStore::repairSessions() {
     for (SheetSession* session : liveSessions()) {
-        if (!session->sheetID() || !sheet(*session->sheetID()))
+        if (!session->sheetID())
             session->assignSheet(m_document.selectedSheetID);
+        else if (!sheet(*session->sheetID())) {
+            const Uuid twin = resolved(*session->sheetID());
+            session->assignSheet(sheet(twin) ? std::optional(twin) : m_document.selectedSheetID);
+        }
     }
 }
 
@@ -518,14 +533,35 @@ void DocumentStore::flush() {
         m_persistence->flush();
 }
 
-void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies) {
+void DocumentStore::mergeRemote(const RemoteCopies& copies) {
     const Timestamp mergedAt = now();
     LumoDocument merged = m_document;
-    for (const LumoDocument& copy : copies)
-        merged = merged.merged(copy, mergedAt);
-    m_document = merged.normalized(mergedAt);
+    if (copies.cloud && m_usingStarterDocument) {
+        // A device joining with nothing but the tutorial takes the user's document as it is
+        // rather than adding the tutorial to it.
+        merged = cappedAt(*copies.cloud, mergedAt);
+        merged.selectedSheetID = copies.cloud->selectedSheetID;
+        merged.keyLayouts = m_document.keyLayoutsUpdatedAt > merged.keyLayoutsUpdatedAt
+                                ? m_document.keyLayouts
+                                : merged.keyLayouts;
+        merged.keyLayoutsUpdatedAt = std::max(m_document.keyLayoutsUpdatedAt, merged.keyLayoutsUpdatedAt);
+    } else if (copies.cloud) {
+        merged =
+            threeWayMerged(merged, *copies.cloud, copies.base ? &*copies.base : nullptr, mergedAt).document;
+    }
+    // Copies the sync client set aside have no known common ancestor: the dates decide.
+    for (const LumoDocument& copy : copies.conflictCopies)
+        merged = threeWayMerged(merged, copy, nullptr, mergedAt).document;
+    NormalizedDocument normalized = normalizedWithTwins(merged, mergedAt);
+    for (const auto& [removed, twin] : normalized.twins)
+        m_twins[removed] = twin;
+    m_hybridClock.observe(normalized.document);
+    const bool changed = normalized.document != m_document;
+    m_document = std::move(normalized.document);
     // Remote content makes this someone's document: a language switch must not replace it.
     m_usingStarterDocument = false;
+    if (!changed)
+        return;
 
     std::erase_if(m_histories, [this](const auto& entry) { return !sheet(entry.first); });
     if (m_pendingClearSheetID && !sheet(*m_pendingClearSheetID))
@@ -536,9 +572,6 @@ void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies) {
     reconcileKeyLayouts();
     emit documentChanged();
     emit remoteMerged();
-    // Saving the merged result lets the cloud copy converge.
-    if (m_persistence)
-        m_persistence->save();
 }
 
 void DocumentStore::languageChanged() {

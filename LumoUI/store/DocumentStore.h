@@ -16,6 +16,7 @@
 
 #include "LumoKit/document/Document.h"
 #include "LumoKit/document/SheetHistory.h"
+#include "LumoKit/document/ThreeWayMerge.h"
 #include "LumoKit/sheet/SheetEvaluator.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/SheetSession.h"
@@ -131,8 +132,11 @@ signals:
     void remoteChecked();
 
 private:
-    // Time stamps for the document, in whole seconds as the file keeps them.
+    // A time stamp for a change: later than every time in the document, even when another
+    // device's clock is ahead of this one's.
     Timestamp now() const;
+    // The sheet an edit meant: a sheet that a merge removed as a duplicate lives on in its twin.
+    Uuid resolved(const Uuid& id) const;
     SheetHistory::TimePoint historyTime() const;
     Sheet* findSheet(const Uuid& id);
     int indexOf(const Uuid& id) const;
@@ -152,11 +156,13 @@ private:
     Sheet makeEmptySheet(std::string name) const;
 
     void observeNotifications();
-    void mergeRemote(const std::vector<LumoDocument>& copies);
+    void mergeRemote(const RemoteCopies& copies);
     void languageChanged();
     void reconcileKeyLayouts();
 
     std::function<Timestamp()> m_clock;
+    mutable HybridClock m_hybridClock;
+    std::unordered_map<Uuid, Uuid> m_twins;
     LumoDocument m_document;
     std::vector<LineResult> m_results;
     DocumentPersistence* m_persistence = nullptr;

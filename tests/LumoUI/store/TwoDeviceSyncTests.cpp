@@ -133,6 +133,13 @@ bool holdsText(const LumoDocument& document, const std::string& text) {
                        [&](const Sheet& sheet) { return sheet.text.find(text) != std::string::npos; });
 }
 
+std::string summaryForDebug(const LumoDocument& d) {
+    std::string out;
+    for (const Sheet& s : d.sheets)
+        out += s.name + "=" + s.text + "@" + std::to_string(s.updatedAt.seconds) + "; ";
+    return out + std::to_string(d.deletedSheets.size()) + " tombstones";
+}
+
 struct TwoDevices : testing::Test {
     SharedCloud cloud;
     Device a;
@@ -209,7 +216,7 @@ TEST_F(TwoDevices, TheStartUpSaveDoesNotReplaceTheCloudCopyUnread) {
     ASSERT_TRUE(waitUntil([&] {
         return holdsText(a.document(), "from elsewhere") && holdsText(cloud.document(), "from elsewhere") &&
                a.document().sheets.size() == 3;
-    }));
+    })) << summaryForDebug(a.document()) << " | cloud " << summaryForDebug(cloud.document());
 }
 
 TEST_F(TwoDevices, PerDeviceSelectionCausesNoExchangeOfWrites) {
@@ -250,12 +257,12 @@ TEST_F(TwoDevices, EditsOfOneSheetInTheSameInstantConvergeKeepingBothTexts) {
 
 TEST_F(TwoDevices, EditsOfOneSheetMadeApartWithoutSeeingEachOtherKeepBothTexts) {
     startBoth(Delays{200ms, 30ms});
-    ASSERT_TRUE(settle());
+    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | " << summaryForDebug(b.document()) << " | cloud " << summaryForDebug(cloud.document());
     a.seconds += 10;
     a.store->updateText(sheetX, "1\nfrom a\n");
     b.seconds += 11;
     b.store->updateText(sheetX, "1\nfrom b\n");
-    ASSERT_TRUE(settle());
+    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | " << summaryForDebug(b.document()) << " | cloud " << summaryForDebug(cloud.document());
     EXPECT_TRUE(holdsText(b.document(), "from a"));
     EXPECT_TRUE(holdsText(b.document(), "from b"));
 }
@@ -344,9 +351,9 @@ TEST_F(TwoDevices, TabOrderConvergesAfterSheetsAreAddedOnBoth) {
 
 TEST(SyncSaving, SavesKeepComingDuringContinuousTyping) {
     // Typing that never pauses for a whole save delay still saves within five of them.
+    std::vector<qint64> savedAt;
     Device device;
     device.start(QString(), baseDocument(), Delays{40ms, 30ms});
-    std::vector<qint64> savedAt;
     QElapsedTimer typing;
     typing.start();
     QObject::connect(device.store.get(), &DocumentStore::saved, [&] { savedAt.push_back(typing.elapsed()); });
