@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "LumoKit/document/BuiltinDocuments.h"
-#include "LumoKit/document/Document.h"
+#include "LumoKit/document/DocumentJson.h"
 
 namespace lumo::cli {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "LumoCLI/CliOptions.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 
 namespace lumo::cli {
 

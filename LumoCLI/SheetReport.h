@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo::cli {

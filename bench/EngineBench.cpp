@@ -6,7 +6,7 @@
 
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/language/Parser.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
@@ -39,7 +39,7 @@ public:
         return std::nullopt;
     }
     std::optional<Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override {
+    std::optional<Value> callUserFunction(const std::string&, const std::vector<Value>&) override {
         return std::nullopt;
     }
 };

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "LumoKit/document/BuiltinDocuments.h"
-#include "LumoKit/document/Document.h"
+#include "LumoKit/document/DocumentJson.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view bytes(reinterpret_cast<const char*>(data), size);

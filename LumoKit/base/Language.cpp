@@ -32,14 +32,13 @@ std::optional<AppLanguage> appLanguageFromRaw(std::string_view raw) {
     return std::nullopt;
 }
 
-namespace L10n {
 namespace {
 
 std::atomic<AppLanguage> g_current{AppLanguage::system};
 
 // The provider is replaced rarely (once, at start-up) but read on every message.
 std::mutex g_providerMutex;
-PreferredLanguagesProvider g_provider;
+L10n::PreferredLanguagesProvider g_provider;
 
 bool startsWithJa(const std::vector<std::string>& languages) {
     return !languages.empty() && languages.front().rfind("ja", 0) == 0;
@@ -47,15 +46,15 @@ bool startsWithJa(const std::vector<std::string>& languages) {
 
 } // namespace
 
-AppLanguage current() {
+AppLanguage L10n::current() {
     return g_current.load(std::memory_order_relaxed);
 }
 
-void setCurrent(AppLanguage language) {
+void L10n::setCurrent(AppLanguage language) {
     g_current.store(language, std::memory_order_relaxed);
 }
 
-bool resolvesToJapanese(AppLanguage language) {
+bool L10n::resolvesToJapanese(AppLanguage language) {
     switch (language) {
     case AppLanguage::japanese:
         return true;
@@ -67,15 +66,15 @@ bool resolvesToJapanese(AppLanguage language) {
     return false;
 }
 
-bool isEnglish() {
+bool L10n::isEnglish() {
     return !resolvesToJapanese(current());
 }
 
-std::string pick(std::string_view japanese, std::string_view english) {
+std::string L10n::pick(std::string_view japanese, std::string_view english) {
     return std::string(isEnglish() ? english : japanese);
 }
 
-std::vector<std::string> preferredLanguages() {
+std::vector<std::string> L10n::preferredLanguages() {
     PreferredLanguagesProvider provider;
     {
         std::lock_guard lock(g_providerMutex);
@@ -84,12 +83,12 @@ std::vector<std::string> preferredLanguages() {
     return provider ? provider() : localeEnvironmentLanguages();
 }
 
-void setPreferredLanguagesProvider(PreferredLanguagesProvider provider) {
+void L10n::setPreferredLanguagesProvider(PreferredLanguagesProvider provider) {
     std::lock_guard lock(g_providerMutex);
     g_provider = std::move(provider);
 }
 
-std::vector<std::string> localeEnvironmentLanguages() {
+std::vector<std::string> L10n::localeEnvironmentLanguages() {
     auto usable = [](std::string_view value) { return !value.empty() && value != "C" && value != "POSIX"; };
     std::vector<std::string> result;
     if (const char* language = std::getenv("LANGUAGE")) {
@@ -111,5 +110,4 @@ std::vector<std::string> localeEnvironmentLanguages() {
     return result;
 }
 
-} // namespace L10n
 } // namespace lumo

@@ -31,31 +31,30 @@ std::string_view rawValue(AppLanguage language);
 std::optional<AppLanguage> appLanguageFromRaw(std::string_view raw);
 
 /// The process-wide language switch. Every bilingual text goes through pick().
-namespace L10n {
+struct L10n {
 
-using PreferredLanguagesProvider = std::function<std::vector<std::string>()>;
+    using PreferredLanguagesProvider = std::function<std::vector<std::string>()>;
 
-AppLanguage current();
-void setCurrent(AppLanguage language);
+    static AppLanguage current();
+    static void setCurrent(AppLanguage language);
 
-/// True when English texts are to be shown. Evaluated anew at every call.
-bool isEnglish();
+    /// True when English texts are to be shown. Evaluated anew at every call.
+    static bool isEnglish();
 
-/// Chooses between a Japanese and an English text by the language in force.
-std::string pick(std::string_view japanese, std::string_view english);
+    /// Chooses between a Japanese and an English text by the language in force.
+    static std::string pick(std::string_view japanese, std::string_view english);
 
-/// Whether the given setting resolves to Japanese with the current preferred languages.
-bool resolvesToJapanese(AppLanguage language);
+    /// Whether the given setting resolves to Japanese with the current preferred languages.
+    static bool resolvesToJapanese(AppLanguage language);
 
-/// The user's ordered preferred languages. Defaults to the process locale environment;
-/// the application replaces the provider with its toolkit's list.
-std::vector<std::string> preferredLanguages();
-void setPreferredLanguagesProvider(PreferredLanguagesProvider provider);
+    /// The user's ordered preferred languages. Defaults to the process locale environment;
+    /// the application replaces the provider with its toolkit's list.
+    static std::vector<std::string> preferredLanguages();
+    static void setPreferredLanguagesProvider(PreferredLanguagesProvider provider);
 
-/// The default provider: LANGUAGE (colon-separated), then LC_ALL, LC_MESSAGES, LANG;
-/// empty values, "C" and "POSIX" are skipped.
-std::vector<std::string> localeEnvironmentLanguages();
-
-} // namespace L10n
+    /// The default provider: LANGUAGE (colon-separated), then LC_ALL, LC_MESSAGES, LANG;
+    /// empty values, "C" and "POSIX" are skipped.
+    static std::vector<std::string> localeEnvironmentLanguages();
+};
 
 } // namespace lumo

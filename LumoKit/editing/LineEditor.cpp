@@ -147,9 +147,7 @@ std::optional<CursorMove> cursorMoveFromRaw(std::string_view raw) {
     return std::nullopt;
 }
 
-namespace LineEditor {
-
-std::int64_t move(CursorMove kind, std::string_view text, std::int64_t caret) {
+std::int64_t LineEditor::move(CursorMove kind, std::string_view text, std::int64_t caret) {
     Utf16Text t(text);
     auto length = t.length();
     auto p = clampCaret(caret, length);
@@ -171,7 +169,7 @@ std::int64_t move(CursorMove kind, std::string_view text, std::int64_t caret) {
     return p;
 }
 
-std::string newlineIndent(std::string_view text, std::int64_t caret) {
+std::string LineEditor::newlineIndent(std::string_view text, std::int64_t caret) {
     auto end = unicode::byteOffsetOfUtf16(text, static_cast<std::size_t>(std::max<std::int64_t>(caret, 0)));
     auto newline = text.substr(0, end).rfind('\n');
     auto start = newline == std::string_view::npos ? 0 : newline + 1;
@@ -190,7 +188,7 @@ std::string newlineIndent(std::string_view text, std::int64_t caret) {
     return result;
 }
 
-SignToggle toggleSign(std::string_view text, std::int64_t caret) {
+SignToggle LineEditor::toggleSign(std::string_view text, std::int64_t caret) {
     auto clusters = unicode::graphemes(text);
     auto p = clampCaret(caret, static_cast<std::int64_t>(clusters.size()));
     auto at = [&](std::int64_t i) -> const std::string& { return clusters[static_cast<std::size_t>(i)]; };
@@ -214,8 +212,8 @@ SignToggle toggleSign(std::string_view text, std::int64_t caret) {
     return {join(clusters), p + 1};
 }
 
-std::string snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret,
-                           SnippetRole role) {
+std::string LineEditor::snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret,
+                                       SnippetRole role) {
     auto clusters = unicode::graphemes(text);
     auto p = clampCaret(caret, static_cast<std::int64_t>(clusters.size()));
     auto snippetClusters = unicode::graphemes(snippet);
@@ -226,12 +224,13 @@ std::string snippetSpacing(std::string_view snippet, std::string_view text, std:
     return (role == SnippetRole::namedValue ? " + " : " ") + std::string(snippet);
 }
 
-std::string snippetSpacing(const InsertSnippet& snippet, std::string_view text, std::int64_t caret) {
+std::string LineEditor::snippetSpacing(const InsertSnippet& snippet, std::string_view text,
+                                       std::int64_t caret) {
     return snippetSpacing(snippet.text, text, caret,
                           snippet.isNamedValue ? SnippetRole::namedValue : SnippetRole::plain);
 }
 
-std::string multiplySign(std::string_view text, std::int64_t caret) {
+std::string LineEditor::multiplySign(std::string_view text, std::int64_t caret) {
     auto clusters = unicode::graphemes(text);
     auto p = clampCaret(caret, static_cast<std::int64_t>(clusters.size()));
     auto lineStart = p;
@@ -248,7 +247,5 @@ std::string multiplySign(std::string_view text, std::int64_t caret) {
     const auto& previous = clusters[static_cast<std::size_t>(p - 1)];
     return (previous == " " || previous == "\n" || previous == "\t") ? "× " : " × ";
 }
-
-} // namespace LineEditor
 
 } // namespace lumo

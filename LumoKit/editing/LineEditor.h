@@ -46,28 +46,28 @@ struct SignToggle {
 /// Pure text operations behind the keypad keys and the return key. Every function clamps
 /// the caret to 0 … length first. `move` and `newlineIndent` count the caret in UTF-16 code
 /// units (the text view's unit); the others count grapheme clusters.
-namespace LineEditor {
+struct LineEditor {
 
-/// Where the caret goes for a cursor key (UTF-16 offset).
-std::int64_t move(CursorMove kind, std::string_view text, std::int64_t caret);
+    /// Where the caret goes for a cursor key (UTF-16 offset).
+    static std::int64_t move(CursorMove kind, std::string_view text, std::int64_t caret);
 
-/// The indentation to insert after the newline when return is pressed at the caret
-/// (UTF-16 offset): the line's leading blanks, plus four spaces after a trailing colon.
-std::string newlineIndent(std::string_view text, std::int64_t caret);
+    /// The indentation to insert after the newline when return is pressed at the caret
+    /// (UTF-16 offset): the line's leading blanks, plus four spaces after a trailing colon.
+    static std::string newlineIndent(std::string_view text, std::int64_t caret);
 
-/// Toggles the sign of the number just before the caret, or inserts "-" when there is none.
-SignToggle toggleSign(std::string_view text, std::int64_t caret);
+    /// Toggles the sign of the number just before the caret, or inserts "-" when there is none.
+    static SignToggle toggleSign(std::string_view text, std::int64_t caret);
 
-/// The text to insert for a snippet: prefixed with " " (or " + " for a named value) when
-/// both it and the character before the caret are word characters.
-std::string snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret,
-                           SnippetRole role);
-std::string snippetSpacing(const InsertSnippet& snippet, std::string_view text, std::int64_t caret);
+    /// The text to insert for a snippet: prefixed with " " (or " + " for a named value) when
+    /// both it and the character before the caret are word characters.
+    static std::string snippetSpacing(std::string_view snippet, std::string_view text, std::int64_t caret,
+                                      SnippetRole role);
+    static std::string snippetSpacing(const InsertSnippet& snippet, std::string_view text,
+                                      std::int64_t caret);
 
-/// The text the "×" key inserts: nothing inside a comment, "× " at the start of the text or
-/// after a blank or newline, " × " elsewhere.
-std::string multiplySign(std::string_view text, std::int64_t caret);
-
-} // namespace LineEditor
+    /// The text the "×" key inserts: nothing inside a comment, "× " at the start of the text or
+    /// after a blank or newline, " × " elsewhere.
+    static std::string multiplySign(std::string_view text, std::int64_t caret);
+};
 
 } // namespace lumo

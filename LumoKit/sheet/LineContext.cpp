@@ -1,36 +1,13 @@
 #include "LumoKit/sheet/LineContext.h"
 
-#include <array>
-
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/sheet/PlotBuilder.h"
 
 namespace lumo {
 
 namespace {
-
-enum class SheetWord { previous, blockSum, totalSum };
-
-constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
-    {"prev", SheetWord::previous},
-    {"ans", SheetWord::previous},
-    {"前", SheetWord::previous},
-    {"sum", SheetWord::blockSum},
-    {"subtotal", SheetWord::blockSum},
-    {"小計", SheetWord::blockSum},
-    {"total", SheetWord::totalSum},
-    {"合計", SheetWord::totalSum},
-}};
-
-// Asked for every name a line reads, so it compares the first byte before the rest.
-std::optional<SheetWord> sheetWordOf(std::string_view name) {
-    for (const auto& [word, meaning] : sheetWords) {
-        if (word.size() == name.size() && word.front() == name.front() && word == name)
-            return meaning;
-    }
-    return std::nullopt;
-}
 
 // Answers kept by one run, weighed as values are. Far above any real sheet; it stops a loop
 // like x = [x, x] from doubling until memory runs out, and many huge lists from piling up
@@ -57,51 +34,6 @@ std::string builtinWordMessage(const std::string& name) {
 
 std::string cannotCalculateMessage() {
     return L10n::pick("計算できません", "Can’t calculate this");
-}
-
-bool endsWith(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
-
-bool continuesPrevious(std::string_view text) {
-    if (text.empty())
-        return false;
-    char32_t first = 0;
-    const std::size_t length = unicode::decodeFirst(text, first);
-    switch (first) {
-    case U'*':
-    case U'/':
-    case U'^':
-    case U'×':
-    case U'÷':
-    case U'／':
-    case U'＊':
-        return true;
-    case U'+':
-    case U'-':
-    case U'－':
-    case U'＋':
-        return text.substr(length).starts_with(' ');
-    default:
-        return false;
-    }
-}
-
-bool endsWithEquals(std::string_view text) {
-    return endsWith(text, "=") || endsWith(text, "＝");
-}
-
-std::string withoutTrailingEquals(std::string_view text) {
-    std::string result(text);
-    while (true) {
-        if (endsWith(result, "="))
-            result = unicode::trim(std::string_view(result).substr(0, result.size() - 1));
-        else if (endsWith(result, "＝"))
-            result = unicode::trim(
-                std::string_view(result).substr(0, result.size() - std::string_view("＝").size()));
-        else
-            return result;
-    }
 }
 
 ParsedLine parseLine(std::string text) {
@@ -161,17 +93,6 @@ std::optional<Value> RunningSum::value() const {
     return m_sum ? *m_sum : Value::plain(0);
 }
 
-bool isSheetWord(std::string_view name) {
-    return sheetWordOf(name).has_value();
-}
-
-std::string prepareLine(std::string_view text, bool hasPrevious) {
-    std::string prepared = withoutTrailingEquals(text);
-    if (hasPrevious && continuesPrevious(prepared))
-        return "prev " + prepared;
-    return prepared;
-}
-
 LineContext::LineContext(BudgetLimits limits) : budget(limits) {}
 
 std::optional<Value> LineContext::valueOf(const std::string& name) {
@@ -201,7 +122,7 @@ std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
     return std::nullopt;
 }
 
-std::optional<Value> LineContext::callFunction(const std::string& name, const std::vector<Value>& args) {
+std::optional<Value> LineContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
     if (!findFunction || !runFunction)
         return std::nullopt;
     const ProgramFunction* function = findFunction(name);
@@ -215,13 +136,12 @@ void LineContext::assign(const std::string& name, Value value) {
     scope.insert_or_assign(name, std::move(value));
 }
 
-const ParsedLine& LineContext::parsed(const program::Line& line) {
+const ParsedLine& LineContext::parsed(const Program::Line& line) {
     LineParseCache& cache = *line.cache;
     if (!cache.canContinue) {
         // Only the start matters here, so a line without a trailing "=" needs no copy.
-        cache.canContinue = endsWithEquals(line.source)
-                                ? continuesPrevious(withoutTrailingEquals(line.source))
-                                : continuesPrevious(line.source);
+        cache.canContinue = endsWithEquals(line.source) ? continuesPrevious(prepareLine(line.source, false))
+                                                        : continuesPrevious(line.source);
     }
     const bool continued = previous.has_value() && *cache.canContinue;
     auto& slot = continued ? cache.continued : cache.asWritten;
@@ -230,7 +150,7 @@ const ParsedLine& LineContext::parsed(const program::Line& line) {
     return *slot;
 }
 
-LineResult LineContext::evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner) {
+LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner) {
     mixedUnits = false;
     const ParsedLine& parsedLine = parsed(line);
     if (!parsedLine.statement)
@@ -256,7 +176,7 @@ LineResult LineContext::evaluateLine(const program::Line& line, LineCounting cou
     }
 }
 
-LineOutcome LineContext::evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
+LineOutcome LineContext::evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
                                            LineCounting counting, LineOwner owner) {
     const Statement& statement = *parsedLine.statement;
     if (isPlotCall(*statement.expr)) {
@@ -286,7 +206,7 @@ LineOutcome LineContext::evaluateStatement(const program::Line& line, const Pars
     return LineOutcome::makeValue(std::move(answer));
 }
 
-void LineContext::retain(const program::Line& line, LineOwner owner, const Value& answer) {
+void LineContext::retain(const Program::Line& line, LineOwner owner, const Value& answer) {
     const std::size_t weight = weigh(answer, retainedItemLimit);
     if (owner == LineOwner::otherSheet) {
         if (weight > retainedItemLimit)

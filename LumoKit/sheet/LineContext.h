@@ -7,9 +7,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/sheet/Program.h"
 #include "LumoKit/sheet/ProgramBudget.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/Value.h"
 
@@ -59,7 +59,7 @@ public:
 
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;
-    std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) override;
+    std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override;
 
     /// Binds a name where a line or loop of the current scope puts it: the innermost local
     /// scope while a function runs, else the sheet's names.
@@ -71,23 +71,16 @@ public:
     /// Evaluates one ordinary line: prepares its text, parses it (once per cache), refuses
     /// built-in words as names, builds plots, evaluates, and on success records the answer.
     /// A failure leaves the context as it was.
-    LineResult evaluateLine(const program::Line& line, LineCounting counting, LineOwner owner);
+    LineResult evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner);
 
 private:
-    const ParsedLine& parsed(const program::Line& line);
-    LineOutcome evaluateStatement(const program::Line& line, const ParsedLine& parsedLine,
+    const ParsedLine& parsed(const Program::Line& line);
+    LineOutcome evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
                                   LineCounting counting, LineOwner owner);
-    void retain(const program::Line& line, LineOwner owner, const Value& answer);
+    void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
     std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
 };
-
-/// The eight built-in words (prev, ans, 前, sum, subtotal, 小計, total, 合計), exact spelling.
-bool isSheetWord(std::string_view name);
-
-/// The text of a line as it is calculated: trailing "=" and "＝" dropped, and "prev " put in
-/// front of a line that continues the previous answer (only when there is one).
-std::string prepareLine(std::string_view text, bool hasPrevious);
 
 } // namespace lumo

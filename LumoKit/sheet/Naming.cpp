@@ -8,7 +8,7 @@
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/language/Parser.h"
-#include "LumoKit/sheet/LineContext.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/Builtins.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/Units.h"

@@ -454,8 +454,8 @@ std::optional<Value> PlotContext::answerOnLine(std::int64_t line) {
     return m_base.answerOnLine(line);
 }
 
-std::optional<Value> PlotContext::callFunction(const std::string& name, const std::vector<Value>& args) {
-    return m_base.callFunction(name, args);
+std::optional<Value> PlotContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
+    return m_base.callUserFunction(name, args);
 }
 
 PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context) {

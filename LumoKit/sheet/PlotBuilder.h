@@ -34,7 +34,7 @@ public:
 
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;
-    std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) override;
+    std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override;
 
 private:
     EvalContext& m_base;

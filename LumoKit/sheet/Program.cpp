@@ -41,9 +41,9 @@ constexpr MistakeText mistakeTexts[] = {
 ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = {}) {
     for (const auto& entry : mistakeTexts) {
         if (entry.mistake == mistake)
-            return {program::Invalid{index, L10n::pick(entry.japanese, entry.english), std::move(body)}};
+            return {Program::Invalid{index, L10n::pick(entry.japanese, entry.english), std::move(body)}};
     }
-    return {program::Invalid{index, {}, std::move(body)}};
+    return {Program::Invalid{index, {}, std::move(body)}};
 }
 
 // Compared character by character: the prefixes are a few bytes, asked of every row, and a
@@ -154,10 +154,10 @@ private:
         while (!atEnd()) {
             const Program::Row& current = row();
             if (current.kind == Program::Row::Kind::blank) {
-                nodes.emplace_back(program::Blank{current.index});
+                nodes.emplace_back(Program::Blank{current.index});
                 ++m_cursor;
             } else if (current.kind == Program::Row::Kind::comment) {
-                nodes.emplace_back(program::Comment{current.index});
+                nodes.emplace_back(Program::Comment{current.index});
                 ++m_cursor;
             } else if (current.indent < minimumIndent) {
                 break;
@@ -211,10 +211,10 @@ private:
     }
 
     ProgramNode parseIfChain(const Program::Row& ifRow, const Header& ifHeader) {
-        program::IfChain chain;
+        Program::IfChain chain;
         std::optional<std::int64_t> failedIndex;
         auto addBranch = [&](const Program::Row& branchRow, const Header& header) {
-            program::Branch branch{branchRow.index, nullptr, {}};
+            Program::Branch branch{branchRow.index, nullptr, {}};
             if (header.keyword != Keyword::elseWord) {
                 try {
                     branch.condition = Program::parseWholeExpression(header.argument);
@@ -238,9 +238,9 @@ private:
             for (; m_cursor < *next; ++m_cursor) {
                 const Program::Row& skipped = row();
                 if (skipped.kind == Program::Row::Kind::blank)
-                    chain.branches.back().body.emplace_back(program::Blank{skipped.index});
+                    chain.branches.back().body.emplace_back(Program::Blank{skipped.index});
                 else
-                    chain.branches.back().body.emplace_back(program::Comment{skipped.index});
+                    chain.branches.back().body.emplace_back(Program::Comment{skipped.index});
             }
             const Program::Row& branchRow = row();
             ++m_cursor;
@@ -261,7 +261,7 @@ private:
         if (in == std::string::npos) {
             return invalidNode(headerRow.index, Mistake::forRange, parseBody(headerRow.indent));
         }
-        program::ForLoop loop{headerRow.index, trimmed(argument.substr(0, in)), nullptr, {}};
+        Program::ForLoop loop{headerRow.index, trimmed(argument.substr(0, in)), nullptr, {}};
         std::optional<Mistake> mistake;
         if (!Program::isValidName(loop.name)) {
             mistake = Mistake::forName;
@@ -279,7 +279,7 @@ private:
     }
 
     ProgramNode parseWhile(const Program::Row& headerRow, const std::string& argument) {
-        program::WhileLoop loop{headerRow.index, nullptr, {}};
+        Program::WhileLoop loop{headerRow.index, nullptr, {}};
         bool readable = true;
         try {
             loop.condition = Program::parseWholeExpression(argument);
@@ -297,7 +297,7 @@ private:
         const std::size_t open = argument.find('(');
         if (open == std::string::npos || argument.empty() || argument.back() != ')')
             return invalidNode(headerRow.index, Mistake::defShape, std::move(body));
-        program::Define define{
+        Program::Define define{
             headerRow.index, trimmed(argument.substr(0, open)),
             splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
             nullptr};
@@ -314,19 +314,19 @@ private:
     static ProgramNode simpleStatement(Program::Row& current) {
         const std::string& text = current.text;
         if (text == "break")
-            return {program::BreakLoop{current.index}};
+            return {Program::BreakLoop{current.index}};
         if (text == "continue")
-            return {program::ContinueLoop{current.index}};
+            return {Program::ContinueLoop{current.index}};
         if (text == "return")
-            return {program::Return{current.index, nullptr}};
+            return {Program::Return{current.index, nullptr}};
         if (startsWith(text, "return ") || startsWith(text, "return(")) {
             try {
-                return {program::Return{current.index, Program::parseWholeExpression(text.substr(6))}};
+                return {Program::Return{current.index, Program::parseWholeExpression(text.substr(6))}};
             } catch (const CalcError&) {
                 return invalidNode(current.index, Mistake::returnValue);
             }
         }
-        return {program::Line{current.index, std::move(current.text)}};
+        return {Program::Line{current.index, std::move(current.text)}};
     }
 
     std::vector<Program::Row> m_rows;
@@ -335,16 +335,14 @@ private:
 
 void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::optional<std::string>& home) {
     for (const auto& node : nodes) {
-        if (const auto* define = node.as<program::Define>())
+        if (const auto* define = node.as<Program::Define>())
             table[define->name] = ProgramFunction{define->name, define->params, define->body, home};
     }
 }
 
 } // namespace
 
-namespace Program {
-
-Row makeRow(std::int64_t index, std::string_view line) {
+Program::Row Program::makeRow(std::int64_t index, std::string_view line) {
     Row row{index, indentWidth(line), trimmed(line), Row::Kind::code};
     if (row.text.empty()) {
         row.kind = Row::Kind::blank;
@@ -358,7 +356,7 @@ Row makeRow(std::int64_t index, std::string_view line) {
     return row;
 }
 
-ProgramBody parse(const std::vector<std::string>& lines) {
+ProgramBody Program::parse(const std::vector<std::string>& lines) {
     std::vector<Row> rows;
     rows.reserve(lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i)
@@ -366,13 +364,13 @@ ProgramBody parse(const std::vector<std::string>& lines) {
     return TreeBuilder(std::move(rows)).parseAll();
 }
 
-FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home) {
+FunctionTable Program::collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home) {
     FunctionTable table;
     collectInto(table, nodes, home);
     return table;
 }
 
-bool isValidName(std::string_view name) {
+bool Program::isValidName(std::string_view name) {
     const std::u32string scalars = unicode::decode(name);
     if (scalars.empty())
         return false;
@@ -385,7 +383,7 @@ bool isValidName(std::string_view name) {
     return true;
 }
 
-ExprPtr parseWholeExpression(std::string_view text) {
+ExprPtr Program::parseWholeExpression(std::string_view text) {
     Parser parser(tokenize(text));
     ExprPtr expression = parser.parseExpression();
     if (!parser.atEnd())
@@ -393,7 +391,5 @@ ExprPtr parseWholeExpression(std::string_view text) {
             L10n::pick("式の書き方が正しくありません", "This expression isn’t written correctly"));
     return expression;
 }
-
-} // namespace Program
 
 } // namespace lumo

@@ -36,72 +36,103 @@ struct LineParseCache {
     std::optional<ParsedLine> continued;
 };
 
-namespace program {
+struct ProgramFunction;
+using FunctionTable = std::unordered_map<std::string, ProgramFunction>;
 
-/// An ordinary line to evaluate; `source` is the trimmed text.
-struct Line {
-    std::int64_t index = 0;
-    std::string source;
-    std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
-};
-struct Blank {
-    std::int64_t index = 0;
-};
-struct Comment {
-    std::int64_t index = 0;
-};
-/// A structural mistake with its finished message. The body under a faulty header is kept
-/// so that its lines are known, but it never runs.
-struct Invalid {
-    std::int64_t index = 0;
-    std::string message;
-    ProgramBody body;
-};
-/// One branch of an if chain; an else has no condition.
-struct Branch {
-    std::int64_t index = 0;
-    ExprPtr condition;
-    ProgramBody body;
-};
-struct IfChain {
-    std::vector<Branch> branches;
-};
-struct ForLoop {
-    std::int64_t index = 0;
-    std::string name;
-    ExprPtr iterable;
-    ProgramBody body;
-};
-struct WhileLoop {
-    std::int64_t index = 0;
-    ExprPtr condition;
-    ProgramBody body;
-};
-struct Define {
-    std::int64_t index = 0;
-    std::string name;
-    std::vector<std::string> params;
-    ProgramBodyPtr body;
-};
-/// A return; `value` is null for a bare return.
-struct Return {
-    std::int64_t index = 0;
-    ExprPtr value;
-};
-struct BreakLoop {
-    std::int64_t index = 0;
-};
-struct ContinueLoop {
-    std::int64_t index = 0;
-};
+/// A sheet's program: the cases of its tree, and the parse operations that build the tree
+/// from the sheet's lines. Stateless.
+struct Program {
+    /// An ordinary line to evaluate; `source` is the trimmed text.
+    struct Line {
+        std::int64_t index = 0;
+        std::string source;
+        std::shared_ptr<LineParseCache> cache = std::make_shared<LineParseCache>();
+    };
+    struct Blank {
+        std::int64_t index = 0;
+    };
+    struct Comment {
+        std::int64_t index = 0;
+    };
+    /// A structural mistake with its finished message. The body under a faulty header is kept
+    /// so that its lines are known, but it never runs.
+    struct Invalid {
+        std::int64_t index = 0;
+        std::string message;
+        ProgramBody body;
+    };
+    /// One branch of an if chain; an else has no condition.
+    struct Branch {
+        std::int64_t index = 0;
+        ExprPtr condition;
+        ProgramBody body;
+    };
+    struct IfChain {
+        std::vector<Branch> branches;
+    };
+    struct ForLoop {
+        std::int64_t index = 0;
+        std::string name;
+        ExprPtr iterable;
+        ProgramBody body;
+    };
+    struct WhileLoop {
+        std::int64_t index = 0;
+        ExprPtr condition;
+        ProgramBody body;
+    };
+    struct Define {
+        std::int64_t index = 0;
+        std::string name;
+        std::vector<std::string> params;
+        ProgramBodyPtr body;
+    };
+    /// A return; `value` is null for a bare return.
+    struct Return {
+        std::int64_t index = 0;
+        ExprPtr value;
+    };
+    struct BreakLoop {
+        std::int64_t index = 0;
+    };
+    struct ContinueLoop {
+        std::int64_t index = 0;
+    };
 
-} // namespace program
+    /// One line prepared for parsing.
+    struct Row {
+        enum class Kind { blank, comment, code };
+
+        std::int64_t index = 0;
+        std::int64_t indent = 0; // space and ideographic space count 1, tab 4
+        std::string text;        // trimmed at both ends
+        Kind kind = Kind::blank;
+    };
+
+    /// The row of line `index`: its indentation width, trimmed text and kind.
+    static Row makeRow(std::int64_t index, std::string_view line);
+
+    /// Parses a whole sheet into its top-level nodes. Never fails: every structural mistake
+    /// becomes an `invalid` node carrying its message.
+    static ProgramBody parse(const std::vector<std::string>& lines);
+
+    /// The top-level defs of a parsed sheet, each with the given home; a later def of the same
+    /// name replaces an earlier one.
+    static FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home);
+
+    /// Not empty; a letter or "_" first; then letters, digits or "_" (Unicode letters and digits).
+    static bool isValidName(std::string_view name);
+
+    /// Parses a whole text as one expression; throws CalcError when it does not parse or when
+    /// anything is left over.
+    static ExprPtr parseWholeExpression(std::string_view text);
+};
 
 /// One node of a sheet's program tree.
 struct ProgramNode {
-    using Node = std::variant<program::Line, program::Blank, program::Comment, program::Invalid,
-                              program::IfChain, program::ForLoop, program::WhileLoop, program::Define,
-                              program::Return, program::BreakLoop, program::ContinueLoop>;
+    using Node = std::variant<Program::Line, Program::Blank, Program::Comment, Program::Invalid,
+                              Program::IfChain, Program::ForLoop, Program::WhileLoop, Program::Define,
+                              Program::Return, Program::BreakLoop, Program::ContinueLoop>;
     Node node;
 
     ProgramNode() = default;
@@ -122,40 +153,5 @@ struct ProgramFunction {
     ProgramBodyPtr body;
     std::optional<std::string> home;
 };
-
-using FunctionTable = std::unordered_map<std::string, ProgramFunction>;
-
-/// The parse operations that turn a sheet's lines into its program tree. Stateless.
-namespace Program {
-
-/// One line prepared for parsing.
-struct Row {
-    enum class Kind { blank, comment, code };
-
-    std::int64_t index = 0;
-    std::int64_t indent = 0; // space and ideographic space count 1, tab 4
-    std::string text;        // trimmed at both ends
-    Kind kind = Kind::blank;
-};
-
-/// The row of line `index`: its indentation width, trimmed text and kind.
-Row makeRow(std::int64_t index, std::string_view line);
-
-/// Parses a whole sheet into its top-level nodes. Never fails: every structural mistake
-/// becomes an `invalid` node carrying its message.
-ProgramBody parse(const std::vector<std::string>& lines);
-
-/// The top-level defs of a parsed sheet, each with the given home; a later def of the same
-/// name replaces an earlier one.
-FunctionTable collectDefinitions(const ProgramBody& nodes, const std::optional<std::string>& home);
-
-/// Not empty; a letter or "_" first; then letters, digits or "_" (Unicode letters and digits).
-bool isValidName(std::string_view name);
-
-/// Parses a whole text as one expression; throws CalcError when it does not parse or when
-/// anything is left over.
-ExprPtr parseWholeExpression(std::string_view text);
-
-} // namespace Program
 
 } // namespace lumo

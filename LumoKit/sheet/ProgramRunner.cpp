@@ -121,24 +121,24 @@ std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, 
 std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, LineCounting counting) {
     markVisited(node);
     return std::visit(overloaded{
-                          [&](const program::Line& line) -> std::optional<ProgramFlow> {
+                          [&](const Program::Line& line) -> std::optional<ProgramFlow> {
                               setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
                               // A single line can be slow (a big plot, copying a long list), and a sheet of
                               // many such lines must not hang the editor, so the clock bounds the whole run.
                               m_context.budget.checkClock();
                               return std::nullopt;
                           },
-                          [&](const program::Blank&) -> std::optional<ProgramFlow> {
+                          [&](const Program::Blank&) -> std::optional<ProgramFlow> {
                               if (m_context.locals.empty())
                                   m_context.endBlock();
                               return std::nullopt;
                           },
-                          [&](const program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
-                          [&](const program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
-                          [&](const program::IfChain& chain) { return executeIf(chain, counting); },
-                          [&](const program::ForLoop& loop) { return executeFor(loop); },
-                          [&](const program::WhileLoop& loop) { return executeWhile(loop); },
-                          [&](const program::Define& define) -> std::optional<ProgramFlow> {
+                          [&](const Program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const Program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
+                          [&](const Program::IfChain& chain) { return executeIf(chain, counting); },
+                          [&](const Program::ForLoop& loop) { return executeFor(loop); },
+                          [&](const Program::WhileLoop& loop) { return executeWhile(loop); },
+                          [&](const Program::Define& define) -> std::optional<ProgramFlow> {
                               // Defs met inside another sheet's function stay with that sheet.
                               if (currentOwner() == LineOwner::thisSheet)
                                   m_context.functions.insert_or_assign(
@@ -146,18 +146,18 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
                                       ProgramFunction{define.name, define.params, define.body, std::nullopt});
                               return std::nullopt;
                           },
-                          [&](const program::Return& statement) { return executeReturn(statement); },
-                          [&](const program::BreakLoop&) -> std::optional<ProgramFlow> {
+                          [&](const Program::Return& statement) { return executeReturn(statement); },
+                          [&](const Program::BreakLoop&) -> std::optional<ProgramFlow> {
                               return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
                           },
-                          [&](const program::ContinueLoop&) -> std::optional<ProgramFlow> {
+                          [&](const Program::ContinueLoop&) -> std::optional<ProgramFlow> {
                               return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
                           },
                       },
                       node.node);
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeIf(const program::IfChain& chain, LineCounting counting) {
+std::optional<ProgramFlow> ProgramRunner::executeIf(const Program::IfChain& chain, LineCounting counting) {
     for (const auto& branch : chain.branches) {
         markLine(branch.index);
         if (branch.condition) {
@@ -194,7 +194,7 @@ bool ProgramRunner::runPass(std::int64_t headerIndex, const ProgramBody& body,
     return true;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loop) {
+std::optional<ProgramFlow> ProgramRunner::executeFor(const Program::ForLoop& loop) {
     std::vector<Value> items;
     try {
         items = iterationItems(*loop.iterable);
@@ -219,7 +219,7 @@ std::optional<ProgramFlow> ProgramRunner::executeFor(const program::ForLoop& loo
     return flow;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop& loop) {
+std::optional<ProgramFlow> ProgramRunner::executeWhile(const Program::WhileLoop& loop) {
     setResult(loop.index, {});
     std::optional<ProgramFlow> flow;
     while (true) {
@@ -238,7 +238,7 @@ std::optional<ProgramFlow> ProgramRunner::executeWhile(const program::WhileLoop&
     return flow;
 }
 
-std::optional<ProgramFlow> ProgramRunner::executeReturn(const program::Return& statement) {
+std::optional<ProgramFlow> ProgramRunner::executeReturn(const Program::Return& statement) {
     if (m_context.locals.empty()) {
         failLine(statement.index, returnOutsideDefMessage());
         return std::nullopt;
@@ -390,7 +390,7 @@ void ProgramRunner::failLine(std::int64_t index, const std::string& message) {
 // when the body runs, and an if chain's headers as the chain comes to them.
 void ProgramRunner::markVisited(const ProgramNode& node) {
     std::visit(overloaded{
-                   [](const program::IfChain&) {},
+                   [](const Program::IfChain&) {},
                    [&](const auto& simple) { markLine(simple.index); },
                },
                node.node);
@@ -406,21 +406,21 @@ void ProgramRunner::markLine(std::int64_t index) {
 void ProgramRunner::showStructure(const ProgramBody& body) {
     for (const auto& node : body) {
         std::visit(overloaded{
-                       [&](const program::Comment& comment) {
+                       [&](const Program::Comment& comment) {
                            m_results[static_cast<std::size_t>(comment.index)].outcome =
                                LineOutcome::makeComment();
                        },
-                       [&](const program::Invalid& invalid) {
+                       [&](const Program::Invalid& invalid) {
                            failLine(invalid.index, invalid.message);
                            showStructure(invalid.body);
                        },
-                       [&](const program::IfChain& chain) {
+                       [&](const Program::IfChain& chain) {
                            for (const auto& branch : chain.branches)
                                showStructure(branch.body);
                        },
-                       [&](const program::ForLoop& loop) { showStructure(loop.body); },
-                       [&](const program::WhileLoop& loop) { showStructure(loop.body); },
-                       [&](const program::Define& define) { showStructure(*define.body); },
+                       [&](const Program::ForLoop& loop) { showStructure(loop.body); },
+                       [&](const Program::WhileLoop& loop) { showStructure(loop.body); },
+                       [&](const Program::Define& define) { showStructure(*define.body); },
                        [&](const auto&) {},
                    },
                    node.node);

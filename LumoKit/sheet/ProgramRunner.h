@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "LumoKit/sheet/LineContext.h"
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/sheet/Program.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
 
 namespace lumo {
 
@@ -40,10 +40,10 @@ private:
 
     std::optional<ProgramFlow> executeBlock(const ProgramBody& body, LineCounting counting);
     std::optional<ProgramFlow> executeNode(const ProgramNode& node, LineCounting counting);
-    std::optional<ProgramFlow> executeIf(const program::IfChain& chain, LineCounting counting);
-    std::optional<ProgramFlow> executeFor(const program::ForLoop& loop);
-    std::optional<ProgramFlow> executeWhile(const program::WhileLoop& loop);
-    std::optional<ProgramFlow> executeReturn(const program::Return& statement);
+    std::optional<ProgramFlow> executeIf(const Program::IfChain& chain, LineCounting counting);
+    std::optional<ProgramFlow> executeFor(const Program::ForLoop& loop);
+    std::optional<ProgramFlow> executeWhile(const Program::WhileLoop& loop);
+    std::optional<ProgramFlow> executeReturn(const Program::Return& statement);
     /// Runs one pass of a loop body; true when the loop is to end.
     bool runPass(std::int64_t headerIndex, const ProgramBody& body, std::optional<ProgramFlow>& flow);
     std::vector<Value> iterationItems(const Expr& iterable);

@@ -8,9 +8,9 @@
 #include <numeric>
 #include <optional>
 
+#include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
-#include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {
@@ -532,14 +532,6 @@ const Builtin* findBuiltin(std::string_view name) {
     return nullptr;
 }
 
-Arguments evaluateArguments(const std::vector<ExprPtr>& args, const Evaluator& evaluator) {
-    Arguments values;
-    values.reserve(args.size());
-    for (const ExprPtr& arg : args)
-        values.push_back(evaluator.evaluate(*arg));
-    return values;
-}
-
 } // namespace
 
 const std::vector<std::string>& builtinFunctionNames() {
@@ -556,15 +548,11 @@ bool isBuiltinFunction(std::string_view name) {
     return findBuiltin(name) != nullptr;
 }
 
-Value callFunction(const std::string& name, const std::vector<ExprPtr>& args, const Evaluator& evaluator) {
+std::optional<Value> callBuiltin(const std::string& name, const std::vector<Value>& args) {
     const Builtin* builtin = findBuiltin(name);
-    const Arguments values = evaluateArguments(args, evaluator);
-    if (!builtin) {
-        if (auto answer = evaluator.context().callFunction(name, values))
-            return std::move(*answer);
-        fail(name + " という関数はありません", "There is no function named " + name);
-    }
-    const Value result = builtin->handler(name, values);
+    if (!builtin)
+        return std::nullopt;
+    const Value result = builtin->handler(name, args);
     if (result.isNumber() && !std::isfinite(result.number))
         fail("計算できません", "Can’t calculate this");
     return result;

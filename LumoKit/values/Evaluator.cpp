@@ -9,13 +9,13 @@
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/values/Builtins.h"
 #include "LumoKit/values/Units.h"
+#include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {
 
 namespace {
 
 // Read on every trigonometric call and written by the settings, possibly from another thread.
-std::atomic<bool> s_degrees{false};
 
 UnitRef findUnit(const std::string& name) {
     return UnitRegistry::shared().find(name);
@@ -93,30 +93,43 @@ public:
     explicit TreeWalker(const Evaluator& evaluator) : m_evaluator(evaluator) {}
 
     Value walk(const Expr& expression) const {
-        return std::visit(
-            overloaded{
-                [](const expr::Number& node) { return Value::plain(node.value); },
-                [](const expr::Text& node) { return Value::makeText(node.value); },
-                [this](const expr::List& node) { return list(node); },
-                [this](const expr::Index& node) {
-                    const Value target = walk(*node.target);
-                    return indexValue(target, walk(*node.position));
-                },
-                [this](const expr::Identifier& node) { return identifier(node.name); },
-                [this](const expr::Ref& node) { return ref(node.line); },
-                [this](const expr::Unary& node) { return unary(node); },
-                [this](const expr::Binary& node) { return binary(node); },
-                [this](const expr::Percent& node) { return percent(node); },
-                [this](const expr::UnitApply& node) { return unitApply(node); },
-                [this](const expr::Call& node) { return callFunction(node.name, node.args, m_evaluator); },
-                [this](const expr::Convert& node) { return convertTo(node); },
-                [this](const expr::PercentOf& node) { return percentOf(node); },
-            },
-            expression.node);
+        return std::visit(overloaded{
+                              [](const expr::Number& node) { return Value::plain(node.value); },
+                              [](const expr::Text& node) { return Value::makeText(node.value); },
+                              [this](const expr::List& node) { return list(node); },
+                              [this](const expr::Index& node) {
+                                  const Value target = walk(*node.target);
+                                  return indexValue(target, walk(*node.position));
+                              },
+                              [this](const expr::Identifier& node) { return identifier(node.name); },
+                              [this](const expr::Ref& node) { return ref(node.line); },
+                              [this](const expr::Unary& node) { return unary(node); },
+                              [this](const expr::Binary& node) { return binary(node); },
+                              [this](const expr::Percent& node) { return percent(node); },
+                              [this](const expr::UnitApply& node) { return unitApply(node); },
+                              [this](const expr::Call& node) { return call(node); },
+                              [this](const expr::Convert& node) { return convertTo(node); },
+                              [this](const expr::PercentOf& node) { return percentOf(node); },
+                          },
+                          expression.node);
     }
 
 private:
     EvalContext& context() const { return m_evaluator.context(); }
+
+    // A built-in answers first; any other name is asked of the context (user functions).
+    Value call(const expr::Call& node) const {
+        std::vector<Value> args;
+        args.reserve(node.args.size());
+        for (const auto& arg : node.args)
+            args.push_back(walk(*arg));
+        if (auto answer = callBuiltin(node.name, args))
+            return std::move(*answer);
+        if (auto answer = context().callUserFunction(node.name, args))
+            return std::move(*answer);
+        throw CalcError(
+            L10n::pick(node.name + " という関数はありません", "There is no function named " + node.name));
+    }
 
     Value list(const expr::List& node) const {
         std::vector<Value> items;
@@ -267,6 +280,12 @@ private:
         // A plain number is read as already being in the target unit, as addition does.
         if (!operand.unit)
             return Value::withUnit(operand.number, target);
+        if (!operand.unit->sameDimensions(*target)) {
+            const std::string value = ValueFormatter::formatNumber(operand.number, Grouping::none) +
+                                      (operand.unit->tight ? "" : " ") + operand.unit->display;
+            throw CalcError(L10n::pick(value + " は " + target->display + " に変換できません",
+                                       "Can't convert " + value + " to " + target->display));
+        }
         return Value::withUnit(convert(operand.number, *operand.unit, *target), target);
     }
 
@@ -287,15 +306,6 @@ private:
 };
 
 } // namespace
-
-namespace AngleMode {
-bool degrees() {
-    return s_degrees.load(std::memory_order_relaxed);
-}
-void setDegrees(bool degrees) {
-    s_degrees.store(degrees, std::memory_order_relaxed);
-}
-} // namespace AngleMode
 
 std::optional<Value> constantValue(std::string_view name) {
     struct Constant {

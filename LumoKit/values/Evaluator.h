@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/language/Parser.h"
 #include "LumoKit/values/Value.h"
 
@@ -19,7 +20,8 @@ public:
     /// The answer on line n (1-based, as written after #), or nothing.
     virtual std::optional<Value> answerOnLine(std::int64_t line) = 0;
     /// Calls a user function; nothing when no such function exists. May throw CalcError.
-    virtual std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) = 0;
+    virtual std::optional<Value> callUserFunction(const std::string& name,
+                                                  const std::vector<Value>& args) = 0;
 };
 
 /// Answers nothing to all three questions.
@@ -27,16 +29,10 @@ class EmptyContext final : public EvalContext {
 public:
     std::optional<Value> valueOf(const std::string&) override { return std::nullopt; }
     std::optional<Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<Value> callFunction(const std::string&, const std::vector<Value>&) override {
+    std::optional<Value> callUserFunction(const std::string&, const std::vector<Value>&) override {
         return std::nullopt;
     }
 };
-
-/// The process-wide angle mode: true when plain numbers are angles in degrees.
-namespace AngleMode {
-bool degrees();
-void setDegrees(bool degrees);
-} // namespace AngleMode
 
 /// The named constants (pi, π, PI, e, tau, τ, True, False), by exact spelling.
 std::optional<Value> constantValue(std::string_view name);

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "LumoKit/base/Language.h"
-#include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {
 
@@ -440,10 +439,6 @@ std::vector<Term> splitTerms(std::string_view name) {
     return terms;
 }
 
-std::string unitWithValue(double x, const MeasureUnit& unit) {
-    return ValueFormatter::formatNumber(x, Grouping::none) + (unit.tight ? "" : " ") + unit.display;
-}
-
 } // namespace
 
 std::string MeasureUnit::signature() const {
@@ -586,11 +581,6 @@ bool isKnownUnit(std::string_view name) {
 }
 
 double convert(double x, const MeasureUnit& from, const MeasureUnit& to) {
-    if (!from.sameDimensions(to)) {
-        const std::string value = unitWithValue(x, from);
-        throw CalcError(L10n::pick(value + " は " + to.display + " に変換できません",
-                                   "Can't convert " + value + " to " + to.display));
-    }
     if (&from == &to)
         return x;
     const double base = x * from.factor + from.offset;

@@ -77,7 +77,7 @@ private:
 bool isKnownUnit(std::string_view name);
 
 /// Converts x from one unit to another of the same dimensions, with factor and offset.
-/// Throws CalcError when the dimensions differ.
+/// The dimensions must match; callers check with sameDimensions first and say why they differ.
 double convert(double x, const MeasureUnit& from, const MeasureUnit& to);
 
 /// Multiplies (exponentSign +1) or divides (-1) two optional units.

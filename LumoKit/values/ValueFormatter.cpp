@@ -6,7 +6,7 @@
 #include <cmath>
 #include <system_error>
 
-namespace lumo::ValueFormatter {
+namespace lumo {
 
 namespace {
 
@@ -108,7 +108,8 @@ std::string decimalForm(double number, Grouping grouping) {
     std::string shortest = toChars(number, std::chars_format::fixed);
     if (shortest.empty())
         return std::to_string(number);
-    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits()));
+    std::string text =
+        trimFraction(roundDecimalString(std::move(shortest), ValueFormatter::maxFractionDigits()));
     if (text == "-0")
         return "0";
     if (grouping == Grouping::none)
@@ -131,7 +132,7 @@ std::string formatAt(const Value& value, Grouping grouping, int depth) {
     case Value::Kind::number:
         break;
     }
-    std::string out = formatNumber(value.number, grouping);
+    std::string out = ValueFormatter::formatNumber(value.number, grouping);
     if (value.isPercent)
         return out + "%";
     if (value.unit)
@@ -156,15 +157,15 @@ std::string formatList(const Value& list, Grouping grouping, int depth) {
 
 } // namespace
 
-int maxFractionDigits() {
+int ValueFormatter::maxFractionDigits() {
     return g_maxFractionDigits.load(std::memory_order_relaxed);
 }
 
-void setMaxFractionDigits(int digits) {
+void ValueFormatter::setMaxFractionDigits(int digits) {
     g_maxFractionDigits.store(std::clamp(digits, 0, fractionDigitsCeiling), std::memory_order_relaxed);
 }
 
-double roundSignificant(double number) {
+double ValueFormatter::roundSignificant(double number) {
     if (number == 0 || !std::isfinite(number))
         return number;
     const int k = significantScale(number);
@@ -174,7 +175,7 @@ double roundSignificant(double number) {
     return std::round(number * scale) / scale;
 }
 
-std::string formatNumber(double number, Grouping grouping) {
+std::string ValueFormatter::formatNumber(double number, Grouping grouping) {
     if (std::isnan(number))
         return "—";
     if (std::isinf(number))
@@ -188,8 +189,8 @@ std::string formatNumber(double number, Grouping grouping) {
     return decimalForm(rounded, grouping);
 }
 
-std::string format(const Value& value, Grouping grouping) {
+std::string ValueFormatter::format(const Value& value, Grouping grouping) {
     return formatAt(value, grouping, 0);
 }
 
-} // namespace lumo::ValueFormatter
+} // namespace lumo

@@ -11,6 +11,7 @@
 
 #include <exception>
 
+#include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/CloudSync.h"
 #include "LumoUI/persistence/DocumentFile.h"
 

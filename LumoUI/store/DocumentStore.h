@@ -16,8 +16,8 @@
 
 #include "LumoKit/document/Document.h"
 #include "LumoKit/document/SheetHistory.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/document/ThreeWayMerge.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/SheetSession.h"
 #include "LumoUI/store/UndoCenter.h"

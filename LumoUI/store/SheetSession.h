@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "LumoKit/document/Document.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 
 namespace lumo {
 

@@ -48,7 +48,8 @@ public:
         return std::nullopt;
     }
     std::optional<lumo::Value> answerOnLine(std::int64_t) override { return std::nullopt; }
-    std::optional<lumo::Value> callFunction(const std::string&, const std::vector<lumo::Value>&) override {
+    std::optional<lumo::Value> callUserFunction(const std::string&,
+                                                const std::vector<lumo::Value>&) override {
         return std::nullopt;
     }
 };

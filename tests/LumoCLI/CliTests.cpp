@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string>
 #include <sys/wait.h>
 
 #include <nlohmann/json.hpp>
@@ -218,5 +220,33 @@ TEST_F(CliFiles, TextOutputHeadingsAndFailures) {
         // Off a terminal the failure is marked without colour codes.
         EXPECT_NE(out.find("! The expression ends in the middle"), std::string::npos) << out;
         EXPECT_EQ(out.find('\x1b'), std::string::npos) << out;
+    }
+}
+
+// The built-in documents' full output, recorded once; any change in an answer, a message, the
+// layout or the JSON shows up here byte for byte. Regenerate a file only for a deliberate change.
+TEST(Cli, BuiltinDocumentsMatchTheirRecordings) {
+    struct Case {
+        std::string arguments;
+        std::string recording;
+    };
+    const Case cases[] = {
+        {"--sample --lang ja", "sample-ja.txt"},
+        {"--sample --lang en", "sample-en.txt"},
+        {"--sample --lang ja --json", "sample-ja.jsonl"},
+        {"--sample --lang en --json", "sample-en.jsonl"},
+        {"--starter --lang ja", "starter-ja.txt"},
+        {"--starter --lang en", "starter-en.txt"},
+        {"--starter --lang ja --json", "starter-ja.jsonl"},
+        {"--starter --lang en --json", "starter-en.jsonl"},
+        {"--starter --lang en --angle degrees --digits 3 --no-grouping", "starter-en-degrees-3.txt"},
+    };
+    for (const auto& c : cases) {
+        std::ifstream file(std::filesystem::path(LUMO_TEST_DATA_DIR) / "cli" / c.recording, std::ios::binary);
+        ASSERT_TRUE(file) << c.recording;
+        const std::string expected((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+        const RunResult result = runLumo(c.arguments);
+        EXPECT_EQ(result.status, 0) << c.arguments;
+        EXPECT_EQ(result.out, expected) << c.arguments;
     }
 }

@@ -67,7 +67,7 @@ public:
 
     std::optional<Value> valueOf(const std::string& name) override { return find(names, name); }
     std::optional<Value> answerOnLine(std::int64_t line) override { return find(lines, line); }
-    std::optional<Value> callFunction(const std::string& name, const std::vector<Value>& args) override {
+    std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override {
         const auto it = functions.find(name);
         if (it == functions.end())
             return std::nullopt;

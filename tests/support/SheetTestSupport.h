@@ -7,8 +7,8 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/sheet/ProgramRunner.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo::test {

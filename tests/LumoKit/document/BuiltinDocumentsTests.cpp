@@ -5,7 +5,7 @@
 
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/document/BuiltinDocuments.h"
-#include "LumoKit/sheet/SheetEvaluator.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 
 using namespace lumo;
 

@@ -18,13 +18,13 @@ std::string describe(const ProgramNode& node) {
     const auto n = [](std::int64_t index) { return std::to_string(index); };
     return std::visit(
         overloaded{
-            [&](const program::Line& line) { return "L" + n(line.index); },
-            [&](const program::Blank& blank) { return "_" + n(blank.index); },
-            [&](const program::Comment& comment) { return "#" + n(comment.index); },
-            [&](const program::Invalid& invalid) {
+            [&](const Program::Line& line) { return "L" + n(line.index); },
+            [&](const Program::Blank& blank) { return "_" + n(blank.index); },
+            [&](const Program::Comment& comment) { return "#" + n(comment.index); },
+            [&](const Program::Invalid& invalid) {
                 return "!" + n(invalid.index) + " " + invalid.message + "(" + describe(invalid.body) + ")";
             },
-            [&](const program::IfChain& chain) {
+            [&](const Program::IfChain& chain) {
                 std::string text;
                 for (const auto& branch : chain.branches)
                     text += (text.empty()       ? "if"
@@ -33,24 +33,24 @@ std::string describe(const ProgramNode& node) {
                             n(branch.index) + "(" + describe(branch.body) + ")";
                 return text;
             },
-            [&](const program::ForLoop& loop) {
+            [&](const Program::ForLoop& loop) {
                 return "for" + n(loop.index) + " " + loop.name + "(" + describe(loop.body) + ")";
             },
-            [&](const program::WhileLoop& loop) {
+            [&](const Program::WhileLoop& loop) {
                 return "while" + n(loop.index) + "(" + describe(loop.body) + ")";
             },
-            [&](const program::Define& define) {
+            [&](const Program::Define& define) {
                 std::string params;
                 for (const auto& param : define.params)
                     params += (params.empty() ? "" : ",") + param;
                 return "def" + n(define.index) + " " + define.name + "[" + params + "](" +
                        describe(*define.body) + ")";
             },
-            [&](const program::Return& statement) {
+            [&](const Program::Return& statement) {
                 return "ret" + n(statement.index) + (statement.value ? "=" : "");
             },
-            [&](const program::BreakLoop& statement) { return "break" + n(statement.index); },
-            [&](const program::ContinueLoop& statement) { return "continue" + n(statement.index); },
+            [&](const Program::BreakLoop& statement) { return "break" + n(statement.index); },
+            [&](const Program::ContinueLoop& statement) { return "continue" + n(statement.index); },
         },
         node.node);
 }

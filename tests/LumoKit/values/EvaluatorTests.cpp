@@ -143,3 +143,11 @@ TEST(Evaluator, TextsOrderByScalarsAfterComposition) {
     EXPECT_LT(compareTexts("ab", "abc"), 0);
     EXPECT_GT(compareTexts("\u00e9", "f"), 0);
 }
+
+TEST(Evaluator, ConversionFailureMessages) {
+    expectErrors({
+        {"5 $ to 円", "Can't convert 5USD to 円"},
+        {"1.5 kg to m", "Can't convert 1.5 kg to m"},
+    });
+    expectErrors({{"5 USD to 円", "5USD は 円 に変換できません"}}, nullptr, AppLanguage::japanese);
+}

@@ -16,10 +16,6 @@ std::string displayOf(const UnitRef& u) {
     return u ? u->display : "";
 }
 
-std::string conversionMessage(double x, std::string_view from, std::string_view to) {
-    return messageOf([&] { convert(x, *unit(from), *unit(to)); });
-}
-
 } // namespace
 
 TEST(Units, Conversions) {
@@ -130,14 +126,4 @@ TEST(Units, TightUnits) {
         EXPECT_TRUE(unit(name)->tight) << name;
     for (const char* name : {"mm", "K", "km/h", "kN/mm²"})
         EXPECT_FALSE(unit(name)->tight) << name;
-}
-
-TEST(Units, ConversionFailureMessages) {
-    {
-        const ScopedLanguage english(AppLanguage::english);
-        EXPECT_EQ(conversionMessage(5, "$", "円"), "Can't convert 5USD to 円");
-        EXPECT_EQ(conversionMessage(1.5, "kg", "m"), "Can't convert 1.5 kg to m");
-    }
-    const ScopedLanguage japanese(AppLanguage::japanese);
-    EXPECT_EQ(conversionMessage(5, "USD", "円"), "5USD は 円 に変換できません");
 }

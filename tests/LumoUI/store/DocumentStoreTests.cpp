@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 
+#include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/settings/NotificationCenter.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "LumoKit/sheet/LineContext.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "support/SheetTestSupport.h"
 
 using namespace lumo;
@@ -12,7 +12,7 @@ const std::string mixed = "! Units of different kinds are mixed, so they can’t
 
 } // namespace
 
-TEST(SheetEvaluator, LinesMatchTheEditor) {
+TEST(DocumentEvaluator, LinesMatchTheEditor) {
     expectSheets({
         {"", {""}},
         {"1\n", {"1", ""}},
@@ -21,7 +21,7 @@ TEST(SheetEvaluator, LinesMatchTheEditor) {
     });
 }
 
-TEST(SheetEvaluator, PrevSumAndTotal) {
+TEST(DocumentEvaluator, PrevSumAndTotal) {
     expectSheets({
         {"sum\nprev", {"0", "0"}},
         {"prev", {"! prev is not defined"}},
@@ -43,7 +43,7 @@ TEST(SheetEvaluator, PrevSumAndTotal) {
     });
 }
 
-TEST(SheetEvaluator, BuiltinWordsCannotBeNames) {
+TEST(DocumentEvaluator, BuiltinWordsCannotBeNames) {
     expectSheets({
         {"total = 3\ntotal", {"! “total” is a built-in word and can’t be used as a name", "0"}},
         {"前 = 3", {"! “前” is a built-in word and can’t be used as a name"}},
@@ -56,7 +56,7 @@ TEST(SheetEvaluator, BuiltinWordsCannotBeNames) {
                  {}, AppLanguage::japanese);
 }
 
-TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
+TEST(DocumentEvaluator, TrailingEqualsAndContinuation) {
     expectSheets({
         {"1200 × 35 =", {"42000"}},
         {"2 + 3 = = ＝", {"5"}},
@@ -70,7 +70,7 @@ TEST(SheetEvaluator, TrailingEqualsAndContinuation) {
     });
 }
 
-TEST(SheetEvaluator, NamesLineReferencesAndFailures) {
+TEST(DocumentEvaluator, NamesLineReferencesAndFailures) {
     expectSheets({
         {"price = 1200\nprice × 2\n#2 + 1", {"1200", "2400", "2401"}},
         {"#2\n5", {"! #2 not found", "5"}},
@@ -80,7 +80,7 @@ TEST(SheetEvaluator, NamesLineReferencesAndFailures) {
     });
 }
 
-TEST(SheetEvaluator, LineResultsCarryNames) {
+TEST(DocumentEvaluator, LineResultsCarryNames) {
     const auto results = DocumentEvaluator::evaluate("price = 1200\nbad = 1 +\n3\nplot(x)", {});
     ASSERT_EQ(results.size(), 4u);
     EXPECT_EQ(results[0].name, "price");
@@ -89,21 +89,21 @@ TEST(SheetEvaluator, LineResultsCarryNames) {
     EXPECT_EQ(results[3].outcome.kind, LineOutcome::Kind::plot);
 }
 
-TEST(SheetEvaluator, PlotLinesChangeNothing) {
+TEST(DocumentEvaluator, PlotLinesChangeNothing) {
     expectSheets({
         {"5\nplot(x^2)\nprev\nsum", {"5", "plot: plot(x^2)", "5", "10"}},
         {"chart([1, 2])\n#1", {"plot: chart([1, 2])", "! #1 not found"}},
     });
 }
 
-TEST(SheetEvaluator, LinesInLoopsShowTheLastPassAndStayOutOfSums) {
+TEST(DocumentEvaluator, LinesInLoopsShowTheLastPassAndStayOutOfSums) {
     expectSheets({
         {"1\nfor i in range(3):\n    i * 10\nsum\ntotal", {"1", "", "20", "1", "2"}},
         {"for i in range(3):\n    i\n    × 2", {"", "2", "4"}},
     });
 }
 
-TEST(SheetEvaluator, PrepareLine) {
+TEST(DocumentEvaluator, PrepareLine) {
     struct Case {
         std::string text;
         bool hasPrevious;

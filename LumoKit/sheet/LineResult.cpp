@@ -1,7 +1,4 @@
-#include "LumoKit/sheet/SheetEvaluator.h"
-
-#include "LumoKit/base/Unicode.h"
-#include "LumoKit/sheet/ProgramRunner.h"
+#include "LumoKit/sheet/LineResult.h"
 
 namespace lumo {
 
@@ -31,13 +28,5 @@ LineOutcome LineOutcome::makeComment() {
     outcome.kind = Kind::comment;
     return outcome;
 }
-
-namespace DocumentEvaluator {
-
-std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others) {
-    return ProgramRunner(unicode::splitLines(text), others).run();
-}
-
-} // namespace DocumentEvaluator
 
 } // namespace lumo

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "LumoKit/sheet/PlotDescription.h"
 #include "LumoKit/values/Value.h"
@@ -35,11 +34,5 @@ struct LineResult {
     LineOutcome outcome;
     std::optional<std::string> name;
 };
-
-/// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
-/// LineResult per line. Stateless; every call is a fresh run inside the run budget.
-namespace DocumentEvaluator {
-std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others);
-} // namespace DocumentEvaluator
 
 } // namespace lumo

@@ -1,0 +1,96 @@
+#include "LumoKit/sheet/DocumentEvaluator.h"
+
+#include <array>
+#include <utility>
+
+#include "LumoKit/base/Unicode.h"
+#include "LumoKit/sheet/ProgramRunner.h"
+
+namespace lumo {
+
+namespace {
+
+constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
+    {"prev", SheetWord::previous},
+    {"ans", SheetWord::previous},
+    {"前", SheetWord::previous},
+    {"sum", SheetWord::blockSum},
+    {"subtotal", SheetWord::blockSum},
+    {"小計", SheetWord::blockSum},
+    {"total", SheetWord::totalSum},
+    {"合計", SheetWord::totalSum},
+}};
+
+bool endsWith(std::string_view text, std::string_view suffix) {
+    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
+}
+
+std::string withoutTrailingEquals(std::string_view text) {
+    std::string result(text);
+    while (true) {
+        if (endsWith(result, "="))
+            result = unicode::trim(std::string_view(result).substr(0, result.size() - 1));
+        else if (endsWith(result, "＝"))
+            result = unicode::trim(
+                std::string_view(result).substr(0, result.size() - std::string_view("＝").size()));
+        else
+            return result;
+    }
+}
+
+} // namespace
+
+std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
+                                                    const std::vector<SharedSheet>& others) {
+    return ProgramRunner(unicode::splitLines(text), others).run();
+}
+
+// Asked for every name a line reads, so it compares the first byte before the rest.
+std::optional<SheetWord> sheetWordOf(std::string_view name) {
+    for (const auto& [word, meaning] : sheetWords) {
+        if (word.size() == name.size() && word.front() == name.front() && word == name)
+            return meaning;
+    }
+    return std::nullopt;
+}
+
+bool isSheetWord(std::string_view name) {
+    return sheetWordOf(name).has_value();
+}
+
+bool continuesPrevious(std::string_view text) {
+    if (text.empty())
+        return false;
+    char32_t first = 0;
+    const std::size_t length = unicode::decodeFirst(text, first);
+    switch (first) {
+    case U'*':
+    case U'/':
+    case U'^':
+    case U'×':
+    case U'÷':
+    case U'／':
+    case U'＊':
+        return true;
+    case U'+':
+    case U'-':
+    case U'－':
+    case U'＋':
+        return text.substr(length).starts_with(' ');
+    default:
+        return false;
+    }
+}
+
+bool endsWithEquals(std::string_view text) {
+    return endsWith(text, "=") || endsWith(text, "＝");
+}
+
+std::string prepareLine(std::string_view text, bool hasPrevious) {
+    std::string prepared = withoutTrailingEquals(text);
+    if (hasPrevious && continuesPrevious(prepared))
+        return "prev " + prepared;
+    return prepared;
+}
+
+} // namespace lumo

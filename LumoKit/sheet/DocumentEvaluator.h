@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "LumoKit/sheet/LineResult.h"
+
+namespace lumo {
+
+/// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
+/// LineResult per line. Stateless; every call is a fresh run inside the run budget.
+struct DocumentEvaluator {
+    static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others);
+};
+
+// The rules a sheet adds to the expression language. The run applies them line by line.
+
+/// What a built-in sheet word stands for.
+enum class SheetWord { previous, blockSum, totalSum };
+
+/// The meaning of one of the eight built-in words (prev, ans, 前, sum, subtotal, 小計, total,
+/// 合計), exact spelling; nothing for any other name.
+std::optional<SheetWord> sheetWordOf(std::string_view name);
+bool isSheetWord(std::string_view name);
+
+/// Whether a line's text (without its trailing "=") starts like a continuation of the previous
+/// answer: an operator such as * or /, or + and - followed by a space.
+bool continuesPrevious(std::string_view text);
+
+/// Whether a line's text ends with "=" or "＝".
+bool endsWithEquals(std::string_view text);
+
+/// The text of a line as it is calculated: trailing "=" and "＝" dropped, and "prev " put in
+/// front of a line that continues the previous answer (only when there is one).
+std::string prepareLine(std::string_view text, bool hasPrevious);
+
+} // namespace lumo
