@@ -1,7 +1,6 @@
 #include "LumoKit/editing/SyntaxHighlighter.h"
 
 #include <array>
-#include <cstdio>
 #include <unordered_set>
 
 #include "LumoKit/base/Language.h"
@@ -19,19 +18,17 @@ struct KindInfo {
     std::string_view raw;
     std::string_view japanese;
     std::string_view english;
-    std::uint32_t light;
-    std::uint32_t dark;
 };
 
 constexpr std::array<KindInfo, 8> kindTable{{
-    {SyntaxKind::number, "number", "数字", "Numbers", 0x1B1A18FF, 0xE9E9ECFF},
-    {SyntaxKind::operatorMark, "operatorMark", "演算子", "Operators", 0x9A948AFF, 0x6F6F7AFF},
-    {SyntaxKind::name, "name", "名前の付いた値", "Named values", 0x2F6FEDFF, 0x6FA0FFFF},
-    {SyntaxKind::unit, "unit", "単位", "Units", 0x0E8A64FF, 0x46C79BFF},
-    {SyntaxKind::function, "function", "関数", "Functions", 0x8B5CF6FF, 0xB295FFFF},
-    {SyntaxKind::keyword, "keyword", "if / for / def", "if / for / def", 0xC2185BFF, 0xFF8FB4FF},
-    {SyntaxKind::quoted, "quoted", "文字", "Text", 0xB4551AFF, 0xE8A15FFF},
-    {SyntaxKind::comment, "comment", "コメント", "Comments", 0xA8A296FF, 0x66666FFF},
+    {SyntaxKind::number, "number", "数字", "Numbers"},
+    {SyntaxKind::operatorMark, "operatorMark", "演算子", "Operators"},
+    {SyntaxKind::name, "name", "名前の付いた値", "Named values"},
+    {SyntaxKind::unit, "unit", "単位", "Units"},
+    {SyntaxKind::function, "function", "関数", "Functions"},
+    {SyntaxKind::keyword, "keyword", "if / for / def", "if / for / def"},
+    {SyntaxKind::quoted, "quoted", "文字", "Text"},
+    {SyntaxKind::comment, "comment", "コメント", "Comments"},
 }};
 
 const KindInfo& info(SyntaxKind kind) {
@@ -220,62 +217,5 @@ std::vector<SyntaxRange> highlightLine(std::string_view line) {
         return {{0, static_cast<std::int64_t>(unicode::utf16Length(line)), SyntaxKind::comment}};
     return LineScanner(line).scan();
 }
-
-namespace HexColor {
-
-std::string format(std::uint32_t rgba) {
-    char buffer[8];
-    std::snprintf(buffer, sizeof buffer, "#%02X%02X%02X", (rgba >> 24) & 0xFF, (rgba >> 16) & 0xFF,
-                  (rgba >> 8) & 0xFF);
-    return buffer;
-}
-
-std::optional<std::uint32_t> parse(std::string_view text) {
-    std::string trimmed = unicode::trim(text);
-    std::string_view digits = trimmed;
-    if (digits.starts_with('#'))
-        digits.remove_prefix(1);
-    if (digits.size() != 6)
-        return std::nullopt;
-    std::uint32_t rgb = 0;
-    for (char c : digits) {
-        int value = (c >= '0' && c <= '9')   ? c - '0'
-                    : (c >= 'a' && c <= 'f') ? c - 'a' + 10
-                    : (c >= 'A' && c <= 'F') ? c - 'A' + 10
-                                             : -1;
-        if (value < 0)
-            return std::nullopt;
-        rgb = rgb << 4 | static_cast<std::uint32_t>(value);
-    }
-    return rgb << 8 | 0xFF;
-}
-
-Components components(std::uint32_t rgba) {
-    auto byte = [rgba](int shift) { return static_cast<double>((rgba >> shift) & 0xFF) / 255.0; };
-    return {byte(24), byte(16), byte(8), 1.0};
-}
-
-} // namespace HexColor
-
-namespace Theme {
-
-std::uint32_t defaultColor(SyntaxKind kind, Appearance appearance) {
-    return appearance == Appearance::dark ? info(kind).dark : info(kind).light;
-}
-
-std::string colorKey(SyntaxKind kind, Appearance appearance) {
-    return std::string(rawValue(kind)) + (appearance == Appearance::dark ? ".dark" : ".light");
-}
-
-std::uint32_t color(SyntaxKind kind, Appearance appearance, const SyntaxColorOverrides& userColors) {
-    if (auto entry = userColors.find(colorKey(kind, appearance)); entry != userColors.end())
-        if (auto parsed = HexColor::parse(entry->second))
-            return *parsed;
-    // The default goes through the same text form as a user's entry, so both are read alike.
-    return HexColor::parse(HexColor::format(defaultColor(kind, appearance)))
-        .value_or(defaultColor(kind, appearance));
-}
-
-} // namespace Theme
 
 } // namespace lumo

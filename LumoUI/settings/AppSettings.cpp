@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include "LumoKit/values/Evaluator.h"
@@ -231,102 +232,94 @@ void AppSettings::post(const char* name) {
         m_notifications->post(QString::fromLatin1(name));
 }
 
+// Every setter goes through here: keep the value, write its stored form, then tell the
+// listeners in order (the object's own signal first, then the notification).
+template <typename Value, typename Signal>
+void AppSettings::write(Value& field, Value value, const char* key, const QVariant& stored, Signal changed,
+                        const char* notification) {
+    field = std::move(value);
+    m_store.setValue(QLatin1String(key), stored);
+    if constexpr (std::is_invocable_v<Signal, AppSettings*>)
+        emit(this->*changed)();
+    else if constexpr (std::is_invocable_v<Signal, AppSettings*, Value>)
+        emit(this->*changed)(field);
+    else
+        static_assert(std::is_null_pointer_v<Signal>, "a setter's signal takes the new value or nothing");
+    if (notification)
+        post(notification);
+}
+
 void AppSettings::setAppearance(AppearanceSetting value) {
-    m_appearance = value;
-    m_store.setValue(Key::appearance, rawValue(value));
-    emit appearanceChanged(value);
+    write(m_appearance, value, Key::appearance, rawValue(value), &AppSettings::appearanceChanged);
 }
 
 void AppSettings::setKeypadSize(KeypadSizeSetting value) {
-    m_keypadSize = value;
-    m_store.setValue(Key::keypadSize, rawValue(value));
-    emit keypadSizeChanged(value);
-    post(Notification::keypadSizeChanged);
+    write(m_keypadSize, value, Key::keypadSize, rawValue(value), &AppSettings::keypadSizeChanged,
+          Notification::keypadSizeChanged);
 }
 
 void AppSettings::setTextSize(TextSizeSetting value) {
-    m_textSize = value;
-    m_store.setValue(Key::textSize, rawValue(value));
-    emit textSizeChanged(value);
+    write(m_textSize, value, Key::textSize, rawValue(value), &AppSettings::textSizeChanged);
 }
 
 void AppSettings::setResultColumnWidth(double width) {
-    m_resultColumnWidth = clampWidth(std::isfinite(width) ? width : defaultResultColumnWidth);
-    m_store.setValue(Key::resultColumnWidth, m_resultColumnWidth);
-    post(Notification::resultWidthChanged);
+    const double clamped = clampWidth(std::isfinite(width) ? width : defaultResultColumnWidth);
+    write(m_resultColumnWidth, clamped, Key::resultColumnWidth, clamped, noSignal,
+          Notification::resultWidthChanged);
 }
 
 void AppSettings::setMaxFractionDigits(int digits) {
-    m_maxFractionDigits = digits;
-    m_store.setValue(Key::maxFractionDigits, digits);
     ValueFormatter::setMaxFractionDigits(digits);
-    emit maxFractionDigitsChanged(digits);
+    write(m_maxFractionDigits, digits, Key::maxFractionDigits, digits,
+          &AppSettings::maxFractionDigitsChanged);
 }
 
 void AppSettings::setAngle(AngleSetting value) {
-    m_angle = value;
-    m_store.setValue(Key::angle, rawValue(value));
     AngleMode::setDegrees(value == AngleSetting::degrees);
-    emit angleChanged(value);
+    write(m_angle, value, Key::angle, rawValue(value), &AppSettings::angleChanged);
 }
 
 void AppSettings::setSheetListStyle(SheetListStyle value) {
-    m_sheetListStyle = value;
-    m_store.setValue(Key::sheetListStyle, rawValue(value));
-    emit sheetListStyleChanged(value);
+    write(m_sheetListStyle, value, Key::sheetListStyle, rawValue(value), &AppSettings::sheetListStyleChanged);
 }
 
 void AppSettings::setShowsNamedValues(bool shows) {
-    m_showsNamedValues = shows;
-    m_store.setValue(Key::showsNamedValues, shows);
-    emit showsNamedValuesChanged(shows);
+    write(m_showsNamedValues, shows, Key::showsNamedValues, shows, &AppSettings::showsNamedValuesChanged);
 }
 
 void AppSettings::setSyntaxColors(const QMap<QString, QString>& colors) {
-    m_syntaxColors = colors;
     QVariantMap stored;
     for (auto it = colors.cbegin(); it != colors.cend(); ++it)
         stored.insert(it.key(), it.value());
-    m_store.setValue(Key::syntaxColors, stored);
-    emit syntaxColorsChanged();
-    post(Notification::syntaxColorsChanged);
+    write(m_syntaxColors, colors, Key::syntaxColors, stored, &AppSettings::syntaxColorsChanged,
+          Notification::syntaxColorsChanged);
 }
 
 void AppSettings::setKeypadSide(KeypadSide value) {
-    m_keypadSide = value;
-    m_store.setValue(Key::keypadSide, rawValue(value));
-    emit keypadSideChanged(value);
+    write(m_keypadSide, value, Key::keypadSide, rawValue(value), &AppSettings::keypadSideChanged);
 }
 
 void AppSettings::setGroupsDigits(bool groups) {
-    m_groupsDigits = groups;
-    m_store.setValue(Key::groupsDigits, groups);
-    emit groupsDigitsChanged(groups);
+    write(m_groupsDigits, groups, Key::groupsDigits, groups, &AppSettings::groupsDigitsChanged);
 }
 
 void AppSettings::setHapticFeedback(bool enabled) {
-    m_hapticFeedback = enabled;
-    m_store.setValue(Key::hapticFeedback, enabled);
-    emit hapticFeedbackChanged(enabled);
+    write(m_hapticFeedback, enabled, Key::hapticFeedback, enabled, &AppSettings::hapticFeedbackChanged);
 }
 
 void AppSettings::setLanguage(AppLanguage language) {
-    m_language = language;
-    m_store.setValue(Key::language, QString::fromStdString(std::string(lumo::rawValue(language))));
     L10n::setCurrent(language);
-    emit languageChanged(language);
-    post(Notification::languageChanged);
+    write(m_language, language, Key::language, QString::fromStdString(std::string(lumo::rawValue(language))),
+          &AppSettings::languageChanged, Notification::languageChanged);
 }
 
 void AppSettings::acceptTerms() {
-    m_acceptedTermsVersion = currentTermsVersion;
-    m_store.setValue(Key::acceptedTermsVersion, currentTermsVersion);
-    emit acceptedTermsVersionChanged(currentTermsVersion);
+    write(m_acceptedTermsVersion, int(currentTermsVersion), Key::acceptedTermsVersion, currentTermsVersion,
+          &AppSettings::acceptedTermsVersionChanged);
 }
 
 void AppSettings::setCloudFolder(const QString& folder) {
-    m_cloudFolder = folder;
-    m_store.setValue(Key::cloudFolder, folder);
+    write(m_cloudFolder, folder, Key::cloudFolder, folder, noSignal);
 }
 
 KeyLayouts AppSettings::keyLayouts() const {

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <cstddef>
 #include <optional>
 
 #include "LumoKit/base/Language.h"
@@ -133,6 +134,10 @@ private:
     void load();
     void pushIntoEngine() const;
     void post(const char* name);
+    static constexpr std::nullptr_t noSignal = nullptr;
+    template <typename Value, typename Signal>
+    void write(Value& field, Value value, const char* key, const QVariant& stored, Signal changed,
+               const char* notification = nullptr);
 
     QSettings& m_store;
     QPointer<NotificationCenter> m_notifications;

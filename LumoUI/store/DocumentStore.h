@@ -6,20 +6,19 @@
 #include <QString>
 #include <QStringList>
 
-#include <chrono>
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "LumoKit/document/Document.h"
-#include "LumoKit/document/SheetHistory.h"
-#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/document/ThreeWayMerge.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
+#include "LumoUI/store/EditableDocument.h"
+#include "LumoUI/store/KeyLayoutBridge.h"
+#include "LumoUI/store/ResultRouter.h"
 #include "LumoUI/store/SheetSession.h"
+#include "LumoUI/store/StoreOptions.h"
 #include "LumoUI/store/UndoCenter.h"
 
 namespace lumo {
@@ -31,36 +30,17 @@ class NotificationCenter;
 /// the sheets that windows show, records undo history, saves shortly after every change and
 /// merges the copies that arrive from other devices through the cloud folder.
 ///
-/// Key layouts: the keypad keeps them in settings ("lumo.keyLayout.<kind>" and
-/// "lumo.keyLayout.updatedAt") and posts "lumo.keyLayoutChanged". The store then compares the
-/// change times: newer layouts in settings are copied into the document, newer layouts in the
-/// document (from another device) are written to settings and announced with the same
-/// notification, which the store then finds already in step.
+/// The work is shared out: EditableDocument dates each edit and keeps the undo histories,
+/// ResultRouter evaluates the shown sheets and hands each session its results, and
+/// KeyLayoutBridge keeps the keypad's layouts in settings and in the document in step.
 class DocumentStore : public QObject {
     Q_OBJECT
 
 public:
-    enum class Source {
-        file,    ///< the local file, or the starter document when there is none
-        sample,  ///< in memory with the sample document ("-lumoFixture")
-        starter, ///< in memory with the starter document ("-lumoStarter")
-    };
+    using Source = StoreSource;
+    using Options = DocumentStoreOptions;
 
-    struct Options {
-        Source source = Source::file;
-        /// The folder of the local "document.json"; empty when nothing is saved locally.
-        QString storageDirectory;
-        /// The folder kept in step by a sync client; empty when there is no cloud copy.
-        QString cloudFolder;
-        std::chrono::milliseconds saveDelay = DocumentPersistence::defaultSaveDelay;
-        std::chrono::milliseconds mergeDelay = DocumentPersistence::defaultMergeDelay;
-        /// The store's notion of now; the system clock when empty.
-        std::function<Timestamp()> clock;
-    };
-
-    /// The application's options: the launch arguments choose the source, the local file lives
-    /// in the user's data folder under "Lumo", and the cloud folder is LUMO_CLOUD_DIR when set,
-    /// otherwise the "lumo.cloudFolder" setting.
+    /// The application's options; see storeOptionsForLaunch().
     static Options optionsForLaunch(const QStringList& arguments, const AppSettings* settings);
     static QString defaultStorageDirectory();
 
@@ -72,10 +52,10 @@ public:
     /// Saves pending changes synchronously.
     ~DocumentStore() override;
 
-    const LumoDocument& document() const { return m_document; }
+    const LumoDocument& document() const { return m_edits.document(); }
     /// The results of the sheet the active session shows (the selected sheet without one).
-    const std::vector<LineResult>& results() const { return m_results; }
-    bool usingStarterDocument() const { return m_usingStarterDocument; }
+    const std::vector<LineResult>& results() const;
+    bool usingStarterDocument() const { return m_edits.isUntouchedStarter(); }
     /// The local "document.json"; empty for an in-memory store or without a storage folder.
     QString storageURL() const;
     const std::optional<QByteArray>& lastSyncedData() const;
@@ -114,7 +94,7 @@ public:
 
     void registerSession(SheetSession* session);
     void setActiveSession(SheetSession* session);
-    SheetSession* activeSession() const { return m_activeSession; }
+    SheetSession* activeSession() const;
     void showSheet(SheetSession* session, const Uuid& sheetID);
 
     /// Writes pending changes at once; the application calls it when it quits.
@@ -132,49 +112,31 @@ signals:
     void remoteChecked();
 
 private:
-    // A time stamp for a change: later than every time in the document, even when another
-    // device's clock is ahead of this one's.
-    Timestamp now() const;
+    Timestamp now() const { return m_edits.now(); }
     // The sheet an edit meant: a sheet that a merge removed as a duplicate lives on in its twin.
     Uuid resolved(const Uuid& id) const;
-    SheetHistory::TimePoint historyTime() const;
-    Sheet* findSheet(const Uuid& id);
-    int indexOf(const Uuid& id) const;
-    SheetHistory& history(const Sheet& sheet);
-    QList<SheetSession*> liveSessions() const;
-
-    void applyContent(Sheet& sheet, SheetSnapshot snapshot);
-    Sheet* activeSheet();
-    void restore(Sheet& target, std::optional<SheetSnapshot> snapshot);
+    std::optional<Uuid> activeSheetID() const;
     void changed();
     void scheduleSave();
-    std::vector<LineResult> evaluate(const Uuid& sheetID) const;
     void refreshResults();
     void refreshUndoAvailability();
     void repairSessions();
     void showInActiveSession(const Uuid& sheetID);
-    Sheet makeEmptySheet(std::string name) const;
 
     void observeNotifications();
     void mergeRemote(const RemoteCopies& copies);
     void languageChanged();
     void reconcileKeyLayouts();
 
-    std::function<Timestamp()> m_clock;
-    mutable HybridClock m_hybridClock;
+    EditableDocument m_edits;
     std::unordered_map<Uuid, Uuid> m_twins;
-    LumoDocument m_document;
-    std::vector<LineResult> m_results;
+    ResultRouter* m_router = nullptr;
+    KeyLayoutBridge m_keyLayouts;
     DocumentPersistence* m_persistence = nullptr;
     QPointer<NotificationCenter> m_notifications;
     QPointer<UndoCenter> m_undoCenter;
-    QPointer<AppSettings> m_settings;
-    bool m_usingStarterDocument = false;
-    std::unordered_map<Uuid, SheetHistory> m_histories;
     std::optional<std::string> m_clearSheetPrompt;
     std::optional<Uuid> m_pendingClearSheetID;
-    QList<QPointer<SheetSession>> m_sessions;
-    QPointer<SheetSession> m_activeSession;
 };
 
 } // namespace lumo

@@ -37,6 +37,7 @@ signals:
 
 private:
     friend class DocumentStore;
+    friend class ResultRouter;
     void assignSheet(std::optional<Uuid> sheetID);
     void assignResults(std::vector<LineResult> results);
 

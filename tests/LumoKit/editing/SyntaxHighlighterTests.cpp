@@ -79,33 +79,3 @@ TEST(SyntaxHighlighter, KindsAndTitles) {
     EXPECT_EQ(title(SyntaxKind::name), "Named values");
     L10n::setCurrent(AppLanguage::system);
 }
-
-TEST(SyntaxHighlighter, HexColors) {
-    struct Case {
-        const char* text;
-        std::optional<std::uint32_t> expected;
-    };
-    const Case cases[] = {
-        {" #0e8a64 ", 0x0E8A64FF},  {"B4551A", 0xB4551AFF},     {"#0E8A6", std::nullopt},
-        {"#0E8A64F", std::nullopt}, {"##0E8A64", std::nullopt}, {"#0E8G64", std::nullopt},
-        {"", std::nullopt},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(HexColor::parse(c.text), c.expected) << c.text;
-    EXPECT_EQ(HexColor::format(0x0E8A6400), "#0E8A64");
-    EXPECT_EQ(HexColor::components(0xFF0033FF), (HexColor::Components{1.0, 0.0, 0.2, 1.0}));
-}
-
-TEST(SyntaxHighlighter, ThemeColors) {
-    SyntaxColorOverrides none;
-    EXPECT_EQ(Theme::color(SyntaxKind::number, Appearance::light, none), 0x1B1A18FFu);
-    EXPECT_EQ(Theme::color(SyntaxKind::number, Appearance::dark, none), 0xE9E9ECFFu);
-
-    SyntaxColorOverrides user{
-        {"quoted.light", " #0e8a64 "}, {"quoted.dark", "#12345"}, {"number", "#FFFFFF"}};
-    EXPECT_EQ(Theme::color(SyntaxKind::quoted, Appearance::light, user), 0x0E8A64FFu);
-    // Unreadable or misnamed entries fall back to the defaults.
-    EXPECT_EQ(Theme::color(SyntaxKind::quoted, Appearance::dark, user), 0xE8A15FFFu);
-    EXPECT_EQ(Theme::color(SyntaxKind::number, Appearance::dark, user), 0xE9E9ECFFu);
-    EXPECT_EQ(Theme::colorKey(SyntaxKind::operatorMark, Appearance::dark), "operatorMark.dark");
-}

@@ -17,6 +17,7 @@
 #include <set>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/store/DocumentStore.h"
 
@@ -216,7 +217,8 @@ TEST_F(TwoDevices, TheStartUpSaveDoesNotReplaceTheCloudCopyUnread) {
     ASSERT_TRUE(waitUntil([&] {
         return holdsText(a.document(), "from elsewhere") && holdsText(cloud.document(), "from elsewhere") &&
                a.document().sheets.size() == 3;
-    })) << summaryForDebug(a.document()) << " | cloud " << summaryForDebug(cloud.document());
+    })) << summaryForDebug(a.document())
+        << " | cloud " << summaryForDebug(cloud.document());
 }
 
 TEST_F(TwoDevices, PerDeviceSelectionCausesNoExchangeOfWrites) {
@@ -257,12 +259,16 @@ TEST_F(TwoDevices, EditsOfOneSheetInTheSameInstantConvergeKeepingBothTexts) {
 
 TEST_F(TwoDevices, EditsOfOneSheetMadeApartWithoutSeeingEachOtherKeepBothTexts) {
     startBoth(Delays{200ms, 30ms});
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | " << summaryForDebug(b.document()) << " | cloud " << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
+                          << summaryForDebug(b.document()) << " | cloud "
+                          << summaryForDebug(cloud.document());
     a.seconds += 10;
     a.store->updateText(sheetX, "1\nfrom a\n");
     b.seconds += 11;
     b.store->updateText(sheetX, "1\nfrom b\n");
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | " << summaryForDebug(b.document()) << " | cloud " << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
+                          << summaryForDebug(b.document()) << " | cloud "
+                          << summaryForDebug(cloud.document());
     EXPECT_TRUE(holdsText(b.document(), "from a"));
     EXPECT_TRUE(holdsText(b.document(), "from b"));
 }

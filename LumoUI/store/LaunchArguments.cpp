@@ -1,0 +1,33 @@
+#include "LumoUI/store/LaunchArguments.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+#include "LumoUI/settings/AppSettings.h"
+
+namespace lumo {
+
+DocumentStoreOptions storeOptionsForLaunch(const QStringList& arguments, const AppSettings* settings) {
+    DocumentStoreOptions options;
+    if (arguments.contains(QLatin1String("-lumoFixture"))) {
+        options.source = StoreSource::sample;
+        return options;
+    }
+    if (arguments.contains(QLatin1String("-lumoStarter"))) {
+        options.source = StoreSource::starter;
+        return options;
+    }
+    options.storageDirectory = defaultStorageDirectory();
+    if (qEnvironmentVariableIsSet("LUMO_CLOUD_DIR"))
+        options.cloudFolder = qEnvironmentVariable("LUMO_CLOUD_DIR");
+    else if (settings)
+        options.cloudFolder = settings->cloudFolder();
+    return options;
+}
+
+QString defaultStorageDirectory() {
+    const QString base = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return base.isEmpty() ? QString() : QDir(base).filePath(QStringLiteral("Lumo"));
+}
+
+} // namespace lumo
