@@ -49,18 +49,22 @@ std::string padLeft(const std::string& text, std::size_t width) {
     return shown >= width ? text : std::string(width - shown, ' ') + text;
 }
 
-std::string formatRangeEnd(double value) {
-    return ValueFormatter::formatNumber(value, Grouping::none);
+std::string formatRangeEnd(double value, const EvaluationOptions& options) {
+    return ValueFormatter::formatNumber(value, options, Grouping::none);
 }
 
-std::string plotSummary(const PlotSpec& plot) {
+std::string plotSummary(const PlotSpec& plot, const EvaluationOptions& options) {
     std::string summary = std::string("[") + plotKindWord(plot.kind) + "]";
     if (plot.kind == PlotSpec::Kind::bars)
         return summary + " " + std::to_string(plot.bars.size()) + " bars";
-    summary += " x " + formatRangeEnd(plot.xRange.low) + "…" + formatRangeEnd(plot.xRange.high);
-    summary += ", y " + formatRangeEnd(plot.yRange.low) + "…" + formatRangeEnd(plot.yRange.high);
-    if (plot.zRange)
-        summary += ", z " + formatRangeEnd(plot.zRange->low) + "…" + formatRangeEnd(plot.zRange->high);
+    summary +=
+        " x " + formatRangeEnd(plot.xRange.low, options) + "…" + formatRangeEnd(plot.xRange.high, options);
+    summary +=
+        ", y " + formatRangeEnd(plot.yRange.low, options) + "…" + formatRangeEnd(plot.yRange.high, options);
+    if (plot.zRange) {
+        summary += ", z " + formatRangeEnd(plot.zRange->low, options) + "…" +
+                   formatRangeEnd(plot.zRange->high, options);
+    }
     return summary;
 }
 
@@ -124,7 +128,7 @@ std::vector<std::string> sketchCurve(const PlotSpec& plot) {
     return rows;
 }
 
-std::vector<std::string> sketchBars(const PlotSpec& plot) {
+std::vector<std::string> sketchBars(const PlotSpec& plot, const EvaluationOptions& options) {
     std::size_t labelWidth = 0;
     for (const auto& bar : plot.bars)
         labelWidth = std::max(labelWidth, unicode::displayWidth(bar.label));
@@ -142,7 +146,7 @@ std::vector<std::string> sketchBars(const PlotSpec& plot) {
         for (std::size_t i = 0; i < length; ++i)
             drawn += bar.value < 0 ? "░" : "█";
         rows.push_back(padLeft(bar.label, labelWidth) + " " + drawn + " " +
-                       ValueFormatter::formatNumber(bar.value, Grouping::grouped));
+                       ValueFormatter::formatNumber(bar.value, options, Grouping::grouped));
     }
     return rows;
 }
@@ -164,14 +168,14 @@ std::vector<std::string> sketchSurface(const PlotSpec& plot) {
 
 } // namespace
 
-std::string answerText(const LineResult& result, Grouping grouping) {
+std::string answerText(const LineResult& result, const EvaluationOptions& options, Grouping grouping) {
     switch (result.outcome.kind) {
     case LineOutcome::Kind::value:
-        return ValueFormatter::format(result.outcome.value, grouping);
+        return ValueFormatter::format(result.outcome.value, options, grouping);
     case LineOutcome::Kind::failure:
         return result.outcome.message;
     case LineOutcome::Kind::plot:
-        return plotSummary(result.outcome.plot);
+        return plotSummary(result.outcome.plot, options);
     case LineOutcome::Kind::blank:
     case LineOutcome::Kind::comment:
         return "";
@@ -179,20 +183,20 @@ std::string answerText(const LineResult& result, Grouping grouping) {
     return "";
 }
 
-std::vector<std::string> sketchPlot(const PlotSpec& plot) {
+std::vector<std::string> sketchPlot(const PlotSpec& plot, const EvaluationOptions& options) {
     switch (plot.kind) {
     case PlotSpec::Kind::curve:
         return sketchCurve(plot);
     case PlotSpec::Kind::bars:
-        return sketchBars(plot);
+        return sketchBars(plot, options);
     case PlotSpec::Kind::surface:
         return sketchSurface(plot);
     }
     return {};
 }
 
-void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, Grouping grouping, Colour colour,
-               Headings headings) {
+void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
+               Grouping grouping, Colour colour, Headings headings) {
     const char* red = colour == Colour::on ? "\x1b[31m" : "";
     const char* dim = colour == Colour::on ? "\x1b[2m" : "";
     const char* bold = colour == Colour::on ? "\x1b[1m" : "";
@@ -209,12 +213,13 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, Gro
         std::size_t answerColumn = 0;
         for (const auto& result : sheet.results) {
             if (result.outcome.kind != LineOutcome::Kind::failure)
-                answerColumn = std::max(answerColumn, unicode::displayWidth(answerText(result, grouping)));
+                answerColumn =
+                    std::max(answerColumn, unicode::displayWidth(answerText(result, options, grouping)));
         }
         for (std::size_t i = 0; i < sheet.lines.size(); ++i) {
             const auto& line = sheet.lines[i];
             const auto& result = sheet.results[i];
-            std::string answer = answerText(result, grouping);
+            std::string answer = answerText(result, options, grouping);
             if (answer.empty()) {
                 out << (result.outcome.kind == LineOutcome::Kind::comment ? dim : "") << line
                     << (result.outcome.kind == LineOutcome::Kind::comment ? reset : "") << "\n";
@@ -228,14 +233,15 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, Gro
                 out << line << gap << padLeft(answer, answerColumn) << "\n";
             }
             if (result.outcome.kind == LineOutcome::Kind::plot) {
-                for (const auto& row : sketchPlot(result.outcome.plot))
+                for (const auto& row : sketchPlot(result.outcome.plot, options))
                     out << "    " << dim << row << reset << "\n";
             }
         }
     }
 }
 
-void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, Grouping grouping) {
+void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
+                    const EvaluationOptions& options, Grouping grouping) {
     for (const auto& sheet : sheets) {
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];
@@ -246,7 +252,7 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
             json["name"] = result.name ? nlohmann::ordered_json(*result.name) : nlohmann::ordered_json();
             switch (result.outcome.kind) {
             case LineOutcome::Kind::value:
-                json["answer"] = ValueFormatter::format(result.outcome.value, grouping);
+                json["answer"] = ValueFormatter::format(result.outcome.value, options, grouping);
                 break;
             case LineOutcome::Kind::failure:
                 json["message"] = result.outcome.message;

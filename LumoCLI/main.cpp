@@ -36,7 +36,7 @@ bool colourWanted() {
     return isatty(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr;
 }
 
-int run(const CliOptions& options) {
+int run(const CliOptions& options, const EvaluationOptions& evaluation) {
     std::vector<InputSheet> sheets;
     try {
         sheets = loadSheets(options, std::cin);
@@ -59,14 +59,14 @@ int run(const CliOptions& options) {
         if (options.sheet && sheets[i].name != *options.sheet)
             continue;
         evaluated.push_back({sheets[i].name, unicode::splitLines(sheets[i].text),
-                             DocumentEvaluator::evaluate(sheets[i].text, othersThan(sheets, i))});
+                             DocumentEvaluator::evaluate(sheets[i].text, othersThan(sheets, i), evaluation)});
     }
 
     Grouping grouping = options.grouping ? Grouping::grouped : Grouping::none;
     if (options.format == OutputFormat::jsonLines) {
-        writeJsonLines(std::cout, evaluated, grouping);
+        writeJsonLines(std::cout, evaluated, evaluation, grouping);
     } else {
-        writeText(std::cout, evaluated, grouping, colourWanted() ? Colour::on : Colour::off,
+        writeText(std::cout, evaluated, evaluation, grouping, colourWanted() ? Colour::on : Colour::off,
                   evaluated.size() > 1 ? Headings::on : Headings::off);
     }
     std::cout.flush();
@@ -93,5 +93,5 @@ int main(int argc, char** argv) {
         return 0;
     }
     applyEngineSettings(options);
-    return run(options);
+    return run(options, EvaluationOptions::current());
 }

@@ -64,7 +64,7 @@ void evaluateTypicalLine(benchmark::State& state) {
     const auto& line = typicalLines()[static_cast<std::size_t>(state.range(0))];
     for (auto _ : state) {
         auto statement = parseStatement(line);
-        benchmark::DoNotOptimize(Evaluator().evaluate(*statement.expr));
+        benchmark::DoNotOptimize(Evaluator(EvaluationOptions{}).evaluate(*statement.expr));
     }
     state.SetLabel(line);
 }
@@ -74,7 +74,7 @@ void evaluateNamedLine(benchmark::State& state) {
     NamesContext context;
     for (auto _ : state) {
         auto statement = parseStatement("total = price × qty + 10%");
-        benchmark::DoNotOptimize(Evaluator(&context).evaluate(*statement.expr));
+        benchmark::DoNotOptimize(Evaluator(EvaluationOptions{}, &context).evaluate(*statement.expr));
     }
 }
 BENCHMARK(evaluateNamedLine);
@@ -82,7 +82,7 @@ BENCHMARK(evaluateNamedLine);
 void formatAnswer(benchmark::State& state) {
     Value value = Value::plain(1234567.891);
     for (auto _ : state)
-        benchmark::DoNotOptimize(ValueFormatter::format(value, Grouping::grouped));
+        benchmark::DoNotOptimize(ValueFormatter::format(value, EvaluationOptions{}, Grouping::grouped));
 }
 BENCHMARK(formatAnswer);
 
@@ -128,7 +128,7 @@ void evaluateSheet(benchmark::State& state) {
     std::string text = representativeSheet(static_cast<int>(state.range(0)));
     std::vector<SharedSheet> others{{"Library", "def double(v):\n    return v × 2\n"}};
     for (auto _ : state)
-        benchmark::DoNotOptimize(DocumentEvaluator::evaluate(text, others));
+        benchmark::DoNotOptimize(DocumentEvaluator::evaluate(text, others, EvaluationOptions{}));
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 BENCHMARK(evaluateSheet)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosecond);
@@ -136,7 +136,7 @@ BENCHMARK(evaluateSheet)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicr
 void plotLine(benchmark::State& state) {
     const char* line = state.range(0) == 0 ? "plot(x^2 - 3x)" : "plot(sin(x) * cos(y))";
     for (auto _ : state)
-        benchmark::DoNotOptimize(DocumentEvaluator::evaluate(line, {}));
+        benchmark::DoNotOptimize(DocumentEvaluator::evaluate(line, {}, EvaluationOptions{}));
     state.SetLabel(state.range(0) == 0 ? "curve, 241 points" : "surface, 441 points");
 }
 BENCHMARK(plotLine)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
@@ -144,7 +144,8 @@ BENCHMARK(plotLine)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 // The worst case: an endless loop must stop at the run budget (0.15 s) plus a little.
 void endlessLoop(benchmark::State& state) {
     for (auto _ : state)
-        benchmark::DoNotOptimize(DocumentEvaluator::evaluate("n = 0\nwhile True:\n    n = n + 1\n", {}));
+        benchmark::DoNotOptimize(
+            DocumentEvaluator::evaluate("n = 0\nwhile True:\n    n = n + 1\n", {}, EvaluationOptions{}));
 }
 BENCHMARK(endlessLoop)->Unit(benchmark::kMillisecond)->Iterations(5);
 

@@ -16,8 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     // A smaller budget than the editor's keeps each run short, so the fuzzer tries more inputs;
     // the limits are enforced by the same code either way.
+    // The length picks the options, so that both languages and angle units are exercised.
+    lumo::EvaluationOptions options;
+    options.language = size % 2 == 0 ? lumo::Language::japanese : lumo::Language::english;
+    options.angles = size % 4 < 2 ? lumo::AngleUnit::radians : lumo::AngleUnit::degrees;
     auto lines = lumo::unicode::splitLines(text);
-    auto results = lumo::ProgramRunner(lines, others, lumo::BudgetLimits{20000, 40, 0.01}).run();
+    auto results = lumo::ProgramRunner(lines, others, options, lumo::BudgetLimits{20000, 40, 0.01}).run();
     if (results.size() != lines.size())
         std::abort();
     return 0;

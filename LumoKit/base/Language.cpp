@@ -70,6 +70,10 @@ bool L10n::isEnglish() {
     return !resolvesToJapanese(current());
 }
 
+Language L10n::resolved() {
+    return isEnglish() ? Language::english : Language::japanese;
+}
+
 std::string L10n::pick(std::string_view japanese, std::string_view english) {
     return std::string(isEnglish() ? english : japanese);
 }

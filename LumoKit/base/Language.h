@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -9,17 +8,8 @@
 
 namespace lumo {
 
-/// The engine's only error: one message, already in the language in force when it was made.
-class CalcError : public std::exception {
-public:
-    explicit CalcError(std::string message) : m_message(std::move(message)) {}
-
-    const std::string& message() const noexcept { return m_message; }
-    const char* what() const noexcept override { return m_message.c_str(); }
-
-private:
-    std::string m_message;
-};
+/// A language texts are shown in: the interface language setting, resolved.
+enum class Language { japanese, english };
 
 /// The interface language setting. Raw values are "system", "japanese" and "english".
 enum class AppLanguage { system, japanese, english };
@@ -40,6 +30,8 @@ struct L10n {
 
     /// True when English texts are to be shown. Evaluated anew at every call.
     static bool isEnglish();
+    /// The language texts are shown in now: the setting resolved with the preferred languages.
+    static Language resolved();
 
     /// Chooses between a Japanese and an English text by the language in force.
     static std::string pick(std::string_view japanese, std::string_view english);

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 
 namespace lumo {
 
@@ -53,7 +54,7 @@ std::vector<Uuid> mergedOrder(const std::vector<Sheet>& primary, const std::vect
 }
 
 Sheet replacementSheet(Timestamp now) {
-    return Sheet{Uuid::random(), L10n::pick("新しいシート", "New Sheet"), "", now, {}};
+    return Sheet{Uuid::random(), Message(MessageKind::newSheetName).text(L10n::resolved()), "", now, {}};
 }
 
 std::string contentKey(const Sheet& sheet) {

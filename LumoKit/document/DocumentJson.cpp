@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 
 namespace lumo {
 
@@ -66,15 +67,14 @@ namespace {
 
 constexpr int maximumNestingDepth = 64;
 
-[[noreturn]] void failDecoding(const std::string& japaneseDetail, const std::string& englishDetail) {
-    throw DocumentDecodeError(L10n::pick("文書ファイルを読み込めません: " + japaneseDetail,
-                                         "The document file can’t be read: " + englishDetail));
+// Decoding happens outside any run, so its messages are in the interface's language.
+[[noreturn]] void failDecoding(Message detail) {
+    throw DocumentDecodeError(
+        Message(MessageKind::documentUnreadable, {std::move(detail)}).text(L10n::resolved()));
 }
 
-[[noreturn]] void failWrongType(const std::string& path, const std::string& japaneseKind,
-                                const std::string& englishKind) {
-    failDecoding("「" + path + "」は" + japaneseKind + "でなければなりません",
-                 "“" + path + "” must be " + englishKind);
+[[noreturn]] void failWrongType(const std::string& path, MessageKind expected) {
+    failDecoding({MessageKind::documentWrongType, {path, expected}});
 }
 
 // nlohmann's parser keeps its own stack, but values nested thousands deep still cost
@@ -95,9 +95,7 @@ void rejectDeepNesting(std::string_view bytes) {
             inString = true;
         } else if (c == '[' || c == '{') {
             if (++depth > maximumNestingDepth)
-                failDecoding("入れ子が " + std::to_string(maximumNestingDepth) + " 段を超えています",
-                             "it is nested more than " + std::to_string(maximumNestingDepth) +
-                                 " levels deep");
+                failDecoding({MessageKind::documentTooDeep, {std::to_string(maximumNestingDepth)}});
         } else if (c == ']' || c == '}') {
             --depth;
         }
@@ -108,33 +106,33 @@ json parseJson(std::string_view bytes) {
     rejectDeepNesting(bytes);
     json value = json::parse(bytes.begin(), bytes.end(), nullptr, false);
     if (value.is_discarded())
-        failDecoding("正しい UTF-8 の JSON ではありません", "it is not valid JSON in UTF-8");
+        failDecoding(MessageKind::documentNotJson);
     return value;
 }
 
 const json& requireObject(const json& value, const std::string& path) {
     if (!value.is_object())
-        failWrongType(path, "オブジェクト", "an object");
+        failWrongType(path, MessageKind::anObject);
     return value;
 }
 
 const json& requireKey(const json& object, const std::string& key, const std::string& path) {
     const auto entry = object.find(key);
     if (entry == object.end())
-        failDecoding("「" + path + "」がありません", "“" + path + "” is missing");
+        failDecoding({MessageKind::documentKeyMissing, {path}});
     return *entry;
 }
 
 std::string readString(const json& value, const std::string& path) {
     if (!value.is_string())
-        failWrongType(path, "文字列", "a string");
+        failWrongType(path, MessageKind::aString);
     return value.get<std::string>();
 }
 
 Timestamp readDate(const json& value, const std::string& path) {
     const auto date = value.is_string() ? parseIso8601(value.get_ref<const std::string&>()) : std::nullopt;
     if (!date)
-        failWrongType(path, "2025-01-31T09:15:00Z の形の日付", "a date like 2025-01-31T09:15:00Z");
+        failWrongType(path, MessageKind::aDate);
     return *date;
 }
 
@@ -142,7 +140,7 @@ Uuid readUuid(const json& value, const std::string& path) {
     const auto uuid =
         value.is_string() ? Uuid::fromString(value.get_ref<const std::string&>()) : std::nullopt;
     if (!uuid)
-        failWrongType(path, "UUID", "a UUID");
+        failWrongType(path, MessageKind::aUuid);
     return *uuid;
 }
 
@@ -158,12 +156,12 @@ std::int64_t readInteger(const json& value, const std::string& path) {
         if (std::floor(number) == number && number >= -int64Limit && number < int64Limit)
             return static_cast<std::int64_t>(number);
     }
-    failWrongType(path, "整数", "an integer");
+    failWrongType(path, MessageKind::anInteger);
 }
 
 const json& requireArray(const json& value, const std::string& path) {
     if (!value.is_array())
-        failWrongType(path, "配列", "an array");
+        failWrongType(path, MessageKind::anArray);
     return value;
 }
 

@@ -6,7 +6,7 @@
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Lexer.h"
-#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Units.h"
 
 namespace lumo {

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/values/Units.h"
 
@@ -264,19 +264,15 @@ double japaneseFactor(std::string_view c) {
 // ---------------------------------------------------------------------------------------------
 
 [[noreturn]] void failUnusableCharacter(std::string_view c) {
-    std::string japanese = "「" + std::string(c) + "」は使えない文字です";
-    std::string english = "The character “" + std::string(c) + "” can’t be used";
-    throw CalcError(L10n::pick(japanese, english));
+    throw CalcError(MessageKind::unusableCharacter, {std::string(c)});
 }
 
 [[noreturn]] void failNumberTooLarge() {
-    throw CalcError(L10n::pick("数が大きすぎます", "The number is too large"));
+    throw CalcError(MessageKind::numberTooLarge);
 }
 
 [[noreturn]] void failUnclosedText(std::string_view quote) {
-    std::string japanese = "文字の終わりの " + std::string(quote) + " がありません";
-    std::string english = "Missing closing " + std::string(quote);
-    throw CalcError(L10n::pick(japanese, english));
+    throw CalcError(MessageKind::unclosedText, {std::string(quote)});
 }
 
 // ---------------------------------------------------------------------------------------------

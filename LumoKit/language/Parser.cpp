@@ -30,7 +30,7 @@
 #include <iterator>
 #include <new>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/values/Units.h"
 
 namespace lumo {
@@ -39,20 +39,20 @@ namespace {
 
 using Kind = Token::Kind;
 
-[[noreturn]] void fail(std::string_view japanese, std::string_view english) {
-    throw CalcError(L10n::pick(japanese, english));
+[[noreturn]] void fail(MessageKind kind) {
+    throw CalcError(kind);
 }
 
 [[noreturn]] void failTooDeep() {
-    fail("式の入れ子が深すぎます", "The expression is nested too deeply");
+    fail(MessageKind::nestedTooDeeply);
 }
 
 [[noreturn]] void failMissingCallParen(const std::string& name) {
-    fail(name + "( の閉じ括弧がありません", "Missing ) to close " + name + "(");
+    throw CalcError(MessageKind::missingCallParenthesis, {name});
 }
 
 [[noreturn]] void failMisplacedOperator(const std::string& op) {
-    fail("「" + op + "」の使い方が正しくありません", "“" + op + "” isn’t used correctly here");
+    throw CalcError(MessageKind::misplacedOperator, {op});
 }
 
 // Compared character by character rather than through memcmp: every level of the grammar asks
@@ -252,10 +252,10 @@ Statement Parser::parseStatement() {
         advance();
     }
     if (atEnd())
-        fail("式がありません", "There’s no expression");
+        fail(MessageKind::noExpression);
     statement.expr = parseExpression();
     if (!atEnd())
-        fail("式の書き方が正しくありません", "This expression isn’t written correctly");
+        fail(MessageKind::badExpression);
     return statement;
 }
 
@@ -410,7 +410,7 @@ ExprPtr Parser::parsePostfix() {
             NestingScope nesting(m_depth);
             ExprPtr position = parseConversion();
             if (current().kind != Kind::rbracket)
-                fail("] がありません", "Missing ]");
+                fail(MessageKind::missingBracket);
             advance();
             e = makeExpr(expr::Index{std::move(e), std::move(position)});
         } else {
@@ -455,20 +455,20 @@ ExprPtr Parser::parsePrimary() {
         NestingScope nesting(m_depth);
         ExprPtr inner = parseConversion();
         if (current().kind != Kind::rparen)
-            fail("閉じ括弧がありません", "Missing closing parenthesis");
+            fail(MessageKind::missingClosingParenthesis);
         advance();
         return inner;
     }
     case Kind::lbracket:
         return parseList();
     case Kind::rparen:
-        fail("対応する開き括弧がありません", "No matching opening parenthesis");
+        fail(MessageKind::noOpeningParenthesis);
     case Kind::rbracket:
-        fail("対応する [ がありません", "No matching [");
+        fail(MessageKind::noOpeningBracket);
     case Kind::comma:
-        fail("カンマの位置が正しくありません", "A comma is in the wrong place");
+        fail(MessageKind::misplacedComma);
     case Kind::eof:
-        fail("式が途中で終わっています", "The expression ends in the middle");
+        fail(MessageKind::endsInTheMiddle);
     case Kind::op:
         failMisplacedOperator(token.text);
     }
@@ -504,14 +504,14 @@ ExprPtr Parser::parseList() {
         }
     }
     if (current().kind != Kind::rbracket)
-        fail("表の閉じ括弧 ] がありません", "Missing ] to close the list");
+        fail(MessageKind::missingListBracket);
     advance();
     return makeExpr(expr::List{std::move(items)});
 }
 
 std::string Parser::parseUnitTarget() {
     if (current().kind != Kind::identifier)
-        fail("変換先の単位が必要です", "A unit to convert to is needed");
+        fail(MessageKind::missingTargetUnit);
     std::string target = current().text;
     advance();
     for (;;) {

@@ -41,8 +41,9 @@ std::string withoutTrailingEquals(std::string_view text) {
 } // namespace
 
 std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
-                                                    const std::vector<SharedSheet>& others) {
-    return ProgramRunner(unicode::splitLines(text), others).run();
+                                                    const std::vector<SharedSheet>& others,
+                                                    const EvaluationOptions& options) {
+    return ProgramRunner(unicode::splitLines(text), others, options).run();
 }
 
 // Asked for every name a line reads, so it compares the first byte before the rest.

@@ -5,14 +5,17 @@
 #include <string_view>
 #include <vector>
 
+#include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/sheet/LineResult.h"
 
 namespace lumo {
 
 /// The engine's entry: a sheet's text, with the other sheets in tab order, becomes one
-/// LineResult per line. Stateless; every call is a fresh run inside the run budget.
+/// LineResult per line. A function of its arguments: every call is a fresh run inside the run
+/// budget that reads nothing process-wide, so calls may run at once on any threads.
 struct DocumentEvaluator {
-    static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others);
+    static std::vector<LineResult> evaluate(const std::string& text, const std::vector<SharedSheet>& others,
+                                            const EvaluationOptions& options);
 };
 
 // The rules a sheet adds to the expression language. The run applies them line by line.

@@ -1,6 +1,6 @@
 #include "LumoKit/sheet/LineContext.h"
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/sheet/PlotBuilder.h"
@@ -18,32 +18,12 @@ std::size_t weigh(const Value& value, std::size_t limit) {
     return valueWeight(value, limit);
 }
 
-std::string listTooBigMessage() {
-    return L10n::pick("表が大きすぎます", "The list is too big");
-}
-
-std::string mixedUnitsMessage() {
-    return L10n::pick("種類の違う単位が混ざっていて合計できません",
-                      "Units of different kinds are mixed, so they can’t be summed");
-}
-
-std::string builtinWordMessage(const std::string& name) {
-    return L10n::pick("「" + name + "」はもともとある言葉なので名前に使えません",
-                      "“" + name + "” is a built-in word and can’t be used as a name");
-}
-
-std::string cannotCalculateMessage() {
-    return L10n::pick("計算できません", "Can’t calculate this");
-}
-
 ParsedLine parseLine(std::string text) {
     ParsedLine parsedLine{std::move(text), std::nullopt, {}};
     try {
         parsedLine.statement = parseStatement(parsedLine.text);
     } catch (const CalcError& error) {
         parsedLine.error = error.message();
-    } catch (const std::exception&) {
-        parsedLine.error = cannotCalculateMessage();
     }
     return parsedLine;
 }
@@ -93,7 +73,8 @@ std::optional<Value> RunningSum::value() const {
     return m_sum ? *m_sum : Value::plain(0);
 }
 
-LineContext::LineContext(BudgetLimits limits) : budget(limits) {}
+LineContext::LineContext(const EvaluationOptions& options, BudgetLimits limits)
+    : budget(limits), m_options(options) {}
 
 std::optional<Value> LineContext::valueOf(const std::string& name) {
     if (!locals.empty()) {
@@ -107,7 +88,7 @@ std::optional<Value> LineContext::valueOf(const std::string& name) {
         auto sum = (*word == SheetWord::blockSum ? block : all).value();
         if (!sum) {
             mixedUnits = true;
-            throw CalcError(mixedUnitsMessage());
+            throw CalcError(MessageKind::unitsMixedInSum);
         }
         return sum;
     }
@@ -154,15 +135,17 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     mixedUnits = false;
     const ParsedLine& parsedLine = parsed(line);
     if (!parsedLine.statement)
-        return {LineOutcome::makeFailure(parsedLine.error), std::nullopt};
+        return {LineOutcome::makeFailure(parsedLine.error, m_options.language), std::nullopt};
     const Statement& statement = *parsedLine.statement;
     // Sum or TOTAL would be looked up as ordinary names, but taking them as names would
     // only confuse, so the lower-case spelling is refused as well.
     if (statement.name && (isSheetWord(*statement.name) || isSheetWord(unicode::toLower(*statement.name))))
-        return {LineOutcome::makeFailure(builtinWordMessage(*statement.name)), statement.name};
+        return {
+            LineOutcome::makeFailure({MessageKind::sheetWordAsName, {*statement.name}}, m_options.language),
+            statement.name};
     if (isMixedSum(*statement.expr, *this)) {
         mixedUnits = true;
-        return {LineOutcome::makeFailure(mixedUnitsMessage()), statement.name};
+        return {LineOutcome::makeFailure(MessageKind::unitsMixedInSum, m_options.language), statement.name};
     }
     try {
         LineOutcome outcome = evaluateStatement(line, parsedLine, counting, owner);
@@ -170,9 +153,8 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
             return {std::move(outcome), std::nullopt};
         return {std::move(outcome), statement.name};
     } catch (const CalcError& error) {
-        return {LineOutcome::makeFailure(mixedUnits ? mixedUnitsMessage() : error.message()), statement.name};
-    } catch (const std::exception&) {
-        return {LineOutcome::makeFailure(cannotCalculateMessage()), statement.name};
+        const Message message = mixedUnits ? Message(MessageKind::unitsMixedInSum) : error.message();
+        return {LineOutcome::makeFailure(message, m_options.language), statement.name};
     }
 }
 
@@ -182,7 +164,7 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     if (isPlotCall(*statement.expr)) {
         try {
             return LineOutcome::makePlot(
-                buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this));
+                buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this, m_options));
         } catch (const CalcError&) {
             // Samples that hit the run's limit are gaps to the plot builder; the line should
             // say why the run stopped rather than that the curve has no points.
@@ -192,7 +174,7 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
         }
     }
 
-    Value answer = Evaluator(this).evaluate(*statement.expr);
+    Value answer = Evaluator(m_options, this).evaluate(*statement.expr);
     retain(line, owner, answer);
     previous = answer;
     if (owner == LineOwner::thisSheet)
@@ -210,7 +192,7 @@ void LineContext::retain(const Program::Line& line, LineOwner owner, const Value
     const std::size_t weight = weigh(answer, retainedItemLimit);
     if (owner == LineOwner::otherSheet) {
         if (weight > retainedItemLimit)
-            throw CalcError(listTooBigMessage());
+            throw CalcError(MessageKind::listTooBig);
         return;
     }
     const auto index = static_cast<std::size_t>(line.index);
@@ -219,7 +201,7 @@ void LineContext::retain(const Program::Line& line, LineOwner owner, const Value
     std::size_t& kept = m_retainedByLine[index];
     const std::size_t total = m_retained - kept + weight;
     if (total > retainedItemLimit)
-        throw CalcError(listTooBigMessage());
+        throw CalcError(MessageKind::listTooBig);
     m_retained = total;
     kept = weight;
 }

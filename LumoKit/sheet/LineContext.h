@@ -42,7 +42,7 @@ public:
     using RunFunction = std::function<Value(const ProgramFunction&, const std::vector<Value>&)>;
     using FindFunction = std::function<const ProgramFunction*(const std::string&)>;
 
-    explicit LineContext(BudgetLimits limits = {});
+    explicit LineContext(const EvaluationOptions& options, BudgetLimits limits = {});
 
     // The run's state, in the order the lines build it up.
     std::unordered_map<std::string, Value> names;
@@ -60,6 +60,8 @@ public:
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;
     std::optional<Value> callUserFunction(const std::string& name, const std::vector<Value>& args) override;
+
+    const EvaluationOptions& options() const { return m_options; }
 
     /// Binds a name where a line or loop of the current scope puts it: the innermost local
     /// scope while a function runs, else the sheet's names.
@@ -79,6 +81,7 @@ private:
                                   LineCounting counting, LineOwner owner);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
+    EvaluationOptions m_options;
     std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
 };

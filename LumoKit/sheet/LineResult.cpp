@@ -16,10 +16,11 @@ LineOutcome LineOutcome::makePlot(PlotSpec plot) {
     return outcome;
 }
 
-LineOutcome LineOutcome::makeFailure(std::string message) {
+LineOutcome LineOutcome::makeFailure(const Message& message, Language language) {
     LineOutcome outcome;
     outcome.kind = Kind::failure;
-    outcome.message = std::move(message);
+    outcome.message = message.text(language);
+    outcome.failure = message.kind();
     return outcome;
 }
 

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "LumoKit/base/Messages.h"
 #include "LumoKit/sheet/PlotDescription.h"
 #include "LumoKit/values/Value.h"
 
@@ -19,13 +20,14 @@ struct LineOutcome {
     enum class Kind { value, plot, failure, blank, comment };
 
     Kind kind = Kind::blank;
-    Value value;         // for `value`
-    PlotSpec plot;       // for `plot`
-    std::string message; // for `failure`
+    Value value;                                 // for `value`
+    PlotSpec plot;                               // for `plot`
+    std::string message;                         // for `failure`, in the run's language
+    MessageKind failure = MessageKind::verbatim; // for `failure`: which message it is
 
     static LineOutcome makeValue(Value value);
     static LineOutcome makePlot(PlotSpec plot);
-    static LineOutcome makeFailure(std::string message);
+    static LineOutcome makeFailure(const Message& message, Language language);
     static LineOutcome makeComment();
 };
 

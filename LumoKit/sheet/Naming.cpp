@@ -4,12 +4,13 @@
 #include <array>
 #include <vector>
 
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/language/Parser.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
-#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/Units.h"
 
@@ -24,35 +25,9 @@ bool isSyntaxWord(std::string_view word) {
     return std::find(syntaxWords.begin(), syntaxWords.end(), word) != syntaxWords.end();
 }
 
-// A refusal naming the name: Japanese quotes it with 「」 and English with “ ”.
-struct Refusal {
-    std::string_view japaneseTail;
-    std::string_view englishTail;
-};
-
-namespace text {
-constexpr Refusal lineSyntaxWord{"」はもともとある言葉なので使えません",
-                                 "” is a built-in word and can’t be used"};
-constexpr Refusal lineFunction{"」は関数の名前なので使えません", "” is a function name and can’t be used"};
-constexpr Refusal lineConstant{"」は定数の名前なので使えません", "” is a constant name and can’t be used"};
-constexpr Refusal unit{"」は単位なので使えません", "” is a unit and can’t be used"};
-constexpr Refusal clashFunction{"」はもともとある関数なので使えません",
-                                "” is a built-in function and can’t be used"};
-constexpr Refusal clashConstant{"」は定数なので使えません", "” is a constant and can’t be used"};
-constexpr Refusal clashWord{"」はもともとある言葉なので使えません", "” is a built-in word and can’t be used"};
-} // namespace text
-
-std::string refuse(const Refusal& refusal, std::string_view name) {
-    const std::string quoted(name);
-    return L10n::pick("「" + quoted + std::string(refusal.japaneseTail),
-                      "“" + quoted + std::string(refusal.englishTail));
-}
-
-std::string usedOnLine(std::string_view name, std::size_t lineNumber) {
-    const std::string quoted(name);
-    const std::string number = std::to_string(lineNumber);
-    return L10n::pick("「" + quoted + "」は " + number + " 行目で使っています",
-                      "“" + quoted + "” is already used on line " + number);
+// Naming happens in the interface, outside any run, so it answers in the interface's language.
+std::string refuse(MessageKind refusal, std::string_view name) {
+    return Message(refusal, {std::string(name)}).text(L10n::resolved());
 }
 
 // Whether the lexer reads the whole text as one identifier.
@@ -95,34 +70,33 @@ std::optional<std::string> validateLineName(std::string_view proposed, std::stri
                                             std::size_t lineIndex) {
     const std::string name = unicode::trim(normalize(proposed));
     if (name.empty())
-        return L10n::pick("名前を入れてください", "Enter a name");
+        return Message(MessageKind::enterName).text(L10n::resolved());
     if (!isSingleIdentifier(name))
-        return L10n::pick("名前には文字と数字だけが使えます（先頭は文字）",
-                          "Names can use only letters and digits (starting with a letter)");
+        return Message(MessageKind::nameCharacters).text(L10n::resolved());
     const std::string lower = unicode::toLower(name);
     if (isSyntaxWord(name) || isSyntaxWord(lower))
-        return refuse(text::lineSyntaxWord, name);
+        return refuse(MessageKind::builtinWordName, name);
     if (isBuiltinFunction(lower))
-        return refuse(text::lineFunction, name);
+        return refuse(MessageKind::functionName, name);
     if (isConstantName(name) || isConstantName(lower))
-        return refuse(text::lineConstant, name);
+        return refuse(MessageKind::constantName, name);
     if (isKnownUnit(name))
-        return refuse(text::unit, name);
+        return refuse(MessageKind::unitName, name);
     if (const auto line = lineDefining(name, sheetText, lineIndex))
-        return usedOnLine(name, *line + 1);
+        return Message(MessageKind::nameUsedOnLine, {name, std::to_string(*line + 1)}).text(L10n::resolved());
     return std::nullopt;
 }
 
 std::optional<std::string> nameClash(std::string_view name) {
     const std::string lower = unicode::toLower(name);
     if (isBuiltinFunction(lower))
-        return refuse(text::clashFunction, name);
+        return refuse(MessageKind::builtinFunctionName, name);
     if (isConstantName(name))
-        return refuse(text::clashConstant, name);
+        return refuse(MessageKind::constantNameClash, name);
     if (isSheetWord(name) || isSheetWord(lower))
-        return refuse(text::clashWord, name);
+        return refuse(MessageKind::builtinWordName, name);
     if (isKnownUnit(name))
-        return refuse(text::unit, name);
+        return refuse(MessageKind::unitName, name);
     return std::nullopt;
 }
 

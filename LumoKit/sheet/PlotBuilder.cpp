@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Lexer.h"
@@ -26,36 +26,12 @@ constexpr double jumpShare = 0.6;
 // Head room above (and below) the bars, as a share of the value range.
 constexpr double barMargin = 0.12;
 
-struct Message {
-    std::string_view japanese;
-    std::string_view english;
-};
-
-namespace text {
-constexpr Message noExpression{"plot(式) のように、描く式を書いてください",
-                               "Write an expression to draw, like plot(x^2)"};
-constexpr Message oneEnd{"範囲は plot(式, 左, 右) のように 2 つ書いてください",
-                         "Give both ends of the range: plot(expr, left, right)"};
-constexpr Message leftNotLess{"範囲は左 < 右 で指定してください", "The range needs left < right"};
-constexpr Message noCurve{"この式はグラフにできません", "This expression can’t be plotted"};
-constexpr Message surfaceArguments{"3 つの軸で描くときは plot(式, x左, x右, y左, y右) のように書いてください",
-                                   "For three axes write plot(expr, x from, x to, y from, y to)"};
-constexpr Message noSurface{"この式は 3 つの軸では描けません",
-                            "This expression can’t be drawn with three axes"};
-constexpr Message noValues{"chart(値, 値, …) のように、並べる値を書いてください",
-                           "Write values to chart, like chart(a, b, …)"};
-constexpr Message notChartable{"グラフにできない値があります", "Some values can’t be charted"};
-} // namespace text
-
-[[noreturn]] void fail(const Message& message) {
-    throw CalcError(L10n::pick(message.japanese, message.english));
+[[noreturn]] void fail(MessageKind kind) {
+    throw CalcError(kind);
 }
 
 [[noreturn]] void failNotCurve(const Value& value) {
-    // kindName answers in the language pick() is about to choose, so both texts agree.
-    const std::string kind = kindName(value);
-    throw CalcError(L10n::pick(kind + "は plot では描けません（表は chart(表) で棒グラフにできます）",
-                               "plot can’t draw " + kind + " (use chart(list) for a bar chart)"));
+    throw CalcError(MessageKind::plotNotCurve, {kindName(value)});
 }
 
 // ---- The call as written ----------------------------------------------------------------
@@ -218,18 +194,19 @@ double stepPoint(PlotRange range, int step, int steps) {
 
 // ---- Ranges -------------------------------------------------------------------------------
 
-double rangeEnd(const ExprPtr& expression, EvalContext& context) {
-    const Value value = Evaluator(&context).evaluate(expression);
+double rangeEnd(const ExprPtr& expression, EvalContext& context, const EvaluationOptions& options) {
+    const Value value = Evaluator(options, &context).evaluate(expression);
     // A text or list has no place on an axis; it fails like any other unusable end.
     if (!value.isNumber() || !std::isfinite(value.number))
-        fail(text::leftNotLess);
+        fail(MessageKind::plotLeftNotLess);
     return value.number;
 }
 
-PlotRange readRange(const ExprPtr& left, const ExprPtr& right, EvalContext& context) {
-    const PlotRange range{rangeEnd(left, context), rangeEnd(right, context)};
+PlotRange readRange(const ExprPtr& left, const ExprPtr& right, EvalContext& context,
+                    const EvaluationOptions& options) {
+    const PlotRange range{rangeEnd(left, context, options), rangeEnd(right, context, options)};
     if (!(range.low < range.high))
-        fail(text::leftNotLess);
+        fail(MessageKind::plotLeftNotLess);
     return range;
 }
 
@@ -269,17 +246,17 @@ std::vector<std::vector<PlotPoint>> splitSegments(const std::vector<std::optiona
     return segments;
 }
 
-PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
+PlotSpec buildCurve(const expr::Call& call, EvalContext& context, const EvaluationOptions& options) {
     const auto& args = call.args;
     if (args.empty())
-        fail(text::noExpression);
+        fail(MessageKind::plotNoExpression);
     if (args.size() == 2)
-        fail(text::oneEnd);
+        fail(MessageKind::plotOneEnd);
     const PlotRange xRange =
-        args.size() == 3 ? readRange(args[1], args[2], context) : PlotRange{defaultLow, defaultHigh};
+        args.size() == 3 ? readRange(args[1], args[2], context, options) : PlotRange{defaultLow, defaultHigh};
 
     PlotContext plotContext(context);
-    const Evaluator evaluator(&plotContext);
+    const Evaluator evaluator(options, &plotContext);
     NumberScale scale;
     std::optional<PlotRange> yRange;
     std::vector<std::optional<PlotPoint>> samples;
@@ -296,13 +273,13 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context) {
         samples.push_back(y ? std::optional(PlotPoint{x, *y}) : std::nullopt);
     }
     if (!yRange)
-        fail(text::noCurve);
+        fail(MessageKind::plotNoCurve);
 
     PlotSpec result;
     result.kind = PlotSpec::Kind::curve;
     result.segments = splitSegments(samples, yRange->high - yRange->low);
     if (result.segments.empty())
-        fail(text::noCurve);
+        fail(MessageKind::plotNoCurve);
     result.xRange = xRange;
     result.yRange = *yRange;
     result.unitLabel = scale.label();
@@ -338,16 +315,16 @@ bool isSurfaceCall(const expr::Call& call) {
     return count >= 4 || (count >= 1 && refersToName(*call.args[0], "y"));
 }
 
-PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
+PlotSpec buildSurface(const expr::Call& call, EvalContext& context, const EvaluationOptions& options) {
     const auto& args = call.args;
     if (args.size() != 1 && args.size() != 3 && args.size() != 5)
-        fail(text::surfaceArguments);
+        fail(MessageKind::surfaceArguments);
     const PlotRange defaults{defaultLow, defaultHigh};
-    const PlotRange xRange = args.size() >= 3 ? readRange(args[1], args[2], context) : defaults;
-    const PlotRange yRange = args.size() == 5 ? readRange(args[3], args[4], context) : defaults;
+    const PlotRange xRange = args.size() >= 3 ? readRange(args[1], args[2], context, options) : defaults;
+    const PlotRange yRange = args.size() == 5 ? readRange(args[3], args[4], context, options) : defaults;
 
     PlotContext plotContext(context);
-    const Evaluator evaluator(&plotContext);
+    const Evaluator evaluator(options, &plotContext);
     NumberScale scale;
     std::optional<PlotRange> zRange;
     std::vector<std::vector<std::optional<double>>> rows(surfaceSteps + 1);
@@ -364,7 +341,7 @@ PlotSpec buildSurface(const expr::Call& call, EvalContext& context) {
         }
     }
     if (!zRange)
-        fail(text::noSurface);
+        fail(MessageKind::plotNoSurface);
 
     PlotSpec result;
     result.kind = PlotSpec::Kind::surface;
@@ -399,8 +376,9 @@ std::vector<std::string> positionLabels(std::size_t count) {
     return labels;
 }
 
-PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& source, EvalContext& context) {
-    const Evaluator evaluator(&context);
+PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& source, EvalContext& context,
+                   const EvaluationOptions& options) {
+    const Evaluator evaluator(options, &context);
     std::vector<Value> values;
     for (const ExprPtr& argument : call.args)
         values.push_back(evaluator.evaluate(argument));
@@ -414,7 +392,7 @@ PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& sour
         labels = source->arguments;
     }
     if (values.empty())
-        fail(text::noValues);
+        fail(MessageKind::chartNoValues);
     if (labels.size() != values.size())
         labels = positionLabels(values.size());
 
@@ -424,7 +402,7 @@ PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& sour
     for (std::size_t i = 0; i < values.size(); ++i) {
         const auto number = finiteNumber(values[i], scale);
         if (!number)
-            fail(text::notChartable);
+            fail(MessageKind::chartNotChartable);
         result.bars.push_back({labels[i], *number});
     }
     result.xRange = {0, static_cast<double>(result.bars.size())};
@@ -458,15 +436,16 @@ std::optional<Value> PlotContext::callUserFunction(const std::string& name, cons
     return m_base.callUserFunction(name, args);
 }
 
-PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context) {
+PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context,
+                   const EvaluationOptions& options) {
     const auto source = readCallSource(call, sourceText);
     PlotSpec result;
     if (isChartWord(call.name))
-        result = buildBars(call, source, context);
+        result = buildBars(call, source, context, options);
     else if (isSurfaceCall(call))
-        result = buildSurface(call, context);
+        result = buildSurface(call, context, options);
     else
-        result = buildCurve(call, context);
+        result = buildCurve(call, context, options);
     result.title = source ? source->title : unicode::trim(sourceText);
     return result;
 }

@@ -19,7 +19,8 @@ bool isChartWord(std::string_view name);
 /// `sourceText` is the line's prepared text: the title is the call as written in it, and bar
 /// labels are the argument texts as written (for a single list argument, the item texts of a
 /// literal list, otherwise the positions "0", "1", … as indexing counts them).
-PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context);
+PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context,
+                   const EvaluationOptions& options);
 
 /// The context in which a plotted expression is evaluated at one point: x (and y for a
 /// surface) shadow every other meaning of those names; every other question goes to the base.

@@ -1,49 +1,14 @@
 #include "LumoKit/sheet/Program.h"
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 
 namespace lumo {
 
 namespace {
 
-enum class Mistake {
-    condition,
-    noMatchingIf,
-    forRange,
-    forName,
-    whileCondition,
-    defShape,
-    defNames,
-    returnValue
-};
-
-struct MistakeText {
-    Mistake mistake;
-    std::string_view japanese;
-    std::string_view english;
-};
-
-// Structural messages are data: one row per mistake.
-constexpr MistakeText mistakeTexts[] = {
-    {Mistake::condition, "条件の書き方が正しくありません", "The condition isn’t written correctly"},
-    {Mistake::noMatchingIf, "対応する if がありません", "No matching if"},
-    {Mistake::forRange, "回す範囲の書き方が正しくありません",
-     "The range to loop over isn’t written correctly"},
-    {Mistake::forName, "for のうしろは名前を 1 つ書きます", "for needs a single name after it"},
-    {Mistake::whileCondition, "while の条件が読めません", "Can’t read the while condition"},
-    {Mistake::defShape, "def 名前(引数): の形で書きます", "Write it as: def name(arguments):"},
-    {Mistake::defNames, "関数と引数の名前は、文字で始まる言葉にします",
-     "Function and argument names must start with a letter"},
-    {Mistake::returnValue, "return のうしろの式が読めません", "Can’t read the expression after return"},
-};
-
-ProgramNode invalidNode(std::int64_t index, Mistake mistake, ProgramBody body = {}) {
-    for (const auto& entry : mistakeTexts) {
-        if (entry.mistake == mistake)
-            return {Program::Invalid{index, L10n::pick(entry.japanese, entry.english), std::move(body)}};
-    }
-    return {Program::Invalid{index, {}, std::move(body)}};
+ProgramNode invalidNode(std::int64_t index, MessageKind mistake, ProgramBody body = {}) {
+    return {Program::Invalid{index, mistake, std::move(body)}};
 }
 
 // Compared character by character: the prefixes are a few bytes, asked of every row, and a
@@ -199,7 +164,7 @@ private:
             return parseIfChain(headerRow, header);
         case Keyword::elifWord:
         case Keyword::elseWord:
-            return invalidNode(headerRow.index, Mistake::noMatchingIf, parseBody(headerRow.indent));
+            return invalidNode(headerRow.index, MessageKind::noMatchingIf, parseBody(headerRow.indent));
         case Keyword::forWord:
             return parseFor(headerRow, header.argument);
         case Keyword::whileWord:
@@ -207,7 +172,7 @@ private:
         case Keyword::defWord:
             return parseDefine(headerRow, header.argument);
         }
-        return invalidNode(headerRow.index, Mistake::condition, parseBody(headerRow.indent));
+        return invalidNode(headerRow.index, MessageKind::badCondition, parseBody(headerRow.indent));
     }
 
     ProgramNode parseIfChain(const Program::Row& ifRow, const Header& ifHeader) {
@@ -251,7 +216,7 @@ private:
         if (failedIndex) {
             ProgramBody body;
             body.push_back({std::move(chain)});
-            return invalidNode(*failedIndex, Mistake::condition, std::move(body));
+            return invalidNode(*failedIndex, MessageKind::badCondition, std::move(body));
         }
         return {std::move(chain)};
     }
@@ -259,17 +224,17 @@ private:
     ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument) {
         const std::size_t in = argument.find(" in ");
         if (in == std::string::npos) {
-            return invalidNode(headerRow.index, Mistake::forRange, parseBody(headerRow.indent));
+            return invalidNode(headerRow.index, MessageKind::badLoopRange, parseBody(headerRow.indent));
         }
         Program::ForLoop loop{headerRow.index, trimmed(argument.substr(0, in)), nullptr, {}};
-        std::optional<Mistake> mistake;
+        std::optional<MessageKind> mistake;
         if (!Program::isValidName(loop.name)) {
-            mistake = Mistake::forName;
+            mistake = MessageKind::forNeedsOneName;
         } else {
             try {
                 loop.iterable = Program::parseWholeExpression(trimmed(argument.substr(in + 4)));
             } catch (const CalcError&) {
-                mistake = Mistake::forRange;
+                mistake = MessageKind::badLoopRange;
             }
         }
         loop.body = parseBody(headerRow.indent);
@@ -288,7 +253,7 @@ private:
         }
         loop.body = parseBody(headerRow.indent);
         if (!readable)
-            return invalidNode(headerRow.index, Mistake::whileCondition, std::move(loop.body));
+            return invalidNode(headerRow.index, MessageKind::badWhileCondition, std::move(loop.body));
         return {std::move(loop)};
     }
 
@@ -296,7 +261,7 @@ private:
         ProgramBody body = parseBody(headerRow.indent);
         const std::size_t open = argument.find('(');
         if (open == std::string::npos || argument.empty() || argument.back() != ')')
-            return invalidNode(headerRow.index, Mistake::defShape, std::move(body));
+            return invalidNode(headerRow.index, MessageKind::defShape, std::move(body));
         Program::Define define{
             headerRow.index, trimmed(argument.substr(0, open)),
             splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
@@ -305,7 +270,7 @@ private:
         for (const auto& param : define.params)
             namesValid = namesValid && Program::isValidName(param);
         if (!namesValid)
-            return invalidNode(headerRow.index, Mistake::defNames, std::move(body));
+            return invalidNode(headerRow.index, MessageKind::defNames, std::move(body));
         define.body = std::make_shared<const ProgramBody>(std::move(body));
         return {std::move(define)};
     }
@@ -323,7 +288,7 @@ private:
             try {
                 return {Program::Return{current.index, Program::parseWholeExpression(text.substr(6))}};
             } catch (const CalcError&) {
-                return invalidNode(current.index, Mistake::returnValue);
+                return invalidNode(current.index, MessageKind::badReturnValue);
             }
         }
         return {Program::Line{current.index, std::move(current.text)}};
@@ -387,8 +352,7 @@ ExprPtr Program::parseWholeExpression(std::string_view text) {
     Parser parser(tokenize(text));
     ExprPtr expression = parser.parseExpression();
     if (!parser.atEnd())
-        throw CalcError(
-            L10n::pick("式の書き方が正しくありません", "This expression isn’t written correctly"));
+        throw CalcError(MessageKind::badExpression);
     return expression;
 }
 

@@ -11,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "LumoKit/base/Messages.h"
 #include "LumoKit/language/Parser.h"
 
 namespace lumo {
@@ -26,7 +27,7 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 struct ParsedLine {
     std::string text;                   // the prepared text that was parsed
     std::optional<Statement> statement; // absent when the parse failed
-    std::string error;                  // the parser's message when it failed
+    Message error;                      // the parser's message when it failed
 };
 
 /// The parses of one line, as written and continued with "prev ", filled on first use.
@@ -58,7 +59,7 @@ struct Program {
     /// so that its lines are known, but it never runs.
     struct Invalid {
         std::int64_t index = 0;
-        std::string message;
+        Message message; // empty for the lines under a faulty header
         ProgramBody body;
     };
     /// One branch of an if chain; an else has no condition.

@@ -1,6 +1,6 @@
 #include "LumoKit/sheet/ProgramBudget.h"
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 
 namespace lumo {
 
@@ -8,14 +8,6 @@ namespace {
 
 // Reading the clock costs more than a step, so it is read only this often.
 constexpr std::int64_t clockInterval = 256;
-
-std::string tooManyStepsMessage() {
-    return L10n::pick("繰り返しが多すぎます", "Too many loop steps");
-}
-
-std::string tooLongMessage() {
-    return L10n::pick("繰り返しに時間がかかりすぎます", "The loop is taking too long");
-}
 
 } // namespace
 
@@ -27,7 +19,7 @@ void ProgramBudget::takeStep() {
         throwStopped();
     ++m_steps;
     if (m_steps > m_limits.maxSteps)
-        stop(tooManyStepsMessage());
+        stop(MessageKind::tooManySteps);
     if (m_steps % clockInterval == 0 && !checkClock())
         throwStopped();
 }
@@ -41,7 +33,7 @@ void ProgramBudget::enterCall() {
     ++m_depth;
     if (m_depth > m_limits.maxDepth) {
         --m_depth;
-        throw CalcError(L10n::pick("関数の呼び出しが深すぎます", "Function calls are nested too deeply"));
+        throw CalcError(MessageKind::callsTooDeep);
     }
 }
 
@@ -54,7 +46,7 @@ bool ProgramBudget::checkClock() {
     if (exhausted())
         return false;
     if (elapsedSeconds() >= m_limits.maxSeconds)
-        m_stopMessage = tooLongMessage();
+        m_stop = MessageKind::takingTooLong;
     return !exhausted();
 }
 
@@ -62,8 +54,8 @@ double ProgramBudget::elapsedSeconds() const {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_startedAt).count();
 }
 
-void ProgramBudget::stop(std::string message) {
-    m_stopMessage = std::move(message);
+void ProgramBudget::stop(MessageKind reason) {
+    m_stop = reason;
     throwStopped();
 }
 

@@ -3,7 +3,8 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
-#include <string>
+
+#include "LumoKit/base/Messages.h"
 
 namespace lumo {
 
@@ -31,9 +32,9 @@ public:
     /// Reads the clock; exhausts the budget when the time is up. True while time remains.
     bool checkClock();
 
-    bool exhausted() const { return m_stopMessage.has_value(); }
-    /// The message that stopped the run; empty while the budget is not exhausted.
-    std::string stopMessage() const { return m_stopMessage.value_or(std::string()); }
+    bool exhausted() const { return m_stop.has_value(); }
+    /// Why the run stopped (too many steps, or out of time); only while exhausted.
+    Message stopMessage() const { return m_stop.value_or(MessageKind::tooManySteps); }
 
     const BudgetLimits& limits() const { return m_limits; }
     std::int64_t steps() const { return m_steps; }
@@ -41,7 +42,7 @@ public:
     double elapsedSeconds() const;
 
 private:
-    [[noreturn]] void stop(std::string message);
+    [[noreturn]] void stop(MessageKind reason);
     [[noreturn]] void throwStopped() const;
 
     BudgetLimits m_limits;
@@ -49,7 +50,7 @@ private:
     int m_depth = 0;
     std::int64_t m_calls = 0;
     std::chrono::steady_clock::time_point m_startedAt;
-    std::optional<std::string> m_stopMessage;
+    std::optional<MessageKind> m_stop;
 };
 
 } // namespace lumo

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
-#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/builtins/Builtins.h"
 
 namespace lumo {
 
@@ -22,29 +22,6 @@ class OtherSheetError final : public CalcError {
 public:
     using CalcError::CalcError;
 };
-
-std::string withSheetName(const std::string& message, const std::string& sheet) {
-    return L10n::pick(message + "（" + sheet + " シートの）", message + " (from sheet “" + sheet + "”)");
-}
-
-std::string returnOutsideDefMessage() {
-    return L10n::pick("return は def の中だけで使えます", "return can only be used inside def");
-}
-
-std::string notIterableMessage() {
-    return L10n::pick("for で回せるのは range(…) と表 [1, 2, 3] と文字です",
-                      "for can loop over range(…), a list [1, 2, 3], or text");
-}
-
-std::string argumentCountMessage(const std::string& name, std::size_t count) {
-    const std::string n = std::to_string(count);
-    return L10n::pick(name + " は引数が " + n + " 個必要です",
-                      name + " needs " + n + (count == 1 ? " argument" : " arguments"));
-}
-
-std::string noReturnValueMessage(const std::string& name) {
-    return L10n::pick(name + " は値を返しません", name + " doesn’t return a value");
-}
 
 // A range bound cut to a whole number; far-out values are clamped so the counting stays exact.
 std::int64_t wholeBound(double number) {
@@ -85,8 +62,8 @@ private:
 } // namespace
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
-                             BudgetLimits limits)
-    : m_lines(std::move(lines)), m_context(limits), m_results(m_lines.size()),
+                             const EvaluationOptions& options, BudgetLimits limits)
+    : m_lines(std::move(lines)), m_context(options, limits), m_results(m_lines.size()),
       m_visited(m_lines.size(), false), m_others(others) {}
 
 std::vector<LineResult> ProgramRunner::run() {
@@ -163,7 +140,7 @@ std::optional<ProgramFlow> ProgramRunner::executeIf(const Program::IfChain& chai
         if (branch.condition) {
             bool holds = false;
             try {
-                holds = truthiness(Evaluator(&m_context).evaluate(*branch.condition));
+                holds = truthiness(Evaluator(m_context.options(), &m_context).evaluate(*branch.condition));
             } catch (const CalcError& error) {
                 failLine(branch.index, error.message());
                 return std::nullopt;
@@ -224,7 +201,7 @@ std::optional<ProgramFlow> ProgramRunner::executeWhile(const Program::WhileLoop&
     std::optional<ProgramFlow> flow;
     while (true) {
         try {
-            if (!truthiness(Evaluator(&m_context).evaluate(*loop.condition)))
+            if (!truthiness(Evaluator(m_context.options(), &m_context).evaluate(*loop.condition)))
                 break;
             m_context.budget.takeStep();
         } catch (const CalcError& error) {
@@ -240,13 +217,13 @@ std::optional<ProgramFlow> ProgramRunner::executeWhile(const Program::WhileLoop&
 
 std::optional<ProgramFlow> ProgramRunner::executeReturn(const Program::Return& statement) {
     if (m_context.locals.empty()) {
-        failLine(statement.index, returnOutsideDefMessage());
+        failLine(statement.index, MessageKind::returnOutsideDef);
         return std::nullopt;
     }
     ProgramFlow flow{ProgramFlow::Kind::ret, std::nullopt};
     if (statement.value) {
         try {
-            flow.value = Evaluator(&m_context).evaluate(*statement.value);
+            flow.value = Evaluator(m_context.options(), &m_context).evaluate(*statement.value);
         } catch (const CalcError& error) {
             failLine(statement.index, error.message());
             throw;
@@ -259,7 +236,7 @@ std::optional<ProgramFlow> ProgramRunner::executeReturn(const Program::Return& s
 std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
     if (const auto* call = iterable.as<expr::Call>(); call && unicode::toLower(call->name) == "range")
         return rangeItems(*call);
-    Value value = Evaluator(&m_context).evaluate(iterable);
+    Value value = Evaluator(m_context.options(), &m_context).evaluate(iterable);
     if (value.isList())
         return std::move(value.items);
     if (value.isText()) {
@@ -268,29 +245,26 @@ std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
             characters.push_back(Value::makeText(std::move(character)));
         return characters;
     }
-    throw CalcError(notIterableMessage());
+    throw CalcError(MessageKind::notIterable);
 }
 
 std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call) {
     if (call.args.empty() || call.args.size() > 3)
-        throw CalcError(L10n::pick("range(終わり) / range(始め, 終わり) / range(始め, 終わり, 刻み)",
-                                   "Use range(end), range(start, end), or range(start, end, step)"));
+        throw CalcError(MessageKind::rangeUsage);
     std::vector<std::int64_t> bounds;
     for (const auto& argument : call.args) {
-        const Value value = withoutPercent(Evaluator(&m_context).evaluate(*argument));
-        if (!value.isNumber()) {
-            const std::string kind = kindName(value);
-            throw CalcError(L10n::pick("range に" + kind + "は使えません", "range can’t take " + kind));
-        }
+        const Value value = withoutPercent(Evaluator(m_context.options(), &m_context).evaluate(*argument));
+        if (!value.isNumber())
+            throw CalcError(MessageKind::rangeKind, {kindName(value)});
         if (value.unit)
-            throw CalcError(L10n::pick("range に単位は使えません", "range can’t take a unit"));
+            throw CalcError(MessageKind::rangeUnit);
         bounds.push_back(wholeBound(value.number));
     }
     const std::int64_t start = bounds.size() == 1 ? 0 : bounds[0];
     const std::int64_t end = bounds.size() == 1 ? bounds[0] : bounds[1];
     const std::int64_t step = bounds.size() == 3 ? bounds[2] : 1;
     if (step == 0)
-        throw CalcError(L10n::pick("range の刻みに 0 は使えません", "The range step can’t be 0"));
+        throw CalcError(MessageKind::rangeZeroStep);
     // Passes beyond what the budget still allows would fail anyway; one more is enough to fail it.
     const ProgramBudget& budget = m_context.budget;
     const auto passLimit =
@@ -331,7 +305,10 @@ const ProgramFunction* ProgramRunner::findFunction(const std::string& name) {
 
 Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vector<Value>& args) {
     if (args.size() != function.params.size())
-        throw CalcError(argumentCountMessage(function.name, function.params.size()));
+        throw CalcError(
+            MessageKind::argumentCount,
+            {function.name, std::to_string(function.params.size()),
+             function.params.size() == 1 ? MessageKind::argumentWord : MessageKind::argumentsWord});
     // The table entry may be replaced while the body runs (a def of the same name inside it).
     const ProgramFunction called = function;
     std::unordered_map<std::string, Value> arguments;
@@ -344,7 +321,7 @@ Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vec
         throw;
     } catch (const CalcError& error) {
         if (called.home)
-            throw OtherSheetError(withSheetName(error.message(), *called.home));
+            throw OtherSheetError(MessageKind::fromSheet, {error.message(), *called.home});
         throw;
     }
 }
@@ -358,7 +335,7 @@ Value ProgramRunner::runBody(const ProgramFunction& function) {
     }
     if (flow && flow->kind == ProgramFlow::Kind::ret && flow->value)
         return std::move(*flow->value);
-    throw CalcError(noReturnValueMessage(function.name));
+    throw CalcError(MessageKind::noReturnValue, {function.name});
 }
 
 const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions() {
@@ -382,8 +359,8 @@ void ProgramRunner::setResult(std::int64_t index, LineResult result) {
         m_results[static_cast<std::size_t>(index)] = std::move(result);
 }
 
-void ProgramRunner::failLine(std::int64_t index, const std::string& message) {
-    setResult(index, {LineOutcome::makeFailure(message), std::nullopt});
+void ProgramRunner::failLine(std::int64_t index, const Message& message) {
+    setResult(index, {LineOutcome::makeFailure(message, m_context.options().language), std::nullopt});
 }
 
 // Only the line a node stands on is reached by executing it: the lines of a body are reached
@@ -428,10 +405,11 @@ void ProgramRunner::showStructure(const ProgramBody& body) {
 }
 
 void ProgramRunner::fillUnreached() {
-    const std::string message = m_context.budget.stopMessage();
+    const LineOutcome stopped =
+        LineOutcome::makeFailure(m_context.budget.stopMessage(), m_context.options().language);
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
         if (!m_visited[i] && !unicode::trim(m_lines[i]).empty())
-            m_results[i] = {LineOutcome::makeFailure(message), std::nullopt};
+            m_results[i] = {stopped, std::nullopt};
     }
 }
 

@@ -25,7 +25,7 @@ class ProgramRunner {
 public:
     /// `others` must outlive the runner.
     ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
-                  BudgetLimits limits = {});
+                  const EvaluationOptions& options, BudgetLimits limits = {});
 
     ProgramRunner(const ProgramRunner&) = delete;
     ProgramRunner& operator=(const ProgramRunner&) = delete;
@@ -56,7 +56,7 @@ private:
 
     LineOwner currentOwner() const;
     void setResult(std::int64_t index, LineResult result);
-    void failLine(std::int64_t index, const std::string& message);
+    void failLine(std::int64_t index, const Message& message);
     void markVisited(const ProgramNode& node);
     void markLine(std::int64_t index);
     void showStructure(const ProgramBody& body);

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <utility>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
-#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Units.h"
 #include "LumoKit/values/ValueFormatter.h"
 
@@ -15,14 +15,12 @@ namespace lumo {
 
 namespace {
 
-// Read on every trigonometric call and written by the settings, possibly from another thread.
-
 UnitRef findUnit(const std::string& name) {
     return UnitRegistry::shared().find(name);
 }
 
 [[noreturn]] void throwUnknownUnit(const std::string& name) {
-    throw CalcError(L10n::pick(name + " という単位は知りません", "Unknown unit “" + name + "”"));
+    throw CalcError(MessageKind::unknownUnit, {name});
 }
 
 [[noreturn]] void throwUndefinedName(const std::string& name) {
@@ -31,14 +29,11 @@ UnitRef findUnit(const std::string& name) {
         const std::string upper = unicode::toUpper(name);
         if (upper != name) {
             if (const UnitRef unit = findUnit(upper)) {
-                throw CalcError(L10n::pick(name + " が定義されていません（単位の " + unit->display +
-                                               " なら " + upper + " と大文字で書きます）",
-                                           name + " is not defined (for the unit " + unit->display +
-                                               ", write it uppercase: " + upper + ")"));
+                throw CalcError(MessageKind::undefinedNameLikeUnit, {name, unit->display, upper});
             }
         }
     }
-    throw CalcError(L10n::pick(name + " が定義されていません", name + " is not defined"));
+    throw CalcError(MessageKind::undefinedName, {name});
 }
 
 bool isOrdering(const std::string& op) {
@@ -123,12 +118,11 @@ private:
         args.reserve(node.args.size());
         for (const auto& arg : node.args)
             args.push_back(walk(*arg));
-        if (auto answer = callBuiltin(node.name, args))
+        if (auto answer = callBuiltin(node.name, args, m_evaluator.options()))
             return std::move(*answer);
         if (auto answer = context().callUserFunction(node.name, args))
             return std::move(*answer);
-        throw CalcError(
-            L10n::pick(node.name + " という関数はありません", "There is no function named " + node.name));
+        throw CalcError(MessageKind::noSuchFunction, {node.name});
     }
 
     Value list(const expr::List& node) const {
@@ -139,7 +133,7 @@ private:
             items.push_back(walk(*item));
             weight += valueWeight(items.back());
             if (weight > maxValueWeight())
-                throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+                throw CalcError(MessageKind::listTooBig);
         }
         return Value::list(std::move(items));
     }
@@ -157,8 +151,7 @@ private:
     Value ref(std::int64_t line) const {
         if (auto value = context().answerOnLine(line))
             return std::move(*value);
-        const std::string number = std::to_string(line);
-        throw CalcError(L10n::pick("#" + number + " が見つかりません", "#" + number + " not found"));
+        throw CalcError(MessageKind::lineNotFound, {std::to_string(line)});
     }
 
     Value unary(const expr::Unary& node) const {
@@ -168,8 +161,7 @@ private:
         if (node.op != "-")
             return operand;
         if (!operand.isNumber()) {
-            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に \u2212 は付けられません",
-                                       "Can’t negate " + kindNameEnglish(operand)));
+            throw CalcError(MessageKind::cannotNegate, {kindName(operand)});
         }
         operand.number = -operand.number;
         return operand;
@@ -203,19 +195,16 @@ private:
         }
         if (isComparisonOperator(op))
             return compareValues(node.op, left, right);
-        throw CalcError(
-            L10n::pick("「" + node.op + "」は使えません", "“" + node.op + "” can’t be used here"));
+        throw CalcError(MessageKind::operatorNotUsable, {node.op});
     }
 
     Value percent(const expr::Percent& node) const {
         Value operand = walk(*node.operand);
         if (!operand.isNumber()) {
-            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に % は付けられません",
-                                       "Can’t attach % to " + kindNameEnglish(operand)));
+            throw CalcError(MessageKind::percentOnKind, {kindName(operand)});
         }
         if (operand.unit) {
-            throw CalcError(
-                L10n::pick("単位のある値に % は付けられません", "% can’t follow a value with a unit"));
+            throw CalcError(MessageKind::percentOnUnit);
         }
         operand.isPercent = true;
         return operand;
@@ -251,19 +240,15 @@ private:
 
     static Value attachUnit(const Value& operand, const UnitRef& unit) {
         if (!operand.isNumber()) {
-            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に単位は付けられません",
-                                       "Can’t attach a unit to " + kindNameEnglish(operand)));
+            throw CalcError(MessageKind::unitOnKind, {kindName(operand)});
         }
         if (operand.isPercent) {
-            throw CalcError(L10n::pick("パーセントに " + unit->display + " は付けられません",
-                                       "Can’t attach " + unit->display + " to a percentage"));
+            throw CalcError(MessageKind::unitOnPercentage, {unit->display});
         }
         if (!operand.unit)
             return Value::withUnit(operand.number, unit);
         if (operand.unit->sameDimensions(*unit)) {
-            const std::string& present = operand.unit->display;
-            throw CalcError(L10n::pick(present + " にさらに " + unit->display + " は付けられません",
-                                       "Can’t add " + unit->display + " on top of " + present));
+            throw CalcError(MessageKind::unitOnUnit, {operand.unit->display, unit->display});
         }
         return multiply(operand, Value::withUnit(1, unit));
     }
@@ -274,17 +259,16 @@ private:
         if (!target)
             throwUnknownUnit(node.target);
         if (!operand.isNumber()) {
-            throw CalcError(L10n::pick(kindNameJapanese(operand) + "に単位は付けられません",
-                                       "Can’t attach a unit to " + kindNameEnglish(operand)));
+            throw CalcError(MessageKind::unitOnKind, {kindName(operand)});
         }
         // A plain number is read as already being in the target unit, as addition does.
         if (!operand.unit)
             return Value::withUnit(operand.number, target);
         if (!operand.unit->sameDimensions(*target)) {
-            const std::string value = ValueFormatter::formatNumber(operand.number, Grouping::none) +
-                                      (operand.unit->tight ? "" : " ") + operand.unit->display;
-            throw CalcError(L10n::pick(value + " は " + target->display + " に変換できません",
-                                       "Can't convert " + value + " to " + target->display));
+            const std::string value =
+                ValueFormatter::formatNumber(operand.number, m_evaluator.options(), Grouping::none) +
+                (operand.unit->tight ? "" : " ") + operand.unit->display;
+            throw CalcError(MessageKind::cannotConvert, {value, target->display});
         }
         return Value::withUnit(convert(operand.number, *operand.unit, *target), target);
     }
@@ -368,15 +352,12 @@ Value compareValues(const std::string& op, const Value& left, const Value& right
         return boolValue(orderSays(op, compareTexts(left.text, right.text)));
     if (left.isList() && right.isList()) {
         if (isOrdering(op)) {
-            throw CalcError(L10n::pick("表どうしは大小を比べられません",
-                                       "Lists can be checked for equality, but not ordered"));
+            throw CalcError(MessageKind::listsNotOrdered);
         }
         return boolValue(listsEqual(left, right) == (op == "=="));
     }
     if (isOrdering(op)) {
-        throw CalcError(
-            L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は大小を比べられません",
-                       kindNameEnglish(left) + " and " + kindNameEnglish(right) + " can’t be ordered"));
+        throw CalcError(MessageKind::kindsNotOrdered, {kindName(left), kindName(right)});
     }
     return boolValue(op == "!=");
 }
@@ -396,27 +377,21 @@ std::int64_t indexPosition(const Value& position) {
     const bool whole = plain.isNumber() && !plain.unit && std::isfinite(plain.number) &&
                        plain.number == std::round(plain.number);
     if (!whole) {
-        throw CalcError(L10n::pick("[ ] の中は、単位の無い整数で書きます",
-                                   "The index in [ ] must be a whole number without a unit"));
+        throw CalcError(MessageKind::indexNotWhole);
     }
     if (std::fabs(plain.number) > 1e9) {
-        throw CalcError(L10n::pick("[ ] の中の数が大きすぎます", "The index in [ ] is too large"));
+        throw CalcError(MessageKind::indexTooLarge);
     }
     return static_cast<std::int64_t>(plain.number);
 }
 
 [[noreturn]] void throwNoItem(const Value& target, std::int64_t position, std::size_t count) {
     const bool isList = target.isList();
-    const std::string labelJapanese = isList ? "表" : "文字";
-    const std::string labelEnglish = isList ? "The list" : "The text";
+    const Message label = isList ? MessageKind::theList : MessageKind::theText;
     const std::string i = std::to_string(position);
-    if (count == 0) {
-        throw CalcError(L10n::pick("空の" + labelJapanese + "には " + i + " 番目がありません",
-                                   "An empty " + labelEnglish + " has no item " + i));
-    }
-    const std::string last = std::to_string(count - 1);
-    throw CalcError(L10n::pick(labelJapanese + "の " + i + " 番目はありません（0〜" + last + "）",
-                               labelEnglish + " has no item " + i + " (valid: 0–" + last + ")"));
+    if (count == 0)
+        throw CalcError(MessageKind::noItemInEmpty, {label, i});
+    throw CalcError(MessageKind::noItem, {label, i, std::to_string(count - 1)});
 }
 
 } // namespace
@@ -424,7 +399,7 @@ std::int64_t indexPosition(const Value& position) {
 Value indexValue(const Value& target, const Value& position) {
     const std::int64_t i = indexPosition(position);
     if (target.isNumber()) {
-        throw CalcError(L10n::pick("数に [ ] は付けられません", "[ ] can’t be used on a number"));
+        throw CalcError(MessageKind::indexOnNumber);
     }
     std::vector<std::string> characters;
     if (target.isText())

@@ -41,8 +41,8 @@ bool isConstantName(std::string_view name);
 /// Turns one expression tree into one value; everything it can't settle it asks the context.
 class Evaluator {
 public:
-    Evaluator() = default;
-    explicit Evaluator(EvalContext* context) : m_context(context) {}
+    explicit Evaluator(const EvaluationOptions& options, EvalContext* context = nullptr)
+        : m_options(options), m_context(context) {}
 
     /// Evaluates left to right; the first failure throws CalcError.
     Value evaluate(const Expr& expression) const;
@@ -50,8 +50,10 @@ public:
 
     /// The context, or an empty one when none was given.
     EvalContext& context() const;
+    const EvaluationOptions& options() const { return m_options; }
 
 private:
+    EvaluationOptions m_options;
     EvalContext* m_context = nullptr;
 };
 

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 
 namespace lumo {
 
@@ -207,7 +207,7 @@ std::string internKey(const Components& components) {
 
 void checkExponent(int exponent) {
     if (std::abs(exponent) > maxUnitExponent)
-        throw CalcError(L10n::pick("計算できません", "Can't calculate this"));
+        throw CalcError(MessageKind::cannotCalculateResult);
 }
 
 UnitRef makeCompound(const Components& components, std::string name) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 
 namespace lumo {
@@ -19,11 +19,11 @@ constexpr double maxRepeatCount = 100001;
 constexpr std::size_t maxTextBytes = maxTextLength * 64;
 
 [[noreturn]] void throwTextTooLong() {
-    throw CalcError(L10n::pick("文字が長すぎます", "The text is too long"));
+    throw CalcError(MessageKind::textTooLong);
 }
 
 [[noreturn]] void throwListTooBig() {
-    throw CalcError(L10n::pick("表が大きすぎます", "The list is too big"));
+    throw CalcError(MessageKind::listTooBig);
 }
 
 // Sums that come out this close to zero relative to their operands are decimal noise:
@@ -57,9 +57,7 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
 }
 
 [[noreturn]] void throwCannotJoin(const Value& other) {
-    throw CalcError(
-        L10n::pick("文字と" + kindNameJapanese(other) + "は + でつなげません（str(値) で文字にできます）",
-                   "Text and " + kindNameEnglish(other) + " can't be joined with + (str(value) makes text)"));
+    throw CalcError(MessageKind::textJoin, {kindName(other)});
 }
 
 } // namespace
@@ -78,28 +76,16 @@ std::size_t valueWeight(const Value& value, std::size_t limit) {
     return weight;
 }
 
-std::string kindNameJapanese(const Value& value) {
+Message kindName(const Value& value) {
     switch (value.kind) {
     case Value::Kind::list:
-        return "表";
+        return MessageKind::aList;
     case Value::Kind::text:
-        return "文字";
+        return MessageKind::aText;
     case Value::Kind::number:
         break;
     }
-    return "数";
-}
-
-std::string kindNameEnglish(const Value& value) {
-    switch (value.kind) {
-    case Value::Kind::list:
-        return "a list";
-    case Value::Kind::text:
-        return "text";
-    case Value::Kind::number:
-        break;
-    }
-    return "a number";
+    return MessageKind::aNumber;
 }
 
 namespace {
@@ -126,8 +112,7 @@ std::size_t repeatCount(const Value& repeated, const Value& count) {
     const bool whole = count.isNumber() && !count.unit && std::isfinite(count.number) &&
                        count.number == std::round(count.number);
     if (!whole)
-        throw CalcError(L10n::pick(kindNameJapanese(repeated) + "をくり返す回数は、単位の無い整数で書きます",
-                                   "The repeat count must be a whole number without a unit"));
+        throw CalcError(MessageKind::repeatCountNotWhole, {kindName(repeated)});
     return static_cast<std::size_t>(std::clamp(count.number, 0.0, maxRepeatCount));
 }
 
@@ -167,8 +152,7 @@ Value combineNumbers(const Value& left, const Value& right, double number, int e
 void requireWholeUnitPower(double exponent) {
     // std::round takes halves away from zero, as the rule for unit powers wants.
     if (exponent != std::round(exponent) || std::fabs(exponent) > maxUnitPower)
-        throw CalcError(L10n::pick("単位のある値は整数乗だけできます",
-                                   "Values with units can only be raised to whole-number powers"));
+        throw CalcError(MessageKind::wholePowersOnly);
 }
 
 } // namespace
@@ -221,10 +205,6 @@ bool Value::operator==(const Value& other) const {
     return number == other.number && isPercent == other.isPercent && sameUnit(unit, other.unit);
 }
 
-std::string kindName(const Value& value) {
-    return L10n::pick(kindNameJapanese(value), kindNameEnglish(value));
-}
-
 Value withoutPercent(const Value& value) {
     if (!value.isNumber() || !value.isPercent)
         return value;
@@ -233,28 +213,17 @@ Value withoutPercent(const Value& value) {
 
 AlignedNumbers alignUnits(const Value& left, const Value& right) {
     if (!left.isNumber() || !right.isNumber())
-        throwKindMismatch(left, right, "この計算", "this calculation");
+        throwKindMismatch(left, right, MessageKind::thisCalculation);
     if (!left.unit || !right.unit)
         return {left.number, right.number, left.unit ? left.unit : right.unit};
     if (!left.unit->sameDimensions(*right.unit)) {
-        const std::string& a = left.unit->display;
-        const std::string& b = right.unit->display;
-        throw CalcError(L10n::pick(a + " と " + b + " は足し引きできません",
-                                   a + " and " + b + " can't be added together"));
+        throw CalcError(MessageKind::unitsNotAddable, {left.unit->display, right.unit->display});
     }
     return {left.number, convert(right.number, *right.unit, *left.unit), left.unit};
 }
 
-void throwKindMismatch(const Value& left, const Value& right, std::string_view op) {
-    throwKindMismatch(left, right, op, op);
-}
-
-void throwKindMismatch(const Value& left, const Value& right, std::string_view opJapanese,
-                       std::string_view opEnglish) {
-    throw CalcError(L10n::pick(kindNameJapanese(left) + "と" + kindNameJapanese(right) + "は " +
-                                   std::string(opJapanese) + " で計算できません",
-                               std::string(opEnglish) + " doesn't work between " + kindNameEnglish(left) +
-                                   " and " + kindNameEnglish(right)));
+void throwKindMismatch(const Value& left, const Value& right, Message operation) {
+    throw CalcError(MessageKind::kindsNotCombinable, {kindName(left), kindName(right), std::move(operation)});
 }
 
 Value add(const Value& left, const Value& right) {
@@ -293,7 +262,7 @@ Value divide(const Value& leftOperand, const Value& rightOperand) {
     if (!left.isNumber() || !right.isNumber())
         throwKindMismatch(left, right, "/");
     if (right.number == 0)
-        throw CalcError(L10n::pick("0 で割ることはできません", "Cannot divide by zero"));
+        throw CalcError(MessageKind::divisionByZero);
     return combineNumbers(left, right, left.number / right.number, -1);
 }
 
@@ -303,16 +272,15 @@ Value power(const Value& baseOperand, const Value& exponentOperand) {
     if (!base.isNumber() || !exponent.isNumber())
         throwKindMismatch(base, exponent, "^");
     if (exponent.unit)
-        throw CalcError(L10n::pick("指数に単位は使えません", "An exponent can't have a unit"));
+        throw CalcError(MessageKind::exponentWithUnit);
     const double result = std::pow(base.number, exponent.number);
     if (!std::isfinite(result))
-        throw CalcError(L10n::pick("計算できません", "Can't calculate this"));
+        throw CalcError(MessageKind::cannotCalculateResult);
     if (!base.unit)
         return Value::plain(result);
     requireWholeUnitPower(exponent.number);
     if (base.unit->offset != 0) {
-        const std::string& unit = base.unit->display;
-        throw CalcError(L10n::pick(unit + " は累乗できません", unit + " can't be raised to a power"));
+        throw CalcError(MessageKind::unitNotRaisable, {base.unit->display});
     }
     const CombinedUnit raised = raiseUnit(base.unit, static_cast<int>(exponent.number));
     return Value::withUnit(result * raised.factor, raised.unit);

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "LumoKit/base/Messages.h"
 #include "LumoKit/values/Units.h"
 
 namespace lumo {
@@ -46,11 +47,8 @@ constexpr std::size_t maxValueWeight() {
 /// per 64 bytes of text. Counting stops once it passes `limit`.
 std::size_t valueWeight(const Value& value, std::size_t limit = maxValueWeight());
 
-/// The kind's name in messages: "表"/"a list", "文字"/"text", "数"/"a number".
-std::string kindName(const Value& value);
-/// One language's kind name, for messages composed per language before one is picked.
-std::string kindNameJapanese(const Value& value);
-std::string kindNameEnglish(const Value& value);
+/// The kind's name to insert into messages: "表"/"a list", "文字"/"text", "数"/"a number".
+Message kindName(const Value& value);
 
 /// A percent operand made its plain fraction (figure ÷ 100); other values unchanged.
 Value withoutPercent(const Value& value);
@@ -74,9 +72,8 @@ struct AlignedNumbers {
 AlignedNumbers alignUnits(const Value& left, const Value& right);
 
 /// The shared kind-mismatch failure: "{a}と{b}は {op} で計算できません" /
-/// "{op} doesn't work between {a} and {b}". The operator part may differ by language.
-[[noreturn]] void throwKindMismatch(const Value& left, const Value& right, std::string_view op);
-[[noreturn]] void throwKindMismatch(const Value& left, const Value& right, std::string_view opJapanese,
-                                    std::string_view opEnglish);
+/// "{op} doesn't work between {a} and {b}". The operation is an operator as written or a
+/// fragment such as MessageKind::thisCalculation.
+[[noreturn]] void throwKindMismatch(const Value& left, const Value& right, Message operation);
 
 } // namespace lumo

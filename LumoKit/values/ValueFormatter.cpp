@@ -1,7 +1,6 @@
 #include "LumoKit/values/ValueFormatter.h"
 
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <cmath>
 #include <system_error>
@@ -10,10 +9,6 @@ namespace lumo {
 
 namespace {
 
-std::atomic<int> g_maxFractionDigits{10};
-
-// Enough fraction digits for any double worth showing; the setting is clamped to this.
-constexpr int fractionDigitsCeiling = 20;
 constexpr std::size_t maxShownListItems = 100;
 // Deeper lists are abbreviated so that formatting never recurses without bound.
 constexpr int maxListDepth = 64;
@@ -104,12 +99,11 @@ std::string roundDecimalString(std::string text, int digits) {
     return "1" + text;
 }
 
-std::string decimalForm(double number, Grouping grouping) {
+std::string decimalForm(double number, int maxFractionDigits, Grouping grouping) {
     std::string shortest = toChars(number, std::chars_format::fixed);
     if (shortest.empty())
         return std::to_string(number);
-    std::string text =
-        trimFraction(roundDecimalString(std::move(shortest), ValueFormatter::maxFractionDigits()));
+    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits));
     if (text == "-0")
         return "0";
     if (grouping == Grouping::none)
@@ -121,18 +115,18 @@ std::string decimalForm(double number, Grouping grouping) {
            text.substr(point);
 }
 
-std::string formatList(const Value& list, Grouping grouping, int depth);
+std::string formatList(const Value& list, const EvaluationOptions& options, Grouping grouping, int depth);
 
-std::string formatAt(const Value& value, Grouping grouping, int depth) {
+std::string formatAt(const Value& value, const EvaluationOptions& options, Grouping grouping, int depth) {
     switch (value.kind) {
     case Value::Kind::text:
         return "\"" + value.text + "\"";
     case Value::Kind::list:
-        return formatList(value, grouping, depth);
+        return formatList(value, options, grouping, depth);
     case Value::Kind::number:
         break;
     }
-    std::string out = ValueFormatter::formatNumber(value.number, grouping);
+    std::string out = ValueFormatter::formatNumber(value.number, options, grouping);
     if (value.isPercent)
         return out + "%";
     if (value.unit)
@@ -140,7 +134,7 @@ std::string formatAt(const Value& value, Grouping grouping, int depth) {
     return out;
 }
 
-std::string formatList(const Value& list, Grouping grouping, int depth) {
+std::string formatList(const Value& list, const EvaluationOptions& options, Grouping grouping, int depth) {
     if (depth >= maxListDepth)
         return "[…]";
     std::string out = "[";
@@ -148,7 +142,7 @@ std::string formatList(const Value& list, Grouping grouping, int depth) {
     for (std::size_t i = 0; i < shown; ++i) {
         if (i != 0)
             out += ", ";
-        out += formatAt(list.items[i], grouping, depth + 1);
+        out += formatAt(list.items[i], options, grouping, depth + 1);
     }
     if (shown < list.items.size())
         out += ", … 全 " + std::to_string(list.items.size()) + " 個";
@@ -158,11 +152,11 @@ std::string formatList(const Value& list, Grouping grouping, int depth) {
 } // namespace
 
 int ValueFormatter::maxFractionDigits() {
-    return g_maxFractionDigits.load(std::memory_order_relaxed);
+    return FractionDigits::maximum();
 }
 
 void ValueFormatter::setMaxFractionDigits(int digits) {
-    g_maxFractionDigits.store(std::clamp(digits, 0, fractionDigitsCeiling), std::memory_order_relaxed);
+    FractionDigits::setMaximum(digits);
 }
 
 double ValueFormatter::roundSignificant(double number) {
@@ -175,7 +169,7 @@ double ValueFormatter::roundSignificant(double number) {
     return std::round(number * scale) / scale;
 }
 
-std::string ValueFormatter::formatNumber(double number, Grouping grouping) {
+std::string ValueFormatter::formatNumber(double number, const EvaluationOptions& options, Grouping grouping) {
     if (std::isnan(number))
         return "—";
     if (std::isinf(number))
@@ -186,11 +180,11 @@ std::string ValueFormatter::formatNumber(double number, Grouping grouping) {
     const double magnitude = std::fabs(rounded);
     if (magnitude >= 1e15 || magnitude < 1e-9)
         return exponentForm(rounded);
-    return decimalForm(rounded, grouping);
+    return decimalForm(rounded, options.maxFractionDigits, grouping);
 }
 
-std::string ValueFormatter::format(const Value& value, Grouping grouping) {
-    return formatAt(value, grouping, 0);
+std::string ValueFormatter::format(const Value& value, const EvaluationOptions& options, Grouping grouping) {
+    return formatAt(value, options, grouping, 0);
 }
 
 } // namespace lumo

@@ -18,7 +18,9 @@ QString writeAtomically(const QString& path, const QByteArray& bytes) {
     // A failure here is not fatal by itself: opening the file below reports the real cause.
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    // Buffered, a write that the disk cuts short while commit() flushes goes unnoticed and the
+    // truncated file replaces the good one. Unbuffered, write() says how much reached the file.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return path + QStringLiteral(": ") + file.errorString();
     if (file.write(bytes) != bytes.size()) {
         const QString error = path + QStringLiteral(": ") + file.errorString();

@@ -24,10 +24,12 @@ QString DocumentStore::defaultStorageDirectory() {
 
 DocumentStore::DocumentStore(Options options, NotificationCenter* notifications, UndoCenter* undoCenter,
                              AppSettings* settings, QObject* parent)
-    : QObject(parent), m_edits(options.clock), m_router(new ResultRouter(m_edits.document(), this)),
+    : QObject(parent), m_edits(options.clock),
+      m_router(new ResultRouter(m_edits.document(), options.evaluation, this)),
       m_keyLayouts(settings, notifications), m_notifications(notifications),
       m_undoCenter(undoCenter ? undoCenter : new UndoCenter(this)) {
     connect(m_router, &ResultRouter::resultsChanged, this, &DocumentStore::resultsChanged);
+    connect(m_router, &ResultRouter::idle, this, &DocumentStore::evaluationIdle);
     // A closed window no longer counts for the undo availability.
     connect(m_router, &ResultRouter::sessionClosed, this, &DocumentStore::refreshUndoAvailability);
 
@@ -321,6 +323,14 @@ void DocumentStore::repairSessions() {
         const Uuid twin = resolved(*session->sheetID());
         session->assignSheet(sheet(twin) ? std::optional(twin) : document().selectedSheetID);
     }
+}
+
+bool DocumentStore::isEvaluating() const {
+    return m_router->isEvaluating();
+}
+
+bool DocumentStore::waitForIdle(std::chrono::milliseconds timeout) {
+    return m_router->waitForIdle(timeout);
 }
 
 void DocumentStore::refreshResults() {

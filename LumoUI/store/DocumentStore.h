@@ -6,12 +6,14 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "LumoKit/document/Document.h"
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/document/ThreeWayMerge.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/EditableDocument.h"
@@ -54,7 +56,14 @@ public:
 
     const LumoDocument& document() const { return m_edits.document(); }
     /// The results of the sheet the active session shows (the selected sheet without one).
+    /// With background evaluation they are the latest published ones.
     const std::vector<LineResult>& results() const;
+    /// Whether a background evaluation has not reported back yet; never with synchronous
+    /// evaluation.
+    bool isEvaluating() const;
+    /// Runs the event loop until every background evaluation has reported back (and the
+    /// latest results are published); false after the timeout.
+    bool waitForIdle(std::chrono::milliseconds timeout = std::chrono::seconds(10));
     bool usingStarterDocument() const { return m_edits.isUntouchedStarter(); }
     /// The local "document.json"; empty for an in-memory store or without a storage folder.
     QString storageURL() const;
@@ -102,7 +111,10 @@ public:
 
 signals:
     void documentChanged();
+    /// The active session's sheet has new results (see results()).
     void resultsChanged();
+    /// The last background evaluation in flight has reported back.
+    void evaluationIdle();
     void clearSheetPromptChanged();
     void saved();
     void saveFailed(const QString& error);

@@ -17,6 +17,12 @@ enum class StoreSource {
     starter, ///< in memory with the starter document ("-lumoStarter")
 };
 
+/// Where the store evaluates sheets.
+enum class StoreEvaluation {
+    synchronous, ///< inside the edit that asked for it, so results are there when it returns
+    background,  ///< on worker threads; the latest results arrive later on the main thread
+};
+
 /// How a document store is set up; DocumentStore::Options names the same type.
 struct DocumentStoreOptions {
     StoreSource source = StoreSource::file;
@@ -28,6 +34,8 @@ struct DocumentStoreOptions {
     std::chrono::milliseconds mergeDelay = DocumentPersistence::defaultMergeDelay;
     /// The store's notion of now; the system clock when empty.
     std::function<Timestamp()> clock;
+    /// The application evaluates in the background, so typing never waits for a slow sheet.
+    StoreEvaluation evaluation = StoreEvaluation::synchronous;
 };
 
 } // namespace lumo

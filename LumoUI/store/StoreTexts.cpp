@@ -1,11 +1,12 @@
 #include "LumoUI/store/StoreTexts.h"
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 
 namespace lumo::StoreTexts {
 
 std::string newSheetName() {
-    return L10n::pick("新しいシート", "New Sheet");
+    return Message(MessageKind::newSheetName).text(L10n::resolved());
 }
 
 std::string numberedSheetName(std::size_t number) {

@@ -88,8 +88,9 @@ int main(int argc, char** argv) {
         double lumoNs = nanosecondsPerCall(
             [&] {
                 auto statement = lumo::parseStatement(line.lumo);
-                auto value = lumo::Evaluator(&names).evaluate(*statement.expr);
-                lumoAnswer = lumo::ValueFormatter::format(value, lumo::Grouping::none);
+                auto value = lumo::Evaluator(lumo::EvaluationOptions{}, &names).evaluate(*statement.expr);
+                lumoAnswer =
+                    lumo::ValueFormatter::format(value, lumo::EvaluationOptions{}, lumo::Grouping::none);
             },
             20000);
         double qalculateNs = nanosecondsPerCall(

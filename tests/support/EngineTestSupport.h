@@ -5,8 +5,8 @@
 //   expectAnswer("2 in to cm", "5.08 cm");
 //   expectError("5 / 0", "Cannot divide by zero");
 //
-// Both run in English and restore the language afterwards; answers are formatted without
-// digit grouping. An optional context supplies names, line answers and user functions.
+// Both run with English options unless told otherwise; answers are formatted without digit
+// grouping. An optional context supplies names, line answers and user functions.
 
 #include <gtest/gtest.h>
 
@@ -19,42 +19,28 @@
 #include <string_view>
 #include <vector>
 
-#include "LumoKit/base/Language.h"
+#include "LumoKit/base/CalcError.h"
+#include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/language/Parser.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo::test {
 
-/// Sets the language for one scope and puts the previous one back.
-class ScopedLanguage {
-public:
-    explicit ScopedLanguage(AppLanguage language) : m_previous(L10n::current()) {
-        L10n::setCurrent(language);
-    }
-    ~ScopedLanguage() { L10n::setCurrent(m_previous); }
-    ScopedLanguage(const ScopedLanguage&) = delete;
-    ScopedLanguage& operator=(const ScopedLanguage&) = delete;
+/// The options the engine tests run with unless they say otherwise: English messages,
+/// radians, 10 fraction digits.
+inline EvaluationOptions englishOptions() {
+    EvaluationOptions options;
+    options.language = Language::english;
+    return options;
+}
 
-private:
-    AppLanguage m_previous;
-};
-
-enum class Angles { radians, degrees };
-
-/// Sets the angle mode for one scope and puts the previous one back.
-class ScopedAngleMode {
-public:
-    explicit ScopedAngleMode(Angles angles) : m_previous(AngleMode::degrees()) {
-        AngleMode::setDegrees(angles == Angles::degrees);
-    }
-    ~ScopedAngleMode() { AngleMode::setDegrees(m_previous); }
-    ScopedAngleMode(const ScopedAngleMode&) = delete;
-    ScopedAngleMode& operator=(const ScopedAngleMode&) = delete;
-
-private:
-    bool m_previous;
-};
+inline EvaluationOptions optionsWith(Language language, AngleUnit angles = AngleUnit::radians) {
+    EvaluationOptions options;
+    options.language = language;
+    options.angles = angles;
+    return options;
+}
 
 /// A context filled by the test: named values, line answers and user functions.
 class MapContext final : public EvalContext {
@@ -81,12 +67,12 @@ private:
     }
 };
 
-/// The message `action` fails with, or "(no error)" when it succeeds.
-template <typename Action> std::string messageOf(Action&& action) {
+/// The message `action` fails with, in the given language, or "(no error)" when it succeeds.
+template <typename Action> std::string messageOf(Action&& action, Language language = Language::english) {
     try {
         action();
     } catch (const CalcError& error) {
-        return error.message();
+        return error.message().text(language);
     }
     return "(no error)";
 }
@@ -100,35 +86,41 @@ inline Value qty(double x, std::string_view unit) {
 }
 
 /// Parses and evaluates one line; throws CalcError.
-inline Value evaluateLine(std::string_view line, EvalContext* context = nullptr) {
-    return Evaluator(context).evaluate(parseStatement(line).expr);
+inline Value evaluateLine(std::string_view line, EvalContext* context = nullptr,
+                          const EvaluationOptions& options = englishOptions()) {
+    return Evaluator(options, context).evaluate(parseStatement(line).expr);
 }
 
 /// The answer column's text for one line (no grouping); throws CalcError.
-inline std::string answerOf(std::string_view line, EvalContext* context = nullptr) {
-    return ValueFormatter::format(evaluateLine(line, context), Grouping::none);
+inline std::string answerOf(std::string_view line, EvalContext* context = nullptr,
+                            const EvaluationOptions& options = englishOptions()) {
+    return ValueFormatter::format(evaluateLine(line, context, options), options, Grouping::none);
 }
 
-inline void expectAnswer(std::string_view line, std::string_view expected, EvalContext* context = nullptr) {
-    ScopedLanguage english(AppLanguage::english);
+inline void expectAnswer(std::string_view line, std::string_view expected, EvalContext* context = nullptr,
+                         const EvaluationOptions& options = englishOptions()) {
     try {
-        EXPECT_EQ(answerOf(line, context), expected) << "line: " << line;
+        EXPECT_EQ(answerOf(line, context, options), expected) << "line: " << line;
     } catch (const CalcError& error) {
         ADD_FAILURE() << "line: " << line << "\n  expected answer: " << expected
-                      << "\n  failed with: " << error.message();
+                      << "\n  failed with: " << error.message().text(Language::english);
     }
 }
 
-/// Expects the line to fail with exactly this message, in the given language (English by default).
+/// Expects the line to fail with exactly this message, in the options' language (English by default).
 inline void expectError(std::string_view line, std::string_view message, EvalContext* context = nullptr,
-                        AppLanguage language = AppLanguage::english) {
-    ScopedLanguage scoped(language);
+                        const EvaluationOptions& options = englishOptions()) {
     try {
-        const std::string answer = answerOf(line, context);
+        const std::string answer = answerOf(line, context, options);
         ADD_FAILURE() << "line: " << line << "\n  expected error: " << message << "\n  answered: " << answer;
     } catch (const CalcError& error) {
-        EXPECT_EQ(error.message(), message) << "line: " << line;
+        EXPECT_EQ(error.message().text(options.language), message) << "line: " << line;
     }
+}
+
+inline void expectError(std::string_view line, std::string_view message, EvalContext* context,
+                        Language language) {
+    expectError(line, message, context, optionsWith(language));
 }
 
 /// A table row: a line and what it must show, an answer or a message.
@@ -137,15 +129,20 @@ struct LineCase {
     std::string_view expected;
 };
 
-inline void expectAnswers(std::initializer_list<LineCase> cases, EvalContext* context = nullptr) {
+inline void expectAnswers(std::initializer_list<LineCase> cases, EvalContext* context = nullptr,
+                          const EvaluationOptions& options = englishOptions()) {
     for (const LineCase& c : cases)
-        expectAnswer(c.line, c.expected, context);
+        expectAnswer(c.line, c.expected, context, options);
 }
 
 inline void expectErrors(std::initializer_list<LineCase> cases, EvalContext* context = nullptr,
-                         AppLanguage language = AppLanguage::english) {
+                         const EvaluationOptions& options = englishOptions()) {
     for (const LineCase& c : cases)
-        expectError(c.line, c.expected, context, language);
+        expectError(c.line, c.expected, context, options);
+}
+
+inline void expectErrors(std::initializer_list<LineCase> cases, EvalContext* context, Language language) {
+    expectErrors(cases, context, optionsWith(language));
 }
 
 } // namespace lumo::test

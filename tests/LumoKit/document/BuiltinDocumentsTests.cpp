@@ -33,7 +33,8 @@ std::vector<std::string> failingLines(const std::vector<Sheet>& sheets) {
                 others.push_back(SharedSheet{sheets[j].name, sheets[j].text});
         }
         const std::vector<std::string> lines = unicode::splitLines(sheets[i].text);
-        const std::vector<LineResult> results = DocumentEvaluator::evaluate(sheets[i].text, others);
+        const std::vector<LineResult> results =
+            DocumentEvaluator::evaluate(sheets[i].text, others, EvaluationOptions::current());
         for (std::size_t line = 0; line < results.size(); ++line) {
             if (results[line].outcome.kind == LineOutcome::Kind::failure)
                 failures.push_back(sheets[i].name + ":" + std::to_string(line + 1) + " " +

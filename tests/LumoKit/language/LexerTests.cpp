@@ -51,8 +51,8 @@ std::vector<std::int64_t> starts(const std::vector<Token>& tokens) {
     return out;
 }
 
-std::string lexError(std::string_view text) {
-    return messageOf([&] { tokenize(text); });
+std::string lexError(std::string_view text, Language language = Language::english) {
+    return messageOf([&] { tokenize(text); }, language);
 }
 
 struct Case {
@@ -139,7 +139,6 @@ TEST(Lexer, StartsCountCharactersOfTheNormalisedText) {
 }
 
 TEST(Lexer, Failures) {
-    const ScopedLanguage english(AppLanguage::english);
     const Case cases[] = {
         {"5!", "The character “!” can’t be used"},
         {"1.", "The character “.” can’t be used"},
@@ -159,10 +158,9 @@ TEST(Lexer, Failures) {
 }
 
 TEST(Lexer, JapaneseMessages) {
-    const ScopedLanguage japanese(AppLanguage::japanese);
-    EXPECT_EQ(lexError("＄5"), "「＄」は使えない文字です");
-    EXPECT_EQ(lexError("1e999"), "数が大きすぎます");
-    EXPECT_EQ(lexError("'abc"), "文字の終わりの ' がありません");
+    EXPECT_EQ(lexError("＄5", Language::japanese), "「＄」は使えない文字です");
+    EXPECT_EQ(lexError("1e999", Language::japanese), "数が大きすぎます");
+    EXPECT_EQ(lexError("'abc", Language::japanese), "文字の終わりの ' がありません");
 }
 
 TEST(Lexer, LongLinesEndInTokens) {

@@ -57,8 +57,8 @@ std::string parsed(std::string_view text) {
     return (statement.name ? *statement.name + " = " : std::string()) + print(statement.expr);
 }
 
-std::string parseError(std::string_view text) {
-    return messageOf([&] { parseStatement(text); });
+std::string parseError(std::string_view text, Language language = Language::english) {
+    return messageOf([&] { parseStatement(text); }, language);
 }
 
 std::string repeated(std::string_view piece, int count) {
@@ -148,7 +148,6 @@ TEST(Parser, ListsCallsRefsAndNames) {
 }
 
 TEST(Parser, Failures) {
-    const ScopedLanguage english(AppLanguage::english);
     const Case cases[] = {
         {"", "There’s no expression"},
         {"a =", "There’s no expression"},
@@ -177,12 +176,11 @@ TEST(Parser, Failures) {
 }
 
 TEST(Parser, JapaneseMessages) {
-    const ScopedLanguage japanese(AppLanguage::japanese);
-    EXPECT_EQ(parseError("a ="), "式がありません");
-    EXPECT_EQ(parseError("*3"), "「*」の使い方が正しくありません");
-    EXPECT_EQ(parseError("f(1"), "f( の閉じ括弧がありません");
-    EXPECT_EQ(parseError("[1"), "表の閉じ括弧 ] がありません");
-    EXPECT_EQ(parseError(repeated("-", 300) + "1"), "式の入れ子が深すぎます");
+    EXPECT_EQ(parseError("a =", Language::japanese), "式がありません");
+    EXPECT_EQ(parseError("*3", Language::japanese), "「*」の使い方が正しくありません");
+    EXPECT_EQ(parseError("f(1", Language::japanese), "f( の閉じ括弧がありません");
+    EXPECT_EQ(parseError("[1", Language::japanese), "表の閉じ括弧 ] がありません");
+    EXPECT_EQ(parseError(repeated("-", 300) + "1", Language::japanese), "式の入れ子が深すぎます");
 }
 
 TEST(Parser, SameTreeComparesStructure) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "support/SheetTestSupport.h"
 
@@ -53,7 +56,7 @@ TEST(DocumentEvaluator, BuiltinWordsCannotBeNames) {
     });
     expectSheets({{"ans = 1", {"! 「ans」はもともとある言葉なので名前に使えません"}},
                   {"1 m\n1 kg\nsum", {"1 m", "1 kg", "! 種類の違う単位が混ざっていて合計できません"}}},
-                 {}, AppLanguage::japanese);
+                 {}, Language::japanese);
 }
 
 TEST(DocumentEvaluator, TrailingEqualsAndContinuation) {
@@ -116,4 +119,64 @@ TEST(DocumentEvaluator, PrepareLine) {
     };
     for (const auto& c : cases)
         EXPECT_EQ(prepareLine(c.text, c.hasPrevious), c.expected) << c.text;
+}
+
+// A run is a function of its text, the other sheets and its options: runs with different options
+// at once on several threads each get their single-threaded answer, while the process-wide
+// defaults change under them.
+TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
+    const std::vector<SharedSheet> others{{"Library", "def half(v):\n    return v / 2\n"}};
+    const std::string sheets[] = {
+        "sin(30)\nasin(1)\n1 / 3\nstr(2 / 3)\nhalf(7)\n5 / 0\nx + 1\n10 m\n2 kg\nsum",
+        "for i in range(4):\n    cos(60 * i)\nacos(0)\n[1, 2][5]\n1 m to kg\nround(2 / 7, 3)\nrange(0)",
+        "total = 0\nfor n in [1, 2, 3]:\n    total = total + n / 3\ntotal\nsqrt(-1)\nhalf(1, 2)\nplot(x^2)",
+    };
+    const EvaluationOptions options[] = {
+        {Language::english, AngleUnit::radians, 10},
+        {Language::japanese, AngleUnit::degrees, 3},
+        {Language::english, AngleUnit::degrees, 0},
+        {Language::japanese, AngleUnit::radians, 15},
+    };
+    struct Run {
+        const std::string* text;
+        EvaluationOptions options;
+        std::vector<std::string> expected;
+    };
+    std::vector<Run> runs;
+    for (const auto& text : sheets) {
+        for (const auto& option : options)
+            runs.push_back(
+                {&text, option, showResults(DocumentEvaluator::evaluate(text, others, option), option)});
+    }
+    // The options matter to every sheet, so equal answers below are not a coincidence.
+    EXPECT_NE(runs[0].expected, runs[1].expected);
+    EXPECT_NE(runs[4].expected, runs[6].expected);
+
+    std::atomic<bool> done{false};
+    std::atomic<int> mismatches{0};
+    std::vector<std::thread> threads;
+    for (const Run& run : runs) {
+        threads.emplace_back([&run, &others, &mismatches] {
+            for (int i = 0; i < 20; ++i) {
+                if (showResults(DocumentEvaluator::evaluate(*run.text, others, run.options), run.options) !=
+                    run.expected)
+                    ++mismatches;
+            }
+        });
+    }
+    std::thread settings([&done] {
+        for (int i = 0; !done; ++i) {
+            L10n::setCurrent(i % 2 == 0 ? AppLanguage::japanese : AppLanguage::english);
+            AngleMode::setDegrees(i % 2 == 0);
+            ValueFormatter::setMaxFractionDigits(i % 16);
+        }
+    });
+    for (auto& thread : threads)
+        thread.join();
+    done = true;
+    settings.join();
+    L10n::setCurrent(AppLanguage::system);
+    AngleMode::setDegrees(false);
+    ValueFormatter::setMaxFractionDigits(10);
+    EXPECT_EQ(mismatches, 0);
 }

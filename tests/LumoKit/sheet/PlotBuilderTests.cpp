@@ -9,19 +9,18 @@ using namespace lumo::test;
 namespace {
 
 // A sheet that knows a few names; it defines x too, which plots must shadow.
-PlotSpec plot(const std::string& line) {
+PlotSpec plot(const std::string& line, const EvaluationOptions& options = englishOptions()) {
     MapContext context;
     context.names = {{"x", Value::plain(100)},
                      {"a", Value::plain(2)},
                      {"家賃", Value::plain(80000)},
                      {"光熱費", Value::plain(12000)},
                      {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
-    return buildPlot(std::get<expr::Call>(parseStatement(line).expr->node), line, context);
+    return buildPlot(std::get<expr::Call>(parseStatement(line).expr->node), line, context, options);
 }
 
-std::string failure(const std::string& line, AppLanguage language) {
-    const ScopedLanguage scoped(language);
-    return messageOf([&] { plot(line); });
+std::string failure(const std::string& line, Language language) {
+    return messageOf([&] { plot(line, optionsWith(language)); }, language);
 }
 
 } // namespace
@@ -90,8 +89,8 @@ TEST(PlotBuilder, Failures) {
         {"chart(1, [2])", "グラフにできない値があります", "Some values can’t be charted"},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(failure(c.line, AppLanguage::japanese), c.japanese) << c.line;
-        EXPECT_EQ(failure(c.line, AppLanguage::english), c.english) << c.line;
+        EXPECT_EQ(failure(c.line, Language::japanese), c.japanese) << c.line;
+        EXPECT_EQ(failure(c.line, Language::english), c.english) << c.line;
     }
 }
 

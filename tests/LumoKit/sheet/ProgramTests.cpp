@@ -12,9 +12,9 @@ template <class... Ts> struct overloaded : Ts... { using Ts::operator()...; };
 template <class... Ts> overloaded(Ts...) -> overloaded<Ts...>;
 
 // A compact picture of a tree: L3 is line 3, _ blank, # note, bodies in parentheses.
-std::string describe(const ProgramBody& body);
+std::string describe(const ProgramBody& body, Language language);
 
-std::string describe(const ProgramNode& node) {
+std::string describe(const ProgramNode& node, Language language) {
     const auto n = [](std::int64_t index) { return std::to_string(index); };
     return std::visit(
         overloaded{
@@ -22,7 +22,8 @@ std::string describe(const ProgramNode& node) {
             [&](const Program::Blank& blank) { return "_" + n(blank.index); },
             [&](const Program::Comment& comment) { return "#" + n(comment.index); },
             [&](const Program::Invalid& invalid) {
-                return "!" + n(invalid.index) + " " + invalid.message + "(" + describe(invalid.body) + ")";
+                return "!" + n(invalid.index) + " " + invalid.message.text(language) + "(" +
+                       describe(invalid.body, language) + ")";
             },
             [&](const Program::IfChain& chain) {
                 std::string text;
@@ -30,21 +31,21 @@ std::string describe(const ProgramNode& node) {
                     text += (text.empty()       ? "if"
                              : branch.condition ? "elif"
                                                 : "else") +
-                            n(branch.index) + "(" + describe(branch.body) + ")";
+                            n(branch.index) + "(" + describe(branch.body, language) + ")";
                 return text;
             },
             [&](const Program::ForLoop& loop) {
-                return "for" + n(loop.index) + " " + loop.name + "(" + describe(loop.body) + ")";
+                return "for" + n(loop.index) + " " + loop.name + "(" + describe(loop.body, language) + ")";
             },
             [&](const Program::WhileLoop& loop) {
-                return "while" + n(loop.index) + "(" + describe(loop.body) + ")";
+                return "while" + n(loop.index) + "(" + describe(loop.body, language) + ")";
             },
             [&](const Program::Define& define) {
                 std::string params;
                 for (const auto& param : define.params)
                     params += (params.empty() ? "" : ",") + param;
                 return "def" + n(define.index) + " " + define.name + "[" + params + "](" +
-                       describe(*define.body) + ")";
+                       describe(*define.body, language) + ")";
             },
             [&](const Program::Return& statement) {
                 return "ret" + n(statement.index) + (statement.value ? "=" : "");
@@ -55,18 +56,15 @@ std::string describe(const ProgramNode& node) {
         node.node);
 }
 
-std::string describe(const ProgramBody& body) {
+std::string describe(const ProgramBody& body, Language language) {
     std::string text;
     for (const auto& node : body)
-        text += (text.empty() ? "" : " ") + describe(node);
+        text += (text.empty() ? "" : " ") + describe(node, language);
     return text;
 }
 
-std::string tree(const std::string& text, AppLanguage language = AppLanguage::english) {
-    L10n::setCurrent(language);
-    std::string shown = describe(Program::parse(unicode::splitLines(text)));
-    L10n::setCurrent(AppLanguage::system);
-    return shown;
+std::string tree(const std::string& text, Language language = Language::english) {
+    return describe(Program::parse(unicode::splitLines(text)), language);
 }
 
 struct TreeCase {
@@ -74,7 +72,7 @@ struct TreeCase {
     std::string expected;
 };
 
-void expectTrees(const std::vector<TreeCase>& cases, AppLanguage language = AppLanguage::english) {
+void expectTrees(const std::vector<TreeCase>& cases, Language language = Language::english) {
     for (const auto& c : cases)
         EXPECT_EQ(tree(c.text, language), c.expected) << c.text;
 }
@@ -176,7 +174,7 @@ TEST(Program, StructuralMistakes) {
                  {"def f(1):", "!0 関数と引数の名前は、文字で始まる言葉にします()"},
                  {"if 1 +:", "!0 条件の書き方が正しくありません(if0())"},
                  {"return )", "!0 return のうしろの式が読めません()"}},
-                AppLanguage::japanese);
+                Language::japanese);
 }
 
 TEST(Program, CollectDefinitions) {
@@ -187,5 +185,5 @@ TEST(Program, CollectDefinitions) {
     const ProgramFunction& f = table.at("f");
     EXPECT_EQ(f.params, (std::vector<std::string>{"y", "z"})); // the later def wins
     EXPECT_EQ(f.home, "Other");
-    EXPECT_EQ(describe(*f.body), "ret6=");
+    EXPECT_EQ(describe(*f.body, Language::english), "ret6=");
 }

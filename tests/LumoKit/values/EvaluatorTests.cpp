@@ -38,7 +38,7 @@ TEST(Evaluator, ConstantsAndNames) {
                   {"b", "b is not defined (for the unit B, write it uppercase: B)"},
                   {"c", "c is not defined (for the unit °C, write it uppercase: C)"}});
     expectError("b", "b が定義されていません（単位の B なら B と大文字で書きます）", nullptr,
-                AppLanguage::japanese);
+                Language::japanese);
 }
 
 TEST(Evaluator, ContextNamesLinesAndFunctions) {
@@ -55,7 +55,7 @@ TEST(Evaluator, ContextNamesLinesAndFunctions) {
                   {"broken(1)", "broken inside"},
                   {"a b zz", "Unknown unit “zz”"}},
                  &context);
-    expectError("#9", "#9 が見つかりません", &context, AppLanguage::japanese);
+    expectError("#9", "#9 が見つかりません", &context, Language::japanese);
 }
 
 TEST(Evaluator, Comparisons) {
@@ -76,7 +76,7 @@ TEST(Evaluator, Comparisons) {
     expectErrors({{"1 m < 1 kg", "m and kg can't be added together"},
                   {"[1] < [2]", "Lists can be checked for equality, but not ordered"},
                   {"1 < \"1\"", "a number and text can’t be ordered"}});
-    expectError("[1] > 2", "表と数は大小を比べられません", nullptr, AppLanguage::japanese);
+    expectError("[1] > 2", "表と数は大小を比べられません", nullptr, Language::japanese);
 }
 
 TEST(Evaluator, LogicAndNegation) {
@@ -91,7 +91,7 @@ TEST(Evaluator, LogicAndNegation) {
     expectErrors({{"1 and missing", "missing is not defined"},
                   {"-[1]", "Can’t negate a list"},
                   {"-\"a\"", "Can’t negate text"}});
-    expectError("-[1]", "表に − は付けられません", nullptr, AppLanguage::japanese);
+    expectError("-[1]", "表に − は付けられません", nullptr, Language::japanese);
 }
 
 TEST(Evaluator, Indexing) {
@@ -111,7 +111,7 @@ TEST(Evaluator, Indexing) {
                   {"5[0]", "[ ] can’t be used on a number"}});
     expectErrors(
         {{"[10, 20, 30][3]", "表の 3 番目はありません（0〜2）"}, {"[][0]", "空の表には 0 番目がありません"}},
-        nullptr, AppLanguage::japanese);
+        nullptr, Language::japanese);
 }
 
 TEST(Evaluator, PercentsAndUnits) {
@@ -149,5 +149,5 @@ TEST(Evaluator, ConversionFailureMessages) {
         {"5 $ to 円", "Can't convert 5USD to 円"},
         {"1.5 kg to m", "Can't convert 1.5 kg to m"},
     });
-    expectErrors({{"5 USD to 円", "5USD は 円 に変換できません"}}, nullptr, AppLanguage::japanese);
+    expectErrors({{"5 USD to 円", "5USD は 円 に変換できません"}}, nullptr, Language::japanese);
 }

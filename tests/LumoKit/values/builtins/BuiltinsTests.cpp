@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "LumoKit/values/Builtins.h"
+#include "LumoKit/values/builtins/Builtins.h"
 #include "support/EngineTestSupport.h"
 
 using namespace lumo;
@@ -27,7 +27,7 @@ TEST(Builtins, CommonArgumentRules) {
     expectErrors({{"sqrt([4])", "sqrt に表 は渡せません"},
                   {"sqrt()", "sqrt は引数が 1 つ必要です"},
                   {"foo(1)", "foo という関数はありません"}},
-                 nullptr, AppLanguage::japanese);
+                 nullptr, Language::japanese);
 }
 
 TEST(Builtins, SignAndRounding) {
@@ -50,7 +50,7 @@ TEST(Builtins, SignAndRounding) {
                   {"round(1, 1 m)", "Digits can’t have a unit"},
                   {"round()", "Use round(value) or round(value, digits)"},
                   {"floor(1, 2, 3)", "Use floor(value) or floor(value, digits)"}});
-    expectError("ceil()", "ceil(値) または ceil(値, 桁数) で使います", nullptr, AppLanguage::japanese);
+    expectError("ceil()", "ceil(値) または ceil(値, 桁数) で使います", nullptr, Language::japanese);
 }
 
 TEST(Builtins, Aggregates) {
@@ -70,7 +70,7 @@ TEST(Builtins, Aggregates) {
                   {"max(1 m, 1 kg)", "m and kg can't be added together"},
                   {"min(1, \"a\")", "min can’t take text"},
                   {"sum(1e308, 1e308)", "Can’t calculate this"}});
-    expectError("sum()", "sum には値が必要です", nullptr, AppLanguage::japanese);
+    expectError("sum()", "sum には値が必要です", nullptr, Language::japanese);
 }
 
 TEST(Builtins, ListsAndTexts) {
@@ -96,7 +96,7 @@ TEST(Builtins, ListsAndTexts) {
                   {"sort(3)", "sort arranges the items of a list"},
                   {"reverse(1)", "reverse works on a list or text"}});
     expectError("sort([3, \"a\"])", "sort で並べ替えられるのは、数どうしか文字どうしです", nullptr,
-                AppLanguage::japanese);
+                Language::japanese);
 }
 
 TEST(Builtins, Logarithms) {
@@ -106,20 +106,20 @@ TEST(Builtins, Logarithms) {
 }
 
 TEST(Builtins, TrigonometryInRadians) {
-    ScopedAngleMode radians(Angles::radians);
     expectAnswers({{"sin(0)", "0"},
                    {"cos(pi)", "-1"},
                    {"sin(30 deg)", "0.5"},
                    {"cos(180°)", "-1"},
                    {"asin(1)", "1.5707963268 rad"},
-                   {"atan(1)", "0.7853981634 rad"}});
+                   {"atan(1)", "0.7853981634 rad"}},
+                  nullptr, optionsWith(Language::english, AngleUnit::radians));
     expectErrors({{"sin(1 m)", "sin needs an angle"},
                   {"asin(2)", "asin needs a value between -1 and 1"},
                   {"acos(-1.5)", "acos needs a value between -1 and 1"}});
 }
 
 TEST(Builtins, TrigonometryInDegrees) {
-    ScopedAngleMode degrees(Angles::degrees);
+    const EvaluationOptions degrees = optionsWith(Language::english, AngleUnit::degrees);
     expectAnswers({{"sin(30)", "0.5"},
                    {"sin(180)", "0"},
                    {"sin(-450)", "-1"},
@@ -128,9 +128,11 @@ TEST(Builtins, TrigonometryInDegrees) {
                    {"cos(pi rad)", "-1"},
                    {"asin(1)", "90 deg"},
                    {"acos(0.5)", "60 deg"},
-                   {"atan(1)", "45 deg"}});
-    expectErrors({{"tan(90)", "Can’t calculate this"}});
-    expectError("tan(1 kg)", "tan には角度を渡してください", nullptr, AppLanguage::japanese);
+                   {"atan(1)", "45 deg"}},
+                  nullptr, degrees);
+    expectErrors({{"tan(90)", "Can’t calculate this"}}, nullptr, degrees);
+    expectError("tan(1 kg)", "tan には角度を渡してください", nullptr,
+                optionsWith(Language::japanese, AngleUnit::degrees));
 }
 
 TEST(Builtins, TwoArgumentArithmetic) {
@@ -158,5 +160,5 @@ TEST(Builtins, TwoArgumentArithmetic) {
                   {"lcm(0, 5)", "Zero can’t be used here"},
                   {"lcm(9007199254740992, 9007199254740991)", "The lcm result is too large"}});
     expectErrors({{"gcd(1.5, 3)", "gcd(整数, 整数) で使います"}, {"mod(7, 0)", "0 では割れません"}}, nullptr,
-                 AppLanguage::japanese);
+                 Language::japanese);
 }
