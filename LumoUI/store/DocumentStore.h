@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "LumoKit/document/Document.h"
-#include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/document/ThreeWayMerge.h"
+#include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/EditableDocument.h"
 #include "LumoUI/store/KeyLayoutBridge.h"
