@@ -1,6 +1,7 @@
 #include "LumoKit/document/Document.h"
 
 #include <algorithm>
+#include <tuple>
 #include <unordered_map>
 
 #include "LumoKit/base/Language.h"
@@ -127,7 +128,10 @@ LumoDocument LumoDocument::normalized(Timestamp now) const {
     std::unordered_map<std::string, std::size_t> keeperOfKey;
     for (std::size_t i = 0; i < unique.size(); ++i) {
         const auto [entry, inserted] = keeperOfKey.emplace(contentKey(unique[i]), i);
-        if (!inserted && unique[i].updatedAt < unique[entry->second].updatedAt)
+        // Equal dates fall to the smaller identifier, not the document order, so that devices
+        // whose orders differ keep the same sheet.
+        const Sheet& keeper = unique[entry->second];
+        if (!inserted && std::tie(unique[i].updatedAt, unique[i].id) < std::tie(keeper.updatedAt, keeper.id))
             entry->second = i;
     }
 

@@ -49,7 +49,8 @@ struct LumoDocument {
     /// This document with duplicates removed and the selection repaired. Sheets that
     /// share an identifier collapse into the one with the latest `updatedAt` (the first
     /// on ties), in the place of the first. Sheets with the same name and text collapse
-    /// into the one with the earliest `updatedAt`; the others get tombstones dated `now`.
+    /// into the one with the earliest `updatedAt` (the smaller identifier on equal dates); the
+    /// others get tombstones dated `now`.
     /// A missing or dangling selection becomes the first sheet.
     LumoDocument normalized(Timestamp now) const;
 };

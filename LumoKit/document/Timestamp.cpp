@@ -64,8 +64,14 @@ std::optional<int> readZoneOffset(std::string_view zone) {
 } // namespace
 
 std::string formatIso8601(Timestamp time) {
-    double seconds = std::isfinite(time.seconds) ? std::floor(time.seconds) : 0.0;
-    seconds = std::clamp(seconds, earliestWritableSeconds, latestWritableSeconds);
+    // Milliseconds are the precision kept: in memory, times are whole milliseconds already.
+    const double milliseconds = std::isfinite(time.seconds) ? std::round(time.seconds * 1000.0) : 0.0;
+    double seconds = std::floor(milliseconds / 1000.0);
+    long fraction = static_cast<long>(milliseconds - seconds * 1000.0);
+    if (seconds < earliestWritableSeconds || seconds > latestWritableSeconds) {
+        seconds = std::clamp(seconds, earliestWritableSeconds, latestWritableSeconds);
+        fraction = 0;
+    }
     const sys_seconds moment{std::chrono::seconds(static_cast<std::int64_t>(seconds))};
     const sys_days day = floor<days>(moment);
     const year_month_day date{day};
@@ -84,6 +90,10 @@ std::string formatIso8601(Timestamp time) {
     appendPadded(text, clock.minutes().count(), 2);
     text += ':';
     appendPadded(text, static_cast<long>(clock.seconds().count()), 2);
+    if (fraction != 0) {
+        text += '.';
+        appendPadded(text, fraction, 3);
+    }
     text += 'Z';
     return text;
 }
@@ -100,7 +110,24 @@ std::optional<Timestamp> parseIso8601(std::string_view text) {
     const auto hourValue = readDigits(text, 11, 2);
     const auto minuteValue = readDigits(text, 14, 2);
     const auto secondValue = readDigits(text, 17, 2);
-    const auto offset = readZoneOffset(text.substr(dateTimeLength));
+    // Fractional seconds: the first three digits count, to the millisecond.
+    std::size_t zoneStart = dateTimeLength;
+    std::int64_t milliseconds = 0;
+    if (text[zoneStart] == '.') {
+        std::size_t digits = 0;
+        while (zoneStart + 1 + digits < text.size() && text[zoneStart + 1 + digits] >= '0' &&
+               text[zoneStart + 1 + digits] <= '9') {
+            if (digits < 3)
+                milliseconds = milliseconds * 10 + (text[zoneStart + 1 + digits] - '0');
+            ++digits;
+        }
+        if (digits == 0)
+            return std::nullopt;
+        for (std::size_t padding = digits; padding < 3; ++padding)
+            milliseconds *= 10;
+        zoneStart += 1 + digits;
+    }
+    const auto offset = readZoneOffset(text.substr(zoneStart));
     if (!yearValue || !monthValue || !dayValue || !hourValue || !minuteValue || !secondValue || !offset)
         return std::nullopt;
     if (*hourValue > 23 || *minuteValue > 59 || *secondValue > 59)
@@ -110,8 +137,9 @@ std::optional<Timestamp> parseIso8601(std::string_view text) {
     if (!date.ok())
         return std::nullopt;
     const auto dayStart = sys_seconds(sys_days(date)).time_since_epoch().count();
-    const auto seconds = dayStart + *hourValue * 3600 + *minuteValue * 60 + *secondValue - *offset;
-    return Timestamp{static_cast<double>(seconds)};
+    const std::int64_t seconds = dayStart + *hourValue * 3600 + *minuteValue * 60 + *secondValue - *offset;
+    // Built from whole milliseconds, like every time made in memory, so the two compare equal.
+    return Timestamp{static_cast<double>(seconds * 1000 + milliseconds) / 1000.0};
 }
 
 } // namespace lumo

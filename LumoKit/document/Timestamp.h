@@ -8,7 +8,7 @@
 namespace lumo {
 
 /// An absolute moment: seconds since 1970-01-01T00:00:00Z, double precision.
-/// The file stores whole seconds only.
+/// The file stores milliseconds.
 struct Timestamp {
     double seconds = 0;
 
@@ -18,10 +18,11 @@ struct Timestamp {
     friend auto operator<=>(const Timestamp&, const Timestamp&) = default;
 };
 
-/// "2025-01-31T09:15:00Z": ISO 8601 in UTC with whole seconds (fractions are dropped).
+/// "2025-01-31T09:15:00Z": ISO 8601 in UTC, to the millisecond ("2025-01-31T09:15:00.250Z")
+/// when the time has a fraction of a second, with whole seconds otherwise.
 std::string formatIso8601(Timestamp time);
-/// Parses "YYYY-MM-DDTHH:MM:SSZ" (or a "+hh:mm"/"-hh:mm" offset in place of "Z").
-/// Fractional seconds and every other form give nothing.
+/// Parses "YYYY-MM-DDTHH:MM:SSZ" with optional fractional seconds (read to the millisecond), or
+/// a "+hh:mm"/"-hh:mm" offset in place of "Z". Every other form gives nothing.
 std::optional<Timestamp> parseIso8601(std::string_view text);
 
 } // namespace lumo

@@ -1,9 +1,12 @@
 #include "LumoUI/persistence/DocumentPersistence.h"
 
 #include <QCoreApplication>
+#include <QCryptographicHash>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QtDebug>
 
 #include <exception>
@@ -15,6 +18,16 @@
 namespace lumo {
 
 namespace {
+
+// In the temporary folder, so that no sync client copies it to other machines.
+QString lockFilePath(const QString& cloudFile) {
+    const QByteArray key =
+        QCryptographicHash::hash(QFileInfo(cloudFile).absoluteFilePath().toUtf8(), QCryptographicHash::Sha1)
+            .toHex()
+            .left(16);
+    return QDir::temp().filePath(QStringLiteral("lumo-cloud-") + QString::fromLatin1(key) +
+                                 QStringLiteral(".lock"));
+}
 
 std::optional<LumoDocument> decodeBytes(const QByteArray& bytes) {
     try {
@@ -54,30 +67,35 @@ std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now) {
         return std::nullopt;
     const std::optional<QByteArray> bytes = DocumentFile::read(m_options.localFile);
     std::optional<LumoDocument> document = bytes ? decodeBytes(*bytes) : std::nullopt;
-    if (!document) {
-        // A file that is there but cannot be read is set aside like one that cannot be decoded:
-        // the next save would otherwise replace it.
-        if (!QFileInfo::exists(m_options.localFile))
-            return std::nullopt;
-        const char* problem = bytes ? "could not decode" : "could not read";
-        const auto when = QDateTime::fromSecsSinceEpoch(qint64(now.seconds));
-        const QString aside = DocumentFile::moveAside(m_options.localFile, when);
-        if (aside.isEmpty())
-            qWarning().noquote() << "Lumo:" << problem << m_options.localFile
-                                 << "and could not move it aside";
-        else
-            qWarning().noquote() << "Lumo:" << problem << m_options.localFile << "- moved it to" << aside;
-        return std::nullopt;
+    if (document && !document->sheets.empty()) {
+        m_lastSyncedData = *bytes;
+        m_syncedDocument = document;
+        m_localBytes = *bytes;
+        return document;
     }
-    if (document->sheets.empty())
+    // A file that is there but cannot be used is set aside, so that the starter document's first
+    // save does not replace it. A file without sheets still holds tombstones and key layouts.
+    if (!QFileInfo::exists(m_options.localFile))
         return std::nullopt;
-    m_lastSyncedData = *bytes;
-    return document;
+    const char* problem = !bytes ? "could not read" : document ? "found no sheets in" : "could not decode";
+    const auto when = QDateTime::fromSecsSinceEpoch(qint64(now.seconds));
+    const QString aside = DocumentFile::moveAside(m_options.localFile, when);
+    if (aside.isEmpty())
+        qWarning().noquote() << "Lumo:" << problem << m_options.localFile << "and could not move it aside";
+    else
+        qWarning().noquote() << "Lumo:" << problem << m_options.localFile << "- moved it to" << aside;
+    return std::nullopt;
 }
 
 void DocumentPersistence::scheduleSave() {
     ++m_changeGeneration;
-    m_saveTimer.start();
+    if (!m_saveTimer.isActive())
+        m_unsavedSince.start();
+    // Changes that never pause for a whole delay would otherwise put the save off for ever.
+    const auto longest = m_options.saveDelay * maximumSaveDelays;
+    const auto left =
+        std::chrono::milliseconds(std::max<qint64>(0, longest.count() - m_unsavedSince.elapsed()));
+    m_saveTimer.start(std::min(m_options.saveDelay, left));
 }
 
 void DocumentPersistence::save() {
@@ -89,40 +107,81 @@ void DocumentPersistence::save() {
 void DocumentPersistence::startSave() {
     if (m_options.localFile.isEmpty() && !m_cloud)
         return;
+    // One write at a time, so each knows what the one before left in the cloud file.
+    if (m_writesInFlight > 0) {
+        m_saveAfterWrites = true;
+        return;
+    }
     ++m_writesInFlight;
-    const std::uint64_t generation = m_changeGeneration;
-    m_writer.start(
-        [this, document = m_source(), generation, localFile = m_options.localFile, cloud = cloudFile()] {
-            WriteResult result = write(document, generation, localFile, cloud);
-            QMetaObject::invokeMethod(
-                this, [this, result] { finishSave(result); }, Qt::QueuedConnection);
-        });
+    m_writer.start([this, job = makeJob(WriteMode::checked)] {
+        WriteResult result = write(job);
+        QMetaObject::invokeMethod(
+            this, [this, result] { finishSave(result); }, Qt::QueuedConnection);
+    });
+}
+
+DocumentPersistence::WriteJob DocumentPersistence::makeJob(WriteMode mode) {
+    WriteJob job;
+    job.document = m_source();
+    job.generation = m_changeGeneration;
+    job.localFile = m_options.localFile;
+    job.cloudFile = mode == WriteMode::checked ? cloudFile() : QString();
+    job.expectedCloudBytes = m_lastSyncedData;
+    job.localBytes = m_localBytes;
+    return job;
 }
 
 QString DocumentPersistence::cloudFile() const {
     return m_cloud ? m_cloud->fileURL() : QString();
 }
 
-DocumentPersistence::WriteResult DocumentPersistence::write(const LumoDocument& document,
-                                                            std::uint64_t generation,
-                                                            const QString& localFile,
-                                                            const QString& cloudFile) {
+DocumentPersistence::WriteResult DocumentPersistence::write(const WriteJob& job) {
     WriteResult result;
-    result.generation = generation;
+    result.generation = job.generation;
+    result.cloudDocument = job.document;
+    // The selected sheet is this device's own: the other devices keep theirs.
+    result.cloudDocument.selectedSheetID.reset();
+    QByteArray cloudBytes;
     try {
-        const std::string encoded = encodeDocument(document);
-        result.bytes = QByteArray(encoded.data(), qsizetype(encoded.size()));
+        const std::string local = encodeDocument(job.document);
+        result.localBytes = QByteArray(local.data(), qsizetype(local.size()));
+        const std::string cloud =
+            job.cloudFile.isEmpty() ? std::string() : encodeDocument(result.cloudDocument);
+        cloudBytes = QByteArray(cloud.data(), qsizetype(cloud.size()));
     } catch (const std::exception& error) {
         result.error = QString::fromUtf8(error.what());
         return result;
     }
-    // Both copies are attempted, so a full local disk does not also hold back the cloud copy.
     QStringList errors;
-    for (const QString& path : {localFile, cloudFile}) {
-        if (path.isEmpty())
-            continue;
-        if (QString error = DocumentFile::writeAtomically(path, result.bytes); !error.isEmpty())
+    if (!job.cloudFile.isEmpty()) {
+        // Another process on this machine may share the folder; between the check and the replace
+        // nobody else may write. Sync clients keep copies from other machines apart by themselves.
+        QLockFile lock(lockFilePath(job.cloudFile));
+        lock.setStaleLockTime(std::chrono::seconds(30));
+        lock.lock();
+        const std::optional<QByteArray> onDisk = DocumentFile::read(job.cloudFile);
+        if (onDisk != job.expectedCloudBytes && onDisk != cloudBytes) {
+            // Another device wrote in the meantime: its copy is merged before anything is written,
+            // the local file included, which must never get ahead of what the cloud file held.
+            result.cloudChanged = true;
+            return result;
+        }
+        if (onDisk != cloudBytes) {
+            if (QString error = DocumentFile::writeAtomically(job.cloudFile, cloudBytes); !error.isEmpty())
+                errors.append(error);
+            else
+                result.wrote = true;
+        }
+        if (errors.isEmpty())
+            result.cloudBytes = cloudBytes;
+    }
+    // The local file is attempted even when the cloud copy failed, so a full cloud disk does not
+    // also hold back the local copy.
+    if (!job.localFile.isEmpty() && job.localBytes != result.localBytes) {
+        if (QString error = DocumentFile::writeAtomically(job.localFile, result.localBytes); !error.isEmpty())
             errors.append(error);
+        else
+            result.wrote = true;
     }
     result.error = errors.join(QStringLiteral("; "));
     return result;
@@ -130,20 +189,37 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const LumoDocument& 
 
 void DocumentPersistence::finishSave(const WriteResult& result) {
     --m_writesInFlight;
+    if (result.cloudChanged) {
+        m_checkAfterWrites = false;
+        checkRemote();
+        // What arrived may not decode; the document is saved either way.
+        startSave();
+        return;
+    }
+    if (result.cloudBytes) {
+        m_lastSyncedData = result.cloudBytes;
+        m_syncedDocument = result.cloudDocument;
+    }
     if (!result.error.isEmpty()) {
         qWarning().noquote() << "Lumo: 保存に失敗しました" << result.error;
         emit saveFailed(result.error);
     } else {
-        m_lastSyncedData = result.bytes;
+        m_localBytes = result.localBytes;
         m_savedGeneration = std::max(m_savedGeneration, result.generation);
         if (result.generation >= m_conflictCopiesGeneration) {
             for (const QString& copy : std::as_const(m_mergedConflictCopies))
                 QFile::remove(copy);
             m_mergedConflictCopies.clear();
         }
-        emit saved();
+        if (result.wrote)
+            emit saved();
     }
-    if (m_writesInFlight == 0 && m_checkAfterWrites) {
+    if (m_writesInFlight > 0)
+        return;
+    if (m_saveAfterWrites) {
+        m_saveAfterWrites = false;
+        startSave();
+    } else if (m_checkAfterWrites) {
         m_checkAfterWrites = false;
         checkRemote();
     }
@@ -154,10 +230,24 @@ void DocumentPersistence::flush() {
     m_writer.waitForDone();
     // Deliver the completions of the writes just finished before deciding what is unsaved.
     QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    m_writer.waitForDone();
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    m_saveAfterWrites = false;
     if (!hasUnsavedChanges() || (m_options.localFile.isEmpty() && !m_cloud))
         return;
-    ++m_writesInFlight;
-    finishSave(write(m_source(), m_changeGeneration, m_options.localFile, cloudFile()));
+    // A copy that keeps arriving while quitting is not waited for: the local file is written.
+    constexpr int attempts = 3;
+    for (int attempt = 1;; ++attempt) {
+        const WriteResult result =
+            write(makeJob(attempt < attempts ? WriteMode::checked : WriteMode::localOnly));
+        if (!result.cloudChanged) {
+            ++m_writesInFlight;
+            m_checkAfterWrites = false;
+            finishSave(result);
+            return;
+        }
+        readRemote();
+    }
 }
 
 void DocumentPersistence::checkRemote() {
@@ -168,12 +258,21 @@ void DocumentPersistence::checkRemote() {
         m_checkAfterWrites = true;
         return;
     }
-    std::vector<LumoDocument> copies;
+    if (readRemote())
+        save();
+    emit remoteChecked();
+}
+
+bool DocumentPersistence::readRemote() {
+    RemoteCopies copies;
+    copies.base = m_syncedDocument;
     const std::optional<QByteArray> bytes = DocumentFile::read(m_cloud->fileURL());
     if (bytes && bytes != m_lastSyncedData) {
         m_lastSyncedData = *bytes;
-        if (std::optional<LumoDocument> remote = decodeBytes(*bytes))
-            copies.push_back(std::move(*remote));
+        copies.cloud = decodeBytes(*bytes);
+    } else if (!bytes) {
+        // The copy was removed there: the next save puts it back.
+        m_lastSyncedData.reset();
     }
     QStringList mergedCopies;
     for (const QString& path : m_cloud->conflictCopies()) {
@@ -182,18 +281,21 @@ void DocumentPersistence::checkRemote() {
         std::optional<LumoDocument> copy = copyBytes ? decodeBytes(*copyBytes) : std::nullopt;
         if (!copy)
             continue;
-        copies.push_back(std::move(*copy));
+        copies.conflictCopies.push_back(std::move(*copy));
         mergedCopies.append(path);
     }
-    if (!copies.empty())
+    const bool merging = copies.cloud || !copies.conflictCopies.empty();
+    if (merging)
         emit remoteCopiesArrived(copies);
     else if (!bytes)
         emit remoteCopyMissing();
+    if (copies.cloud)
+        m_syncedDocument = std::move(copies.cloud);
     if (!mergedCopies.isEmpty()) {
         m_mergedConflictCopies.append(mergedCopies);
-        m_conflictCopiesGeneration = m_changeGeneration;
+        m_conflictCopiesGeneration = m_changeGeneration + 1;
     }
-    emit remoteChecked();
+    return merging;
 }
 
 } // namespace lumo

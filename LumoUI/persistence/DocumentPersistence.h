@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -19,9 +20,26 @@
 
 namespace lumo {
 
+/// What a look at the cloud folder found, for the store to merge.
+struct RemoteCopies {
+    /// The copy both sides last had in common: what the cloud file held when this device last read
+    /// or wrote it (the local file at start). Nothing when that is unknown.
+    std::optional<LumoDocument> base;
+    /// The cloud copy, when it changed since it was last read or written and decodes.
+    std::optional<LumoDocument> cloud;
+    /// Copies that the sync client put beside it, oldest name first.
+    std::vector<LumoDocument> conflictCopies;
+};
+
 /// Where the document lives on disk and in the cloud folder, and how it gets there: a
 /// debounced save that encodes and writes on a background thread, and a debounced read of the
 /// cloud copy (with the sync client's conflict copies) after it changed.
+///
+/// A save never replaces a cloud copy it has not merged: just before writing, the writer checks
+/// that the cloud file still holds the bytes last read or written, and otherwise writes nothing,
+/// reads the cloud copy, has it merged and saves again. The cloud copy leaves out the selected
+/// sheet, which is this device's own state, and each file is written only when its bytes change,
+/// so a selection or a merge that changes nothing sends nothing to the other devices.
 class DocumentPersistence : public QObject {
     Q_OBJECT
 
@@ -38,6 +56,10 @@ public:
         std::chrono::milliseconds mergeDelay = defaultMergeDelay;
     };
 
+    /// However often changes come, a save starts at most this many save delays after the first
+    /// change that has not been saved.
+    static constexpr int maximumSaveDelays = 5;
+
     using DocumentSource = std::function<LumoDocument()>;
 
     /// `source` is asked for the document, on the calling thread, when a save starts.
@@ -51,7 +73,7 @@ public:
 
     /// Saves after the save delay unless another change comes first.
     void scheduleSave();
-    /// Starts a save at once, still on the background thread.
+    /// Starts a save at once, still on the background thread (after a save in progress).
     void save();
     /// Saves pending or failed changes synchronously and waits for writes in progress; for
     /// quitting.
@@ -61,16 +83,17 @@ public:
 
     QString localFile() const { return m_options.localFile; }
     CloudSync* cloud() const { return m_cloud; }
-    /// The bytes last read from or written to the document file.
+    /// The bytes last read from or written to the cloud file (the local file's at start).
     const std::optional<QByteArray>& lastSyncedData() const { return m_lastSyncedData; }
 
 signals:
+    /// A save wrote at least one of the files.
     void saved();
     void saveFailed(const QString& error);
     /// Decoded copies that differ from what was last synced: the cloud copy and any conflict
-    /// copies. The receiver merges them and calls save(); conflict copies are removed once that
-    /// save has succeeded.
-    void remoteCopiesArrived(const std::vector<lumo::LumoDocument>& copies);
+    /// copies. The receiver merges them before returning (a direct connection); the merged
+    /// document is then saved, and conflict copies are removed once that save has succeeded.
+    void remoteCopiesArrived(const lumo::RemoteCopies& copies);
     /// The cloud folder holds no copy of the document (the folder is new, or the copy was
     /// removed there).
     void remoteCopyMissing();
@@ -78,19 +101,37 @@ signals:
     void remoteChecked();
 
 private:
+    struct WriteJob {
+        LumoDocument document;
+        std::uint64_t generation = 0;
+        QString localFile;
+        QString cloudFile;
+        /// What the cloud file must still hold for the write to replace it.
+        std::optional<QByteArray> expectedCloudBytes;
+        std::optional<QByteArray> localBytes;
+    };
     struct WriteResult {
         std::uint64_t generation = 0;
-        QByteArray bytes;
+        QByteArray localBytes;
+        std::optional<QByteArray> cloudBytes;
+        /// The document as the cloud file now holds it.
+        LumoDocument cloudDocument;
+        /// The cloud file changed since it was last read; nothing was written.
+        bool cloudChanged = false;
+        bool wrote = false;
         QString error;
     };
+    enum class WriteMode { checked, localOnly };
 
     void startSave();
+    WriteJob makeJob(WriteMode mode);
     /// Runs on the writer thread, so it is given everything it needs.
-    static WriteResult write(const LumoDocument& document, std::uint64_t generation, const QString& localFile,
-                             const QString& cloudFile);
+    static WriteResult write(const WriteJob& job);
     QString cloudFile() const;
     void finishSave(const WriteResult& result);
     void checkRemote();
+    /// Reads the cloud folder and hands what changed to the store; true when something was merged.
+    bool readRemote();
 
     Options m_options;
     DocumentSource m_source;
@@ -99,11 +140,15 @@ private:
     QTimer m_mergeTimer;
     // One thread, so writes land in the order they were started.
     QThreadPool m_writer;
+    QElapsedTimer m_unsavedSince;
     int m_writesInFlight = 0;
+    bool m_saveAfterWrites = false;
     bool m_checkAfterWrites = false;
     std::uint64_t m_changeGeneration = 0;
     std::uint64_t m_savedGeneration = 0;
     std::optional<QByteArray> m_lastSyncedData;
+    std::optional<LumoDocument> m_syncedDocument;
+    std::optional<QByteArray> m_localBytes;
     QStringList m_mergedConflictCopies;
     std::uint64_t m_conflictCopiesGeneration = 0;
 };

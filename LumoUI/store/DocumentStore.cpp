@@ -144,20 +144,34 @@ std::optional<Uuid> DocumentStore::activeSheetID() const {
 // MARK: - Editing
 
 void DocumentStore::updateText(const Uuid& sheetID, const std::string& text) {
-    if (const Sheet* target = sheet(sheetID);
-        target && m_edits.setContent(sheetID, {text, target->lockedLines}))
+    const Uuid id = resolved(sheetID);
+    if (const Sheet* target = sheet(id); target && m_edits.setContent(id, {text, target->lockedLines}))
         changed();
 }
 
 void DocumentStore::setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines) {
-    if (const Sheet* target = sheet(sheetID); target && m_edits.setContent(sheetID, {target->text, lines}))
+    const Uuid id = resolved(sheetID);
+    if (const Sheet* target = sheet(id); target && m_edits.setContent(id, {target->text, lines}))
         changed();
 }
 
 void DocumentStore::updateContent(const Uuid& sheetID, const std::string& text,
                                   const std::vector<std::int64_t>& lockedLines) {
-    if (m_edits.setContent(sheetID, {text, lockedLines}))
+    if (m_edits.setContent(resolved(sheetID), {text, lockedLines}))
         changed();
+}
+
+Uuid DocumentStore::resolved(const Uuid& id) const {
+    Uuid current = id;
+    // A twin may itself have been removed as a duplicate later. The chain is short and acyclic,
+    // but a bound keeps a damaged map from hanging the editor.
+    for (std::size_t step = 0; step <= m_twins.size() && !sheet(current); ++step) {
+        const auto twin = m_twins.find(current);
+        if (twin == m_twins.end())
+            break;
+        current = twin->second;
+    }
+    return current;
 }
 
 Uuid DocumentStore::addSheet() {
@@ -310,8 +324,10 @@ void DocumentStore::showInActiveSession(const Uuid& sheetID) {
 
 void DocumentStore::repairSessions() {
     for (SheetSession* session : m_router->liveSessions()) {
-        if (!session->sheetID() || !sheet(*session->sheetID()))
-            session->assignSheet(document().selectedSheetID);
+        if (!session->sheetID() || sheet(*session->sheetID()))
+            continue;
+        const Uuid twin = resolved(*session->sheetID());
+        session->assignSheet(sheet(twin) ? std::optional(twin) : document().selectedSheetID);
     }
 }
 
@@ -346,14 +362,32 @@ void DocumentStore::flush() {
         m_persistence->flush();
 }
 
-void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies) {
+void DocumentStore::mergeRemote(const RemoteCopies& copies) {
     const Timestamp mergedAt = now();
     LumoDocument merged = document();
-    for (const LumoDocument& copy : copies)
-        merged = merged.merged(copy, mergedAt);
-    m_edits.replace(merged.normalized(mergedAt));
+    if (copies.cloud && m_edits.isUntouchedStarter()) {
+        // A device joining with nothing but the tutorial takes the user's document as it is
+        // rather than adding the tutorial to it.
+        merged = cappedAt(*copies.cloud, mergedAt);
+        if (document().keyLayoutsUpdatedAt > merged.keyLayoutsUpdatedAt) {
+            merged.keyLayouts = document().keyLayouts;
+            merged.keyLayoutsUpdatedAt = document().keyLayoutsUpdatedAt;
+        }
+    } else if (copies.cloud) {
+        merged =
+            threeWayMerged(merged, *copies.cloud, copies.base ? &*copies.base : nullptr, mergedAt).document;
+    }
+    // Copies the sync client set aside have no known common ancestor: the dates decide.
+    for (const LumoDocument& copy : copies.conflictCopies)
+        merged = threeWayMerged(merged, copy, nullptr, mergedAt).document;
+    NormalizedDocument normalized = normalizedWithTwins(merged, mergedAt);
+    for (const auto& [removed, twin] : normalized.twins)
+        m_twins[removed] = twin;
     // Remote content makes this someone's document: a language switch must not replace it.
     m_edits.setUntouchedStarter(false);
+    if (normalized.document == document())
+        return;
+    m_edits.replace(std::move(normalized.document));
 
     if (m_pendingClearSheetID && !sheet(*m_pendingClearSheetID))
         cancelClearSheet();
@@ -363,9 +397,6 @@ void DocumentStore::mergeRemote(const std::vector<LumoDocument>& copies) {
     reconcileKeyLayouts();
     emit documentChanged();
     emit remoteMerged();
-    // Saving the merged result lets the cloud copy converge.
-    if (m_persistence)
-        m_persistence->save();
 }
 
 void DocumentStore::languageChanged() {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "LumoKit/document/Document.h"
+#include "LumoKit/document/ThreeWayMerge.h"
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/persistence/DocumentPersistence.h"
 #include "LumoUI/store/EditableDocument.h"
@@ -127,6 +128,8 @@ signals:
 
 private:
     Timestamp now() const { return m_edits.now(); }
+    // The sheet an edit meant: a sheet that a merge removed as a duplicate lives on in its twin.
+    Uuid resolved(const Uuid& id) const;
     std::optional<Uuid> activeSheetID() const;
     void changed();
     void scheduleSave();
@@ -136,11 +139,12 @@ private:
     void showInActiveSession(const Uuid& sheetID);
 
     void observeNotifications();
-    void mergeRemote(const std::vector<LumoDocument>& copies);
+    void mergeRemote(const RemoteCopies& copies);
     void languageChanged();
     void reconcileKeyLayouts();
 
     EditableDocument m_edits;
+    std::unordered_map<Uuid, Uuid> m_twins;
     ResultRouter* m_router = nullptr;
     KeyLayoutBridge m_keyLayouts;
     DocumentPersistence* m_persistence = nullptr;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 
 namespace lumo {
 
@@ -10,14 +9,13 @@ EditableDocument::EditableDocument(std::function<Timestamp()> clock)
     : m_clock(clock ? std::move(clock) : &Timestamp::now) {}
 
 void EditableDocument::replace(LumoDocument document) {
+    m_hybridClock.observe(document);
     m_document = std::move(document);
     std::erase_if(m_histories, [this](const auto& entry) { return !sheet(entry.first); });
 }
 
 Timestamp EditableDocument::now() const {
-    // A fraction kept only in memory would let two devices read one saved second differently:
-    // an edit later in the second that a deletion happened in would survive on its own device.
-    return Timestamp{std::floor(m_clock().seconds)};
+    return m_hybridClock.tick(m_clock());
 }
 
 SheetHistory::TimePoint EditableDocument::historyTime() const {

@@ -9,6 +9,7 @@
 
 #include "LumoKit/document/Document.h"
 #include "LumoKit/document/SheetHistory.h"
+#include "LumoKit/document/ThreeWayMerge.h"
 
 namespace lumo {
 
@@ -25,7 +26,10 @@ public:
     /// dropped.
     void replace(LumoDocument document);
 
-    /// Now in whole seconds, as the file keeps time stamps.
+    /// A time stamp for a change: the clock's time to the millisecond, but always later than
+    /// every time stamp given before and every time in the documents this one has replaced, so a
+    /// change made after a merge is later than everything merged even when another device's clock
+    /// runs ahead of this one's.
     Timestamp now() const;
 
     const Sheet* sheet(const Uuid& id) const;
@@ -72,6 +76,7 @@ private:
     bool restore(const Uuid& sheetID, std::optional<SheetSnapshot> (SheetHistory::*step)());
 
     std::function<Timestamp()> m_clock;
+    mutable HybridClock m_hybridClock;
     LumoDocument m_document;
     std::unordered_map<Uuid, SheetHistory> m_histories;
     bool m_untouchedStarter = false;

@@ -44,7 +44,7 @@ TEST(DocumentJson, EncodingLayout) {
   },
   "keyLayouts": {},
   "selectedSheetID": "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA",
-  "sheetOrderUpdatedAt": "2025-01-31T09:15:01Z",
+  "sheetOrderUpdatedAt": "2025-01-31T09:15:01.700Z",
   "sheets": [
     {
       "id": "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA",
@@ -114,7 +114,7 @@ TEST(DocumentJson, BadFiles) {
         {withSheet(R"({"id": "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", "name": 5, "text": ""})"),
          "“sheets[0].name” must be a string"},
         {withSheet(R"({"id": "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", "name": "A", "text": "",
-                       "updatedAt": "2025-01-31T09:15:00.250Z"})"),
+                       "updatedAt": "2025-01-31T09:15:00,250Z"})"),
          "“sheets[0].updatedAt” must be a date"},
         {withSheet(
              R"({"id": "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", "name": "A", "text": "", "lockedLines": [1.5]})"),

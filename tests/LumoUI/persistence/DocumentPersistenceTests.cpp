@@ -123,7 +123,11 @@ TEST(DocumentPersistence, ACloudCopyReplacedWhileArrivingIsMergedOnlyOnceComplet
         std::vector<LumoDocument> arrived;
         QObject::connect(&persistence, &DocumentPersistence::remoteChecked, [&] { ++checks; });
         QObject::connect(&persistence, &DocumentPersistence::remoteCopiesArrived,
-                         [&](const std::vector<LumoDocument>& copies) { arrived = copies; });
+                         [&](const RemoteCopies& copies) {
+                             arrived = copies.conflictCopies;
+                             if (copies.cloud)
+                                 arrived.push_back(*copies.cloud);
+                         });
         ASSERT_TRUE(waitUntil([&] { return checks == 1; })) << c.what;
 
         // The first look finds the copy half-written; then the whole copy replaces it.
