@@ -34,7 +34,8 @@ std::vector<LineOutcome::Kind> expectedKinds(const DocumentStore& store, const U
         if (other.id != sheetID)
             others.push_back({other.name, other.text});
     }
-    return kindsOf(DocumentEvaluator::evaluate(store.sheet(sheetID)->text, others, EvaluationOptions::current()));
+    return kindsOf(
+        DocumentEvaluator::evaluate(store.sheet(sheetID)->text, others, EvaluationOptions::current()));
 }
 
 struct BackgroundStore : testing::Test {
