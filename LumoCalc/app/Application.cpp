@@ -41,6 +41,8 @@ DocumentStore::Options storeOptions(const Application::Setup& setup, const AppSe
     DocumentStore::Options options = DocumentStore::optionsForLaunch(setup.arguments, settings);
     if (options.source == DocumentStore::Source::file && !setup.dataDirectory.isEmpty())
         options.storageDirectory = setup.dataDirectory;
+    // Typing never waits for a slow sheet: runs happen on a worker and stale ones are dropped.
+    options.evaluation = StoreEvaluation::background;
     return options;
 }
 
