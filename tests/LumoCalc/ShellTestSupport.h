@@ -98,6 +98,8 @@ protected:
         arguments.prepend(QStringLiteral("lumo-calc"));
         m_app = std::make_unique<Application>(Application::Setup{arguments, settingsFile(), dataDirectory()});
         m_app->start();
+        // Sheets are evaluated in the background; tests look at the answers of what is shown.
+        m_app->store()->waitForIdle();
         return *m_app;
     }
 
@@ -114,6 +116,7 @@ protected:
         CalcTextView* view = window->editor()->textView();
         view->setFocus();
         QTest::keyClicks(view, text);
+        window->session()->store()->waitForIdle();
     }
 
     std::unique_ptr<Application> m_app;
