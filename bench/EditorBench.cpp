@@ -98,6 +98,8 @@ public:
         settings = std::make_unique<AppSettings>(*m_settingsStore, notifications.get());
         DocumentStore::Options options;
         options.source = DocumentStore::Source::starter;
+        // As in the application: sheets are evaluated on a worker.
+        options.evaluation = StoreEvaluation::background;
         store = std::make_unique<DocumentStore>(options, notifications.get(), nullptr, settings.get());
         session = std::make_unique<SheetSession>(store.get());
         session->activate();
