@@ -331,7 +331,8 @@ ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument
             }
         }
     }
-    for (auto& [original, copy] : conflicts) {
+    for (const auto& conflict : conflicts) {
+        const Sheet& copy = conflict.second;
         const bool placed = std::any_of(merged.sheets.begin(), merged.sheets.end(),
                                         [&](const Sheet& sheet) { return sheet.id == copy.id; });
         if (!placed)

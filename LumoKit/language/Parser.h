@@ -86,6 +86,9 @@ struct Expr {
                               expr::Convert, expr::PercentOf>;
     Node node;
 
+    // Built from any of its cases. Spelled out because clang does not yet build aggregates
+    // from parentheses, which std::make_shared needs.
+    Expr(Node n) : node(std::move(n)) {}
     /// Releases the children without recursion, so that a chain of any length is freed
     /// in constant stack.
     ~Expr();
