@@ -203,6 +203,9 @@ void Application::perform(Command command, MainWindow* from) {
     case Command::eraseAllContent:
         askToEraseAllContent(from);
         return;
+    case Command::settings:
+        // The settings window is not built yet.
+        return;
     default:
         from->perform(command);
         return;

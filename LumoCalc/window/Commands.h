@@ -15,6 +15,9 @@ enum class Command {
     newSheet,
     newWindow,
     closeWindow,
+    exportSheet,
+    print,
+    settings,
     eraseAllContent,
     quit,
     undo,
@@ -24,7 +27,18 @@ enum class Command {
     paste,
     selectAll,
     copyAnswer,
+    copySheetWithAnswers,
+    find,
+    replace,
+    findNext,
+    findPrevious,
+    goToLine,
     clearSheet,
+    zoomIn,
+    zoomOut,
+    showPlots,
+    showKeypad,
+    showNamedValues,
     help,
     termsOfUse,
     about,
@@ -38,6 +52,8 @@ struct CommandSpec {
     QKeySequence::StandardKey standardKey = QKeySequence::UnknownKey;
     /// Used when there is no standard key, or the platform binds nothing to it.
     const char* portableKey = nullptr;
+    /// Shown with a check mark that follows a preference.
+    bool checkable = false;
 };
 
 /// A menu of the menu bar; an empty entry stands for a separator.

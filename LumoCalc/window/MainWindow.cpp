@@ -91,6 +91,9 @@ void MainWindow::buildMenus() {
             item->setMenuRole(QAction::QuitRole);
         else if (spec.command == Command::about)
             item->setMenuRole(QAction::AboutRole);
+        else if (spec.command == Command::settings)
+            item->setMenuRole(QAction::PreferencesRole);
+        item->setCheckable(spec.checkable);
         connect(item, &QAction::triggered, this, [this, command = spec.command] { perform(command); });
         // Shortcuts work even while the menu bar is hidden or native.
         addAction(item);
@@ -128,7 +131,16 @@ void MainWindow::updateEditActions() {
     action(Command::copy)->setEnabled(selected);
 }
 
+void MainWindow::setCommandHandler(Command command, CommandHandler handler) {
+    m_handlers[command] = std::move(handler);
+}
+
 void MainWindow::perform(Command command) {
+    if (const auto handler = m_handlers.find(command); handler != m_handlers.end() && handler->second) {
+        QAction* item = action(command);
+        handler->second(item && item->isChecked());
+        return;
+    }
     CalcTextView* text = m_editor->textView();
     const auto post = [this](const char* name, const QVariant& payload = {}) {
         // The store acts on the active session, which must be this window's.
@@ -175,12 +187,28 @@ void MainWindow::perform(Command command) {
             post(Notification::clearSheet, QString::fromStdString(m_session->sheetID()->toString()));
         return;
     case Command::newWindow:
+    case Command::settings:
     case Command::eraseAllContent:
     case Command::quit:
     case Command::help:
     case Command::termsOfUse:
     case Command::about:
         emit commandRequested(command);
+        return;
+    case Command::exportSheet:
+    case Command::print:
+    case Command::copySheetWithAnswers:
+    case Command::find:
+    case Command::replace:
+    case Command::findNext:
+    case Command::findPrevious:
+    case Command::goToLine:
+    case Command::zoomIn:
+    case Command::zoomOut:
+    case Command::showPlots:
+    case Command::showKeypad:
+    case Command::showNamedValues:
+        // Handled by the window's features once they are installed.
         return;
     }
 }

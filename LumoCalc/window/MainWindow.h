@@ -3,6 +3,7 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <functional>
 #include <map>
 
 #include "LumoCalc/window/Commands.h"
@@ -42,6 +43,12 @@ public:
     /// Runs a command as its menu item would.
     void perform(Command command);
 
+    /// Gives a command to a feature of the window (the find bar, the plots, the keypad…), which
+    /// then runs it in place of perform()'s own handling. A checkable command's handler gets
+    /// the new check state.
+    using CommandHandler = std::function<void(bool checked)>;
+    void setCommandHandler(Command command, CommandHandler handler);
+
     /// Places for the views that later come beside the editor; each takes ownership.
     void setSheetTabs(QWidget* tabs);
     void setSheetSidebar(QWidget* sidebar);
@@ -74,6 +81,7 @@ private:
     QPointer<QWidget> m_sidebar;
     QPointer<QWidget> m_keypad;
     std::map<Command, QAction*> m_actions;
+    std::map<Command, CommandHandler> m_handlers;
     QList<QMenu*> m_menus;
 };
 
