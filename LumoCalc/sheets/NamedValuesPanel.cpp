@@ -1,0 +1,114 @@
+#include "LumoCalc/sheets/NamedValuesPanel.h"
+
+#include <QBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QTreeWidget>
+
+#include "LumoCalc/text/Bilingual.h"
+#include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetSession.h"
+
+namespace lumo {
+
+NamedValuesPanel::NamedValuesPanel(SheetSession* session, NotificationCenter* notifications, QWidget* parent)
+    : QWidget(parent), m_session(session), m_notifications(notifications) {
+    setObjectName(QStringLiteral("namedValues"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+
+    m_title = new QLabel(this);
+    QFont titleFont = m_title->font();
+    titleFont.setBold(true);
+    m_title->setFont(titleFont);
+    m_title->setContentsMargins(10, 8, 8, 4);
+    column->addWidget(m_title);
+
+    m_list = new QTreeWidget(this);
+    m_list->setObjectName(QStringLiteral("namedValueList"));
+    m_list->setColumnCount(2);
+    m_list->setHeaderHidden(true);
+    m_list->setRootIsDecorated(false);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection);
+    m_list->setFocusPolicy(Qt::NoFocus);
+    m_list->setUniformRowHeights(true);
+    m_list->setTextElideMode(Qt::ElideMiddle);
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    m_list->setCursor(Qt::PointingHandCursor);
+    m_list->setStyleSheet(QStringLiteral("QTreeWidget::item { padding: 3px 4px; }"));
+    connect(m_list, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) { insert(item); });
+    column->addWidget(m_list, 1);
+
+    m_placeholder = new QLabel(this);
+    m_placeholder->setObjectName(QStringLiteral("namedValuesPlaceholder"));
+    m_placeholder->setWordWrap(true);
+    m_placeholder->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    m_placeholder->setContentsMargins(10, 4, 10, 8);
+    m_placeholder->setForegroundRole(QPalette::PlaceholderText);
+    column->addWidget(m_placeholder, 1);
+
+    if (m_session)
+        connect(m_session, &SheetSession::resultsChanged, this, &NamedValuesPanel::refresh);
+    if (m_notifications)
+        m_notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+    retranslate();
+    refresh();
+}
+
+void NamedValuesPanel::refresh() {
+    std::vector<NamedValue> values =
+        m_session ? namedValues(m_session->results()) : std::vector<NamedValue>{};
+    if (values == m_values && m_list->topLevelItemCount() == int(values.size()))
+        return;
+    m_values = std::move(values);
+    // Rows are reused so that a re-evaluation while the pointer rests on a row does not flicker.
+    while (m_list->topLevelItemCount() > int(m_values.size()))
+        delete m_list->takeTopLevelItem(m_list->topLevelItemCount() - 1);
+    while (m_list->topLevelItemCount() < int(m_values.size()))
+        m_list->addTopLevelItem(new QTreeWidgetItem);
+    const QColor failureColour = palette().color(QPalette::Disabled, QPalette::Text);
+    for (int row = 0; row < int(m_values.size()); ++row) {
+        const NamedValue& value = m_values[std::size_t(row)];
+        QTreeWidgetItem* item = m_list->topLevelItem(row);
+        const QString name = QString::fromStdString(value.name);
+        const QString answer = QString::fromStdString(value.answer);
+        item->setText(0, name);
+        item->setText(1, answer);
+        item->setData(0, Qt::UserRole, name);
+        item->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
+        item->setToolTip(0, name);
+        item->setToolTip(1, answer);
+        item->setForeground(1, value.isFailure ? QBrush(failureColour) : QBrush());
+        QFont answerFont = item->font(1);
+        answerFont.setItalic(value.isFailure);
+        item->setFont(1, answerFont);
+    }
+    m_list->setVisible(!m_values.empty());
+    m_placeholder->setVisible(m_values.empty());
+}
+
+void NamedValuesPanel::insert(QTreeWidgetItem* item) {
+    if (!item || !m_notifications || !m_session)
+        return;
+    // The editor takes snippets only in the active window, which is this panel's window.
+    m_session->activate();
+    m_notifications->post(QString::fromLatin1(Notification::insertSnippet),
+                          QVariantMap{{QStringLiteral("text"), item->data(0, Qt::UserRole).toString()},
+                                      {QStringLiteral("isNamedValue"), true}});
+}
+
+void NamedValuesPanel::retranslate() {
+    m_title->setText(pickText("名前付きの値", "Named Values"));
+    m_list->setAccessibleName(m_title->text());
+    m_placeholder->setText(pickText(
+        "「価格 = 1200」のように名前を付けた行が、ここに答えと並びます。クリックすると名前を入力します。",
+        "Lines you name, such as “price = 1200”, are listed here with their answers. Click a "
+        "name to type it."));
+}
+
+} // namespace lumo

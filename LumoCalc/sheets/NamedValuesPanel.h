@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+#include <vector>
+
+#include "LumoUI/store/NamedValues.h"
+
+class QLabel;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace lumo {
+
+class NotificationCenter;
+class SheetSession;
+
+/// The named lines of the window's sheet with their answers, as they come in from evaluation.
+/// Clicking a name inserts it at the caret as a named value, so that clicking several names after
+/// a number adds them up.
+class NamedValuesPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    NamedValuesPanel(SheetSession* session, NotificationCenter* notifications, QWidget* parent = nullptr);
+
+    QTreeWidget* list() const { return m_list; }
+    const std::vector<NamedValue>& values() const { return m_values; }
+
+private:
+    void refresh();
+    void retranslate();
+    void insert(QTreeWidgetItem* item);
+
+    QPointer<SheetSession> m_session;
+    QPointer<NotificationCenter> m_notifications;
+    QLabel* m_title = nullptr;
+    QLabel* m_placeholder = nullptr;
+    QTreeWidget* m_list = nullptr;
+    std::vector<NamedValue> m_values;
+};
+
+} // namespace lumo

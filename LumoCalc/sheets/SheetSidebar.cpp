@@ -1,0 +1,108 @@
+#include "LumoCalc/sheets/SheetSidebar.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QToolButton>
+
+#include "LumoCalc/sheets/SheetActions.h"
+#include "LumoCalc/text/Bilingual.h"
+#include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetListModel.h"
+#include "LumoUI/store/SheetSession.h"
+
+namespace lumo {
+
+SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, NotificationCenter* notifications,
+                           QWidget* parent)
+    : QWidget(parent), m_model(model), m_actions(actions) {
+    setObjectName(QStringLiteral("sheetSidebar"));
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+
+    auto* header = new QHBoxLayout;
+    header->setContentsMargins(10, 6, 4, 2);
+    m_title = new QLabel(this);
+    QFont titleFont = m_title->font();
+    titleFont.setBold(true);
+    m_title->setFont(titleFont);
+    header->addWidget(m_title, 1);
+    m_addButton = new QToolButton(this);
+    m_addButton->setObjectName(QStringLiteral("addSheetButton"));
+    m_addButton->setText(QStringLiteral("+"));
+    m_addButton->setAutoRaise(true);
+    m_addButton->setFocusPolicy(Qt::NoFocus);
+    connect(m_addButton, &QToolButton::clicked, actions, &SheetActions::addSheet);
+    header->addWidget(m_addButton);
+    column->addLayout(header);
+
+    m_list = new QListView(this);
+    m_list->setObjectName(QStringLiteral("sheetList"));
+    m_list->setModel(model);
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_list->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    m_list->setDragDropMode(QAbstractItemView::DragDrop);
+    m_list->setDefaultDropAction(Qt::MoveAction);
+    m_list->setDragDropOverwriteMode(false);
+    m_list->setDropIndicatorShown(true);
+    m_list->setUniformItemSizes(true);
+    m_list->setSpacing(1);
+    m_list->setContextMenuPolicy(Qt::CustomContextMenu);
+    m_list->setAttribute(Qt::WA_MacShowFocusRect, false);
+    // Rows look like a source list rather than a table: no frame, a little air.
+    m_list->setStyleSheet(QStringLiteral("QListView::item { padding: 4px 8px; }"));
+    column->addWidget(m_list, 1);
+
+    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) {
+                if (m_following)
+                    return;
+                if (const std::optional<Uuid> id = m_model->sheetID(current.row()))
+                    m_actions->show(*id);
+            });
+    connect(m_list, &QWidget::customContextMenuRequested, this, [this](const QPoint& position) {
+        const QModelIndex index = m_list->indexAt(position);
+        const std::optional<Uuid> id = m_model->sheetID(index.row());
+        QMenu* menu = nullptr;
+        if (id) {
+            menu = m_actions->contextMenu(
+                *id, [this, sheet = *id] { m_list->edit(m_model->indexOf(sheet)); }, this);
+        } else {
+            menu = new QMenu(this);
+            menu->setAttribute(Qt::WA_DeleteOnClose);
+            menu->addAction(pickText("新規シート", "New Sheet"), m_actions, &SheetActions::addSheet);
+        }
+        menu->popup(m_list->viewport()->mapToGlobal(position));
+    });
+    connect(actions->session(), &SheetSession::sheetIDChanged, this, &SheetSidebar::showCurrentSheet);
+    connect(model, &QAbstractItemModel::rowsInserted, this, &SheetSidebar::showCurrentSheet);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &SheetSidebar::showCurrentSheet);
+    connect(model, &QAbstractItemModel::rowsMoved, this, &SheetSidebar::showCurrentSheet);
+
+    if (notifications)
+        notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+    retranslate();
+    showCurrentSheet();
+}
+
+void SheetSidebar::showCurrentSheet() {
+    const std::optional<Uuid>& shown = m_actions->session()->sheetID();
+    const QModelIndex index = shown ? m_model->indexOf(*shown) : QModelIndex();
+    if (index == m_list->currentIndex() && m_list->selectionModel()->isSelected(index))
+        return;
+    m_following = true;
+    m_list->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    m_following = false;
+}
+
+void SheetSidebar::retranslate() {
+    m_title->setText(pickText("シート", "Sheets"));
+    m_addButton->setToolTip(pickText("新規シート", "New Sheet"));
+    m_addButton->setAccessibleName(m_addButton->toolTip());
+    m_list->setAccessibleName(m_title->text());
+}
+
+} // namespace lumo
