@@ -5,16 +5,15 @@
 
 #include <vector>
 
+#include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/NamedValues.h"
+#include "LumoUI/store/SheetSession.h"
 
 class QLabel;
 class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace lumo {
-
-class NotificationCenter;
-class SheetSession;
 
 /// The named lines of the window's sheet with their answers, as they come in from evaluation.
 /// Clicking a name inserts it at the caret as a named value, so that clicking several names after

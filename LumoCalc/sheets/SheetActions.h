@@ -5,17 +5,16 @@
 
 #include <functional>
 
+#include "LumoCalc/dialogs/ConfirmationDialog.h"
 #include "LumoKit/document/Uuid.h"
+#include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/SheetSession.h"
 
 class QMenu;
 class QWidget;
 
 namespace lumo {
-
-class ConfirmationDialog;
-class DocumentStore;
-class NotificationCenter;
-class SheetSession;
 
 /// What a window's sheet list does to a sheet, shared by its tab bar and its sidebar: show it in
 /// the window, add, duplicate, delete (after asking) and clear sheets, and the context menu that

@@ -3,6 +3,7 @@
 #include <QBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QToolButton>
 
 #include "LumoCalc/sheets/SheetActions.h"
@@ -43,7 +44,10 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
     m_list->setModel(model);
     m_list->setFrameShape(QFrame::NoFrame);
     m_list->setSelectionMode(QAbstractItemView::SingleSelection);
-    m_list->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed);
+    // Double-clicks are handled in eventFilter(): the view's own handling misses one whose first
+    // click lands on a row that is not current yet.
+    m_list->setEditTriggers(QAbstractItemView::EditKeyPressed);
+    m_list->viewport()->installEventFilter(this);
     m_list->setDragDropMode(QAbstractItemView::DragDrop);
     m_list->setDefaultDropAction(Qt::MoveAction);
     m_list->setDragDropOverwriteMode(false);
@@ -60,8 +64,13 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
             [this](const QModelIndex& current) {
                 if (m_following)
                     return;
-                if (const std::optional<Uuid> id = m_model->sheetID(current.row()))
-                    m_actions->show(*id);
+                const std::optional<Uuid> id = m_model->sheetID(current.row());
+                if (!id)
+                    return;
+                // Switched once the view is done with the click: switching sheets in the middle
+                // of a press keeps a double-click on another row from renaming it.
+                QMetaObject::invokeMethod(
+                    this, [this, sheet = *id] { m_actions->show(sheet); }, Qt::QueuedConnection);
             });
     connect(m_list, &QWidget::customContextMenuRequested, this, [this](const QPoint& position) {
         const QModelIndex index = m_list->indexAt(position);
@@ -86,6 +95,27 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
         notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
     retranslate();
     showCurrentSheet();
+}
+
+bool SheetSidebar::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_list->viewport() && event->type() == QEvent::MouseButtonDblClick) {
+        auto* click = static_cast<QMouseEvent*>(event);
+        const QModelIndex index = m_list->indexAt(click->position().toPoint());
+        if (click->button() == Qt::LeftButton && index.isValid()) {
+            // The sheet is shown first, so that showing it does not end the editing.
+            m_list->setCurrentIndex(index);
+            if (const std::optional<Uuid> id = m_model->sheetID(index.row()))
+                m_actions->show(*id);
+            m_list->edit(index);
+            return true;
+        }
+        if (click->button() == Qt::LeftButton) {
+            // Below the last row, as on the tab bar, a double-click adds a sheet.
+            m_actions->addSheet();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void SheetSidebar::showCurrentSheet() {

@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include "LumoUI/store/SheetListModel.h"
+
 class QLabel;
 class QToolButton;
 
@@ -24,6 +26,9 @@ public:
 
     QListView* list() const { return m_list; }
     QToolButton* addButton() const { return m_addButton; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void showCurrentSheet();

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "LumoKit/document/Uuid.h"
+#include "LumoUI/store/SheetListModel.h"
 
 class QLineEdit;
 class QToolButton;
