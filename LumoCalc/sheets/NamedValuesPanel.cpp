@@ -3,6 +3,7 @@
 #include <QBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QStyledItemDelegate>
 #include <QTreeWidget>
 
 #include "LumoCalc/text/Bilingual.h"
@@ -11,6 +12,28 @@
 #include "LumoUI/store/SheetSession.h"
 
 namespace lumo {
+
+namespace {
+
+// Names and answers kept off the panel's edges, with some air between rows.
+class InsetCellDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        QStyleOptionViewItem cell(option);
+        cell.rect.adjust(index.column() == 0 ? 10 : 6, 0, index.column() == 0 ? 0 : -10, 0);
+        QStyledItemDelegate::paint(painter, cell, index);
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        const QSize size = QStyledItemDelegate::sizeHint(option, index);
+        return {size.width() + 16, size.height() + 8};
+    }
+};
+
+} // namespace
 
 NamedValuesPanel::NamedValuesPanel(SheetSession* session, NotificationCenter* notifications, QWidget* parent)
     : QWidget(parent), m_session(session), m_notifications(notifications) {
@@ -40,7 +63,8 @@ NamedValuesPanel::NamedValuesPanel(SheetSession* session, NotificationCenter* no
     m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     m_list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     m_list->setCursor(Qt::PointingHandCursor);
-    m_list->setStyleSheet(QStringLiteral("QTreeWidget::item { padding: 3px 4px; }"));
+    m_list->setIndentation(0);
+    m_list->setItemDelegate(new InsetCellDelegate(m_list));
     connect(m_list, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) { insert(item); });
     column->addWidget(m_list, 1);
 

@@ -4,6 +4,8 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
 #include <QToolButton>
 
 #include "LumoCalc/sheets/SheetActions.h"
@@ -14,6 +16,58 @@
 #include "LumoUI/store/SheetSession.h"
 
 namespace lumo {
+
+namespace {
+
+// Rows drawn as in a desktop source list: the window's sheet on a rounded accent, the others
+// plain, with air around the names.
+class SheetRowDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    static constexpr int inset = 6;
+    static constexpr int padding = 8;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        QStyleOptionViewItem item(option);
+        initStyleOption(&item, index);
+        const QRect pill = item.rect.adjusted(inset, 1, -inset, -1);
+        const bool selected = item.state & QStyle::State_Selected;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->setPen(Qt::NoPen);
+        if (selected) {
+            // The accent stays while the list does not have the focus: it marks the window's sheet.
+            painter->setBrush(item.palette.color(QPalette::Active, QPalette::Highlight));
+            painter->drawRoundedRect(pill, 5, 5);
+        } else if (item.state & QStyle::State_MouseOver) {
+            QColor hover = item.palette.color(QPalette::Active, QPalette::Highlight);
+            hover.setAlpha(40);
+            painter->setBrush(hover);
+            painter->drawRoundedRect(pill, 5, 5);
+        }
+        painter->setPen(
+            item.palette.color(QPalette::Active, selected ? QPalette::HighlightedText : QPalette::Text));
+        const QRect textRect = pill.adjusted(padding, 0, -padding, 0);
+        painter->drawText(textRect, Qt::AlignVCenter | Qt::AlignLeft,
+                          item.fontMetrics.elidedText(item.text, Qt::ElideRight, textRect.width()));
+        painter->restore();
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        size.setHeight(option.fontMetrics.height() + 12);
+        return size;
+    }
+
+    void updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                              const QModelIndex&) const override {
+        editor->setGeometry(option.rect.adjusted(inset, 1, -inset, -1));
+    }
+};
+
+} // namespace
 
 SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, NotificationCenter* notifications,
                            QWidget* parent)
@@ -53,11 +107,11 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
     m_list->setDragDropOverwriteMode(false);
     m_list->setDropIndicatorShown(true);
     m_list->setUniformItemSizes(true);
-    m_list->setSpacing(1);
+    m_list->setItemDelegate(new SheetRowDelegate(m_list));
+    m_list->setMouseTracking(true);
+    m_list->viewport()->setAttribute(Qt::WA_Hover);
     m_list->setContextMenuPolicy(Qt::CustomContextMenu);
     m_list->setAttribute(Qt::WA_MacShowFocusRect, false);
-    // Rows look like a source list rather than a table: no frame, a little air.
-    m_list->setStyleSheet(QStringLiteral("QListView::item { padding: 4px 8px; }"));
     column->addWidget(m_list, 1);
 
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
