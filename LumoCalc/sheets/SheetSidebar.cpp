@@ -1,6 +1,7 @@
 #include "LumoCalc/sheets/SheetSidebar.h"
 
 #include <QBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -102,6 +103,7 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
     // click lands on a row that is not current yet.
     m_list->setEditTriggers(QAbstractItemView::EditKeyPressed);
     m_list->viewport()->installEventFilter(this);
+    m_list->installEventFilter(this);
     m_list->setDragDropMode(QAbstractItemView::DragDrop);
     m_list->setDefaultDropAction(Qt::MoveAction);
     m_list->setDragDropOverwriteMode(false);
@@ -166,6 +168,14 @@ bool SheetSidebar::eventFilter(QObject* watched, QEvent* event) {
         if (click->button() == Qt::LeftButton) {
             // Below the last row, as on the tab bar, a double-click adds a sheet.
             m_actions->addSheet();
+            return true;
+        }
+    }
+    if (watched == m_list && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        const std::optional<Uuid> id = m_model->sheetID(m_list->currentIndex().row());
+        if ((key == Qt::Key_Delete || key == Qt::Key_Backspace) && id) {
+            m_actions->askToDelete(*id);
             return true;
         }
     }
