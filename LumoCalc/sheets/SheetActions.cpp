@@ -1,6 +1,7 @@
 #include "LumoCalc/sheets/SheetActions.h"
 
 #include <QMenu>
+#include <QTimer>
 #include <QWidget>
 
 #include "LumoCalc/dialogs/ConfirmationDialog.h"
@@ -75,7 +76,10 @@ QMenu* SheetActions::contextMenu(const Uuid& sheetID, const std::function<void()
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(pickText("新規シート", "New Sheet"), this, &SheetActions::addSheet);
     menu->addAction(pickText("複製", "Duplicate"), this, [this, sheetID] { duplicate(sheetID); });
-    menu->addAction(pickText("名前を変更", "Rename"), this, rename);
+    // Renaming starts once the menu is gone and the focus has gone back where it was, so that
+    // the name editor keeps it.
+    menu->addAction(pickText("名前を変更", "Rename"), this,
+                    [parent, rename] { QTimer::singleShot(0, parent, rename); });
     menu->addSeparator();
     menu->addAction(pickText("シートを消去", "Clear Sheet"), this, [this, sheetID] { clear(sheetID); });
     menu->addAction(pickText("削除", "Delete"), this, [this, sheetID] { askToDelete(sheetID); });

@@ -4,6 +4,7 @@
 #include <QBoxLayout>
 #include <QContextMenuEvent>
 #include <QDrag>
+#include <QFocusEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
@@ -34,7 +35,8 @@ SheetTabBar::SheetTabBar(SheetListModel* model, SheetActions* actions, QWidget* 
     m_nameEditor = new QLineEdit(this);
     m_nameEditor->setObjectName(QStringLiteral("sheetNameEditor"));
     m_nameEditor->hide();
-    connect(m_nameEditor, &QLineEdit::editingFinished, this, &SheetTabBar::finishRenaming);
+    connect(m_nameEditor, &QLineEdit::returnPressed, this, &SheetTabBar::finishRenaming);
+    m_nameEditor->installEventFilter(this);
     auto* cancel =
         new QShortcut(QKeySequence(Qt::Key_Escape), m_nameEditor, nullptr, nullptr, Qt::WidgetShortcut);
     connect(cancel, &QShortcut::activated, this, [this] {
@@ -105,6 +107,17 @@ void SheetTabBar::finishRenaming() {
     m_nameEditor->hide();
     // An empty name is refused by the model and the tab keeps its name.
     m_model->setData(m_model->indexOf(id), m_nameEditor->text());
+}
+
+bool SheetTabBar::eventFilter(QObject* watched, QEvent* event) {
+    // Clicking elsewhere ends the renaming; the window losing its activation (another
+    // application, a menu) leaves the editor open, as it does for the sidebar's rows.
+    if (watched == m_nameEditor && event->type() == QEvent::FocusOut) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+            finishRenaming();
+    }
+    return QTabBar::eventFilter(watched, event);
 }
 
 int SheetTabBar::dropRow(const QPoint& position) const {

@@ -112,22 +112,27 @@ TEST_F(SheetViews, DoubleClickRenamesInPlace) {
         std::string expected;
     };
     const Case cases[] = {
-        {"tabs", "  Rent  ", "Rent"},
-        {"sidebar", "Utilities", "Utilities"},
-        {"tabs", "   ", "Utilities"},
-        {"sidebar", "", "Utilities"},
+        {"tabs", "  Rent  ", "Rent"}, {"sidebar", "Utilities", "Utilities"}, {"tabs", "   ", "Utilities"},
+        {"sidebar", "", "Utilities"}, {"tab menu", "Savings", "Savings"},
+    };
+    const auto visibleEditor = [](QWidget* view) -> QLineEdit* {
+        for (QLineEdit* editor : view->findChildren<QLineEdit*>()) {
+            if (editor->isVisible())
+                return editor;
+        }
+        return nullptr;
     };
     for (const Case& c : cases) {
-        QLineEdit* editor = nullptr;
-        if (std::string(c.view) == "tabs") {
+        const std::string way = c.view;
+        if (way == "tabs")
             QTest::mouseDClick(tabs, Qt::LeftButton, {}, tabs->tabRect(1).center());
-            editor = tabs->nameEditor();
-        } else {
+        else if (way == "sidebar")
             QTest::mouseDClick(sidebar->viewport(), Qt::LeftButton, {}, rowCentre(1));
-            editor = sidebar->findChild<QLineEdit*>();
-            QCoreApplication::processEvents();
-        }
-        ASSERT_TRUE(editor && editor->isVisible()) << c.view;
+        else
+            chooseFromContextMenu(tabs, tabs->tabRect(1).center(), "Rename");
+        QCoreApplication::processEvents();
+        QLineEdit* editor = visibleEditor(way.starts_with("tab") ? static_cast<QWidget*>(tabs) : sidebar);
+        ASSERT_TRUE(editor) << c.view;
         editor->selectAll();
         QTest::keyClick(editor, Qt::Key_Backspace);
         QTest::keyClicks(editor, c.typed);
