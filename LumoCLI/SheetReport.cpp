@@ -92,7 +92,8 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                 if (result.outcome.value.isNumber()) {
                     const double number = result.outcome.value.number;
                     // JSON has no NaN or infinity; those answers keep only their text.
-                    json["number"] = std::isfinite(number) ? nlohmann::ordered_json(number) : nlohmann::ordered_json();
+                    json["number"] =
+                        std::isfinite(number) ? nlohmann::ordered_json(number) : nlohmann::ordered_json();
                     const std::string unit = answerUnit(result.outcome.value);
                     json["unit"] = unit.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(unit);
                 }

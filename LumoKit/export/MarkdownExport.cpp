@@ -54,8 +54,8 @@ std::string markdownCode(const std::string& text) {
     return fence + pad + escapedPipes(text) + pad + fence;
 }
 
-void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
-                   Grouping grouping, const PlotImageNamer& imageName) {
+void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
+                   const EvaluationOptions& options, Grouping grouping, const PlotImageNamer& imageName) {
     const bool english = options.language == Language::english;
     for (std::size_t s = 0; s < sheets.size(); ++s) {
         const EvaluatedSheet& sheet = sheets[s];
@@ -71,7 +71,8 @@ void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
                 if (result.outcome.kind == LineOutcome::Kind::plot) {
                     const std::string& title = result.outcome.plot->title;
                     const std::string image = imageName ? imageName(s, i) : "";
-                    answer = image.empty() ? markdownCode(title) : "![" + escapedAltText(title) + "](" + image + ")";
+                    answer = image.empty() ? markdownCode(title)
+                                           : "![" + escapedAltText(title) + "](" + image + ")";
                 } else {
                     answer = markdownCode(answerText(result, options, grouping));
                 }

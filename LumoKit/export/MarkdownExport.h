@@ -16,8 +16,8 @@ using PlotImageNamer = std::function<std::string(std::size_t sheetIndex, std::si
 /// Each sheet as a heading and a table of its lines and their answers, both as code so that
 /// they read exactly as in the sheet. Blank lines are left out; a plot line shows its image
 /// when `imageName` names one, otherwise its title. Headers follow the options' language.
-void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
-                   Grouping grouping, const PlotImageNamer& imageName = {});
+void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
+                   const EvaluationOptions& options, Grouping grouping, const PlotImageNamer& imageName = {});
 
 /// Text as one Markdown code span that survives a table cell: the fence grows past any run of
 /// backticks inside, and "|" is escaped.

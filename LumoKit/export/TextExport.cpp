@@ -103,7 +103,8 @@ std::vector<std::string> sketchSurface(const PlotSpec& plot) {
 std::string shownAnswer(const LineResult& result, const EvaluationOptions& options, Grouping grouping,
                         PlotLines plots) {
     if (result.outcome.kind == LineOutcome::Kind::plot)
-        return plots == PlotLines::sketch ? plotSummary(*result.outcome.plot, options) : result.outcome.plot->title;
+        return plots == PlotLines::sketch ? plotSummary(*result.outcome.plot, options)
+                                          : result.outcome.plot->title;
     return answerText(result, options, grouping);
 }
 
@@ -154,8 +155,9 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
         std::size_t answerColumn = 0;
         for (const auto& result : sheet.results) {
             if (result.outcome.kind != LineOutcome::Kind::failure)
-                answerColumn = std::max(answerColumn,
-                                        unicode::displayWidth(shownAnswer(result, options, grouping, layout.plots)));
+                answerColumn =
+                    std::max(answerColumn,
+                             unicode::displayWidth(shownAnswer(result, options, grouping, layout.plots)));
         }
         for (std::size_t i = 0; i < sheet.lines.size(); ++i) {
             const auto& line = sheet.lines[i];
@@ -181,7 +183,8 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
     }
 }
 
-std::string sheetWithAnswers(const EvaluatedSheet& sheet, const EvaluationOptions& options, Grouping grouping) {
+std::string sheetWithAnswers(const EvaluatedSheet& sheet, const EvaluationOptions& options,
+                             Grouping grouping) {
     std::ostringstream out;
     writeText(out, {sheet}, options, grouping, TextLayout{});
     return out.str();

@@ -27,7 +27,8 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
                Grouping grouping, const TextLayout& layout);
 
 /// The text export of one sheet, as Copy Sheet with Answers puts it on the clipboard.
-std::string sheetWithAnswers(const EvaluatedSheet& sheet, const EvaluationOptions& options, Grouping grouping);
+std::string sheetWithAnswers(const EvaluatedSheet& sheet, const EvaluationOptions& options,
+                             Grouping grouping);
 
 /// A few rows of text that sketch a plot under its line.
 std::vector<std::string> sketchPlot(const PlotSpec& plot, const EvaluationOptions& options);

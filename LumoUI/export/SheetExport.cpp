@@ -13,6 +13,7 @@
 #include "LumoKit/export/CsvExport.h"
 #include "LumoKit/export/MarkdownExport.h"
 #include "LumoKit/export/TextExport.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoUI/plot/PlotImage.h"
 #include "LumoUI/plot/PlotStyle.h"
 
@@ -38,7 +39,7 @@ QString writeFile(const QString& path, const std::string& contents) {
 }
 
 QString exportMarkdown(const EvaluatedSheet& sheet, const QString& path, const EvaluationOptions& options,
-                      const PrintLook& look) {
+                       const PrintLook& look) {
     const QDir folder = QFileInfo(path).absoluteDir();
     const PlotStyle style = PlotStyle::make(look.appearance, look.colors, QFont(look.fontFamily));
     for (std::size_t i = 0; i < sheet.results.size(); ++i) {
@@ -47,7 +48,8 @@ QString exportMarkdown(const EvaluatedSheet& sheet, const QString& path, const E
             continue;
         const QString image = folder.filePath(plotImageName(path, i));
         if (!renderPlotImage(*outcome.plot, plotImageSize, style, {}, 2).save(image, "PNG"))
-            return text("「%1」に書き出せませんでした", "Couldn’t write “%1”").arg(QDir::toNativeSeparators(image));
+            return text("「%1」に書き出せませんでした", "Couldn’t write “%1”")
+                .arg(QDir::toNativeSeparators(image));
     }
     std::ostringstream out;
     writeMarkdown(out, {sheet}, options, Grouping::grouped, [&](std::size_t, std::size_t line) {
@@ -59,8 +61,8 @@ QString exportMarkdown(const EvaluatedSheet& sheet, const QString& path, const E
 } // namespace
 
 const std::vector<ExportFormat>& allExportFormats() {
-    static const std::vector<ExportFormat> formats{ExportFormat::text, ExportFormat::markdown, ExportFormat::csv,
-                                                   ExportFormat::pdf};
+    static const std::vector<ExportFormat> formats{ExportFormat::text, ExportFormat::markdown,
+                                                   ExportFormat::csv, ExportFormat::pdf};
     return formats;
 }
 
@@ -96,6 +98,21 @@ EvaluatedSheet evaluatedSheet(const Sheet& sheet, const std::vector<LineResult>&
     return EvaluatedSheet{sheet.name, unicode::splitLines(sheet.text), results};
 }
 
+EvaluatedSheet evaluateSheet(const LumoDocument& document, const Uuid& sheetID,
+                             const EvaluationOptions& options) {
+    std::vector<SharedSheet> others;
+    const Sheet* shown = nullptr;
+    for (const Sheet& sheet : document.sheets) {
+        if (sheet.id == sheetID)
+            shown = &sheet;
+        else
+            others.push_back({sheet.name, sheet.text});
+    }
+    if (!shown)
+        return {};
+    return evaluatedSheet(*shown, DocumentEvaluator::evaluate(shown->text, others, options));
+}
+
 QString plotImageName(const QString& markdownPath, std::size_t line) {
     return QStringLiteral("%1-%2.png").arg(QFileInfo(markdownPath).completeBaseName()).arg(line + 1);
 }
@@ -120,7 +137,8 @@ QString exportSheet(const EvaluatedSheet& sheet, ExportFormat format, const QStr
         writer.setPageMargins(QMarginsF(15, 15, 15, 15), QPageLayout::Millimeter);
         writer.setResolution(600);
         if (printSheet(writer, sheet, options, look) == 0)
-            return text("「%1」に書き出せませんでした", "Couldn’t write “%1”").arg(QDir::toNativeSeparators(path));
+            return text("「%1」に書き出せませんでした", "Couldn’t write “%1”")
+                .arg(QDir::toNativeSeparators(path));
         return {};
     }
     }

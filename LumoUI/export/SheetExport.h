@@ -22,6 +22,10 @@ QString fileFilterOf(ExportFormat format);
 
 /// A sheet with its results, as the exports take it.
 EvaluatedSheet evaluatedSheet(const Sheet& sheet, const std::vector<LineResult>& results);
+/// A sheet of the document evaluated now, with the other sheets in tab order, so that an
+/// export never carries the answers of an older text.
+EvaluatedSheet evaluateSheet(const LumoDocument& document, const Uuid& sheetID,
+                             const EvaluationOptions& options);
 
 /// The files a Markdown export writes beside the .md file: one PNG per plot, named after the
 /// file and the plot's line ("budget-6.png" for line 6 of "budget.md").

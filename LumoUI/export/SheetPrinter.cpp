@@ -16,9 +16,9 @@ namespace lumo {
 
 namespace {
 
-constexpr qreal columnGap = 18;     // between the text and the answer column
-constexpr qreal answerPadding = 6;  // inside the column, at either side
-constexpr qreal plotGap = 6;        // above and below a plot
+constexpr qreal columnGap = 18;    // between the text and the answer column
+constexpr qreal answerPadding = 6; // inside the column, at either side
+constexpr qreal plotGap = 6;       // above and below a plot
 constexpr qreal maxPlotHeight = 230;
 
 QColor fromRgba(std::uint32_t rgba) {
@@ -131,7 +131,8 @@ int printSheet(QPagedPaintDevice& device, const EvaluatedSheet& sheet, const Eva
         if (result.outcome.kind == LineOutcome::Kind::plot)
             lines[i].plot = result.outcome.plot.get();
         if (!lines[i].answer.isEmpty())
-            answerWidth = std::max(answerWidth, metrics.horizontalAdvance(lines[i].answer) + 2 * answerPadding);
+            answerWidth =
+                std::max(answerWidth, metrics.horizontalAdvance(lines[i].answer) + 2 * answerPadding);
     }
     answerWidth = std::clamp(answerWidth, width * 0.15, width * 0.4);
     const qreal textWidth = width - answerWidth - columnGap;
@@ -172,7 +173,8 @@ int printSheet(QPagedPaintDevice& device, const EvaluatedSheet& sheet, const Eva
         painter.setFont(footerFont);
         painter.setPen(ink.muted);
         painter.drawText(QRectF(0, page.height() - footerHeight / 2, width, footerHeight / 2),
-                         Qt::AlignHCenter | Qt::AlignBottom, QStringLiteral("%1 / %2").arg(number + 1).arg(pageCount));
+                         Qt::AlignHCenter | Qt::AlignBottom,
+                         QStringLiteral("%1 / %2").arg(number + 1).arg(pageCount));
     };
 
     int currentPage = 0;
@@ -190,12 +192,14 @@ int printSheet(QPagedPaintDevice& device, const EvaluatedSheet& sheet, const Eva
         if (!line.answer.isEmpty()) {
             painter.setFont(textFont);
             painter.setPen(line.failure ? ink.failure : ink.text);
-            const QRectF cell(width - answerWidth + answerPadding, top, answerWidth - 2 * answerPadding, lineHeight);
+            const QRectF cell(width - answerWidth + answerPadding, top, answerWidth - 2 * answerPadding,
+                              lineHeight);
             painter.drawText(cell, Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine,
                              metrics.elidedText(line.answer, Qt::ElideRight, cell.width()));
         }
         if (line.plot)
-            paintPlot(painter, QRectF(0, top + line.textHeight + plotGap, width, plotHeight), *line.plot, plotStyle);
+            paintPlot(painter, QRectF(0, top + line.textHeight + plotGap, width, plotHeight), *line.plot,
+                      plotStyle);
     }
     return pageCount;
 }

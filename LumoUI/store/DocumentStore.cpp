@@ -145,7 +145,8 @@ std::optional<Uuid> DocumentStore::activeSheetID() const {
 
 void DocumentStore::updateText(const Uuid& sheetID, const std::string& text, StepBreak stepBreak) {
     const Uuid id = resolved(sheetID);
-    if (const Sheet* target = sheet(id); target && m_edits.setContent(id, {text, target->lockedLines}, stepBreak))
+    if (const Sheet* target = sheet(id);
+        target && m_edits.setContent(id, {text, target->lockedLines}, stepBreak))
         changed();
 }
 
