@@ -45,6 +45,8 @@ public:
     QCheckBox* matchCaseBox() const { return m_matchCase; }
     QCheckBox* wholeWordBox() const { return m_wholeWord; }
     QCheckBox* allSheetsBox() const { return m_allSheets; }
+    QPushButton* replaceButton() const { return m_replace; }
+    QPushButton* replaceAllButton() const { return m_replaceAll; }
     /// "3 of 12", or how many matches there are when the selection is on none.
     QLabel* countLabel() const { return m_count; }
     /// What the last replacement did.
