@@ -102,6 +102,8 @@ FindBar::FindBar(SheetSession* session, CalcTextView* textView, QWidget* parent)
     m_replace->setAutoDefault(false);
     m_replaceAll->setAutoDefault(false);
 
+    m_findField->installEventFilter(this);
+    m_replaceField->installEventFilter(this);
     connect(m_findField, &QLineEdit::textEdited, this, &FindBar::searchAsTyped);
     connect(m_previous, &QToolButton::clicked, this, &FindBar::findPrevious);
     connect(m_next, &QToolButton::clicked, this, &FindBar::findNext);
@@ -167,22 +169,29 @@ void FindBar::dismiss() {
 }
 
 void FindBar::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Escape:
+    if (event->key() == Qt::Key_Escape) {
         dismiss();
         return;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (m_replaceField->hasFocus())
-            replaceCurrent();
-        else if (event->modifiers() & Qt::ShiftModifier)
-            findPrevious();
-        else
-            findNext();
-        return;
-    default:
-        QWidget::keyPressEvent(event);
     }
+    QWidget::keyPressEvent(event);
+}
+
+bool FindBar::eventFilter(QObject* watched, QEvent* event) {
+    // Return in the find field goes to the next match (with Shift, the previous one), in the
+    // replace field it replaces the current match.
+    if (event->type() == QEvent::KeyPress) {
+        auto* key = static_cast<QKeyEvent*>(event);
+        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+            if (watched == m_replaceField)
+                replaceCurrent();
+            else if (key->modifiers() & Qt::ShiftModifier)
+                findPrevious();
+            else
+                findNext();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 SearchQuery FindBar::query() const {

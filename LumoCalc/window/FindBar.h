@@ -39,6 +39,8 @@ public:
     void findPrevious();
     void replaceCurrent();
     void replaceAll();
+    /// Relabels the bar in the language in force.
+    void retranslate();
 
     QLineEdit* findField() const { return m_findField; }
     QLineEdit* replaceField() const { return m_replaceField; }
@@ -54,6 +56,7 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -72,7 +75,6 @@ private:
     void showHit(const Hit& hit);
     void searchAsTyped();
     void updateCount();
-    void retranslate();
     void setStatus(const QString& text);
 
     QPointer<SheetSession> m_session;

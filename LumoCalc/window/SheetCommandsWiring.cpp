@@ -19,6 +19,7 @@
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/export/SheetExport.h"
 #include "LumoUI/settings/AppSettings.h"
+#include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
 
@@ -156,8 +157,10 @@ void print(MainWindow* window, AppSettings* settings) {
 
 } // namespace
 
-void installSheetCommands(MainWindow* window, AppSettings* settings) {
+void installSheetCommands(MainWindow* window, AppSettings* settings, NotificationCenter* notifications) {
     auto* bar = new FindBar(window->session(), window->editor()->textView(), window);
+    if (notifications)
+        notifications->observe(Notification::languageChanged, bar, [bar] { bar->retranslate(); });
     window->setBarAboveSheet(bar);
     window->setCommandHandler(Command::find, [bar](bool) { bar->open(FindBar::Mode::find); });
     window->setCommandHandler(Command::replace, [bar](bool) { bar->open(FindBar::Mode::replace); });

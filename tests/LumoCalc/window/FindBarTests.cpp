@@ -48,6 +48,7 @@ TEST_F(Find, MovesThroughTheMatchesOfAllSheets) {
     QTest::mouseClick(bar->allSheetsBox(), Qt::LeftButton);
     ASSERT_TRUE(bar->allSheetsBox()->isChecked());
     EXPECT_EQ(bar->countLabel()->text(), QStringLiteral("4 matches"));
+    QTest::mouseClick(bar->findField(), Qt::LeftButton);
 
     struct Step {
         QKeySequence keys;
