@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QColor>
 #include <QRectF>
 #include <QString>
 
 #include <vector>
 
-class QColor;
 class QPainter;
 
 namespace lumo {

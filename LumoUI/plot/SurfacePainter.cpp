@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 #include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/AxisTicks.h"
@@ -65,7 +67,8 @@ void paintBackPanes(QPainter& painter, const SurfaceProjection& projection, cons
         painter.drawLine(projection.toScreen({-1, y, floorZ}), projection.toScreen({1, y, floorZ}));
     }
     // The two walls whose middles lie beyond the box's centre.
-    for (const auto& [x, y] : {std::pair{1.0, 0.0}, {-1.0, 0.0}, {0.0, 1.0}, {0.0, -1.0}}) {
+    for (const auto& [x, y] :
+         std::initializer_list<std::pair<double, double>>{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
         if (projection.depthOf({x, y, 0}) <= 0)
             continue;
         const BoxPoint a = x != 0 ? BoxPoint{x, -1, 0} : BoxPoint{-1, y, 0};
