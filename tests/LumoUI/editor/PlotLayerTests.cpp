@@ -1,5 +1,6 @@
 #include <QClipboard>
 #include <QMenu>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 
 #include "EditorFixture.h"
