@@ -58,8 +58,10 @@ CurveFrame::CurveFrame(CurveSet curves, const QRectF& body, const PlotStyle& sty
     m_yTicks = AxisTicks::inside(m_y, rows);
     const qreal left = std::ceil(widestLabel(m_yTicks, unitOf(curves), metrics) + metrics.height() * 0.6);
     const qreal bottom = std::ceil(metrics.height() * 1.5);
+    // Half a label of room on the right, so the last x label is not cut at the card's edge.
+    const qreal right = std::ceil(metrics.horizontalAdvance(tickLabel(m_x.high, 1, std::nullopt)) / 2 + 2);
     m_area = QRectF(body.left() + left, body.top() + metrics.height() * 0.3,
-                    std::max<qreal>(1, body.width() - left),
+                    std::max<qreal>(1, body.width() - left - right),
                     std::max<qreal>(1, body.height() - bottom - metrics.height() * 0.3));
     const qreal sample =
         metrics.horizontalAdvance(tickLabel(m_x.high, (m_x.high - m_x.low) / 8, std::nullopt));

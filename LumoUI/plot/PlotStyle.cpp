@@ -52,8 +52,9 @@ PlotStyle PlotStyle::make(Appearance appearance, const SyntaxColorOverrides& use
     style.negative = syntax(SyntaxKind::keyword);
     style.surfaceLow = syntax(SyntaxKind::name);
     style.surfaceHigh = syntax(SyntaxKind::quoted);
-    style.mesh = mix(paper, ink, dark ? 0.30 : 0.38);
-    style.mesh.setAlphaF(0.55f);
+    // Seams a shade darker than the faces, so the mesh reads without washing the colours out.
+    style.mesh = QColor(0, 0, 0);
+    style.mesh.setAlphaF(dark ? 0.42f : 0.22f);
     style.font = textFont;
     return style;
 }

@@ -196,7 +196,7 @@ void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& spec, c
     // axis name below, and the z axis's name above.
     const qreal side = std::max(zLabels + metrics.height(), metrics.height() * 3.2);
     const QRectF box =
-        body.adjusted(side, metrics.height() * 1.3, -metrics.height() * 3, -metrics.height() * 2.6);
+        body.adjusted(side, metrics.height() * 1.1, -metrics.height() * 2.4, -metrics.height() * 2.2);
     const SurfaceProjection projection(spec, box, angleDegrees);
     const AxisTicks xTicks = AxisTicks::inside(drawableRange(spec.xRange), 4);
     const AxisTicks yTicks = AxisTicks::inside(drawableRange(spec.yRange), 4);

@@ -39,7 +39,7 @@ public:
         double height = 0;
     };
 
-    /// `angleDegrees` turns the grid counter-clockwise seen from above; the projection fills
+    /// `angleDegrees` turns the grid counter-clockwise seen from above; the projection fits
     /// `rect` the same at every angle, so turning never makes the surface grow or shrink.
     SurfaceProjection(const PlotSpec& spec, const QRectF& rect, double angleDegrees);
 
@@ -61,6 +61,7 @@ private:
 
     QPointF m_centre;
     double m_scale = 1;
+    double m_scaleAcross = 1;
     double m_cos = 1;
     double m_sin = 0;
     double m_cosElevation = 1;
