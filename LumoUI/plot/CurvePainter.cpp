@@ -54,7 +54,7 @@ CurveFrame::CurveFrame(CurveSet curves, const QRectF& body, const PlotStyle& sty
     m_x = drawableRange(joinedX(curves));
     m_y = paddedRange(joinedY(curves), verticalPadding);
     // About one tick per five lines of height and one per eight label widths across.
-    const int rows = std::clamp(int(body.height() / (metrics.height() * 2.6)), 2, 8);
+    const int rows = std::clamp(int(body.height() / (metrics.height() * 2.1)), 2, 8);
     m_yTicks = AxisTicks::inside(m_y, rows);
     const qreal left = std::ceil(widestLabel(m_yTicks, unitOf(curves), metrics) + metrics.height() * 0.6);
     const qreal bottom = std::ceil(metrics.height() * 1.5);

@@ -50,11 +50,14 @@ PlotStyle PlotStyle::make(Appearance appearance, const SyntaxColorOverrides& use
     style.series = {syntax(SyntaxKind::name), syntax(SyntaxKind::quoted), syntax(SyntaxKind::unit),
                     syntax(SyntaxKind::function), syntax(SyntaxKind::keyword)};
     style.negative = syntax(SyntaxKind::keyword);
-    style.surfaceLow = syntax(SyntaxKind::name);
-    style.surfaceHigh = syntax(SyntaxKind::quoted);
+    // On light paper the faces are a little paler than the text colours, so shading keeps
+    // them bright.
+    style.surfaceLow = mix(syntax(SyntaxKind::name), paper, dark ? 0 : 0.2);
+    style.surfaceMiddle = mix(syntax(SyntaxKind::unit), paper, dark ? 0 : 0.2);
+    style.surfaceHigh = mix(syntax(SyntaxKind::quoted), paper, dark ? 0 : 0.2);
     // Seams a shade darker than the faces, so the mesh reads without washing the colours out.
     style.mesh = QColor(0, 0, 0);
-    style.mesh.setAlphaF(dark ? 0.42f : 0.22f);
+    style.mesh.setAlphaF(dark ? 0.38f : 0.14f);
     style.font = textFont;
     return style;
 }

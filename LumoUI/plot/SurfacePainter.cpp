@@ -29,7 +29,7 @@ QColor mix(const QColor& a, const QColor& b, double amount) {
 }
 
 QColor shaded(const QColor& colour, double light) {
-    const double factor = 0.52 + 0.48 * light;
+    const double factor = 0.6 + 0.4 * light;
     return QColor::fromRgbF(float(colour.redF() * factor), float(colour.greenF() * factor),
                             float(colour.blueF() * factor));
 }
@@ -93,7 +93,10 @@ void paintFaces(QPainter& painter, const SurfaceProjection& projection, const Pl
     mesh.setJoinStyle(Qt::BevelJoin);
     painter.setPen(mesh);
     for (const SurfaceProjection::Face& face : projection.faces()) {
-        painter.setBrush(shaded(mix(style.surfaceLow, style.surfaceHigh, face.height), face.light));
+        const QColor colour = face.height < 0.5
+                                  ? mix(style.surfaceLow, style.surfaceMiddle, face.height * 2)
+                                  : mix(style.surfaceMiddle, style.surfaceHigh, face.height * 2 - 1);
+        painter.setBrush(shaded(colour, face.light));
         painter.drawConvexPolygon(face.corners.data(), face.cornerCount);
     }
 }
@@ -169,6 +172,9 @@ void paintAxes(QPainter& painter, const SurfaceProjection& projection, const Axi
     const qreal tick = metrics.height() * 0.3;
     for (double value : zTicks.values) {
         const QPointF at = projection.toScreen({corner.x, corner.y, projection.boxZ(value)});
+        // The floor's corner belongs to the ground axes' labels.
+        if (bottom.y() - at.y() < metrics.height() * 0.8)
+            continue;
         painter.setPen(QPen(style.axis, 1));
         painter.drawLine(at, at - QPointF(tick, 0));
         painter.setPen(style.mutedText);
@@ -188,7 +194,10 @@ void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& spec, c
     painter.save();
     const QFontMetricsF metrics(style.labelFont());
     const PlotRange zRange = drawableRange(spec.zRange.value_or(PlotRange{0, 1}));
-    const AxisTicks zTicks = AxisTicks::inside(zRange, 4);
+    // About one z tick per two lines of the box's height.
+    const qreal boxHeight = (body.height() - metrics.height() * 3.3) * 0.45;
+    const AxisTicks zTicks =
+        AxisTicks::inside(zRange, std::clamp(int(boxHeight / (metrics.height() * 1.6)), 4, 6));
     qreal zLabels = 0;
     for (double value : zTicks.values)
         zLabels = std::max(zLabels, metrics.horizontalAdvance(tickLabel(value, zTicks.step, spec.unitLabel)));

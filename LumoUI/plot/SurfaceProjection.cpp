@@ -37,10 +37,10 @@ SurfaceProjection::SurfaceProjection(const PlotSpec& spec, const QRectF& rect, d
     const double reach = std::numbers::sqrt2;
     const double across = 2 * reach;
     const double upright = 2 * (reach * m_sinElevation + boxHalfHeight * m_cosElevation);
-    // A wide rectangle stretches the box across, up to half again as wide as it is deep, so a
+    // A wide rectangle stretches the box across, up to almost twice as wide as it is deep, so a
     // band under a line is well filled.
     const double uprightScale = rect.height() / upright;
-    m_scaleAcross = std::max(1e-6, std::min(rect.width() / across, uprightScale * 1.5));
+    m_scaleAcross = std::max(1e-6, std::min(rect.width() / across, uprightScale * 1.9));
     m_scale = std::max(1e-6, std::min(uprightScale, m_scaleAcross));
     project(spec);
 }

@@ -18,8 +18,8 @@ namespace lumo {
 /// boxHalfHeight upright, so every surface has the same shape whatever its ranges.
 class SurfaceProjection {
 public:
-    static constexpr double elevationDegrees = 28;
-    static constexpr double boxHalfHeight = 0.62;
+    static constexpr double elevationDegrees = 24;
+    static constexpr double boxHalfHeight = 0.55;
 
     /// A point of the box: x and y on the ground (−1…1), z upright.
     struct BoxPoint {
