@@ -64,6 +64,8 @@ public:
     const std::optional<Rotating>& rotating() const { return m_rotating; }
     /// The turn of a surface, kept per title for the run.
     double surfaceAngle(const QString& title) const;
+    /// The point of a curve that the pointer hovers and its line, read out over the plot.
+    std::optional<std::pair<int, CurveHover>> hoveredPoint() const { return m_hover; }
 
     /// The plot of a line as an image of its card's size, sharp for the screen it is on.
     QImage plotImage(int line) const;

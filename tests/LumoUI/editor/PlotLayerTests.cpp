@@ -139,6 +139,28 @@ TEST_F(PlotLayerTest, DraggingSidewaysTurnsASurfaceAndTheTurnStays) {
     EXPECT_NEAR(plots->surfaceAngle(QStringLiteral("plot(x^2 + 1)")), PlotView::defaultSurfaceAngle, 1e-9);
 }
 
+TEST_F(PlotLayerTest, HoveringACurveReadsOutThePointUnderThePointer) {
+    typeLines({"plot(x^2, 0, 4)", "1 + 1"});
+    const QRectF plot = card(0);
+    // Across the card from left to right, the read-out's x grows with the pointer's.
+    double lastX = -1;
+    for (qreal share : {0.3, 0.5, 0.8}) {
+        send(QEvent::MouseMove, QPointF(plot.left() + plot.width() * share, plot.center().y()), Qt::NoButton,
+             Qt::NoButton);
+        const auto hovered = view->plots()->hoveredPoint();
+        ASSERT_TRUE(hovered) << share;
+        EXPECT_EQ(hovered->first, 0);
+        EXPECT_GT(hovered->second.x, lastX);
+        EXPECT_NEAR(hovered->second.y, hovered->second.x * hovered->second.x, 1e-9);
+        lastX = hovered->second.x;
+    }
+    EXPECT_EQ(view->viewport()->cursor().shape(), Qt::ArrowCursor);
+    // Leaving the plot for the text ends the read-out and brings the text cursor back.
+    send(QEvent::MouseMove, QPointF(plot.center().x(), rowTop(1) + 4), Qt::NoButton, Qt::NoButton);
+    EXPECT_FALSE(view->plots()->hoveredPoint());
+    EXPECT_EQ(view->viewport()->cursor().shape(), Qt::IBeamCursor);
+}
+
 TEST_F(PlotLayerTest, PlotsAreDrawnAgainOnlyWhenTheyChange) {
     typeLines({"a = 2", "plot(a * x)", "chart(1, 2, 3)", "5"});
     repaint();
