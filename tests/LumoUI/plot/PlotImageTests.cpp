@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QFont>
+#include <QPainter>
 
 #include <cmath>
 
@@ -80,6 +81,31 @@ TEST(PlotImage, ImagesHaveTheAskedSizeAtTheirDensity) {
     EXPECT_EQ(image.size(), QSize(600, 320));
     EXPECT_EQ(image.devicePixelRatio(), 2);
     EXPECT_FALSE(image.hasAlphaChannel() && image.pixelColor(0, 0).alpha() < 255);
+}
+
+TEST(PlotImage, SeveralFunctionsEachHaveTheirColourAndALegend) {
+    const PlotSpec square = build("plot(x^2, -3, 3)");
+    const PlotSpec line = build("plot(2x - 1, -3, 3)");
+    const PlotSpec* curves[] = {&square, &line};
+    const PlotStyle style = styleFor(Appearance::light);
+    QImage image(QSize(480, 260), QImage::Format_ARGB32_Premultiplied);
+    image.fill(style.paper);
+    QPainter painter(&image);
+    paintCurvePlot(painter, QRectF(0, 0, 480, 260), curves, style);
+    painter.end();
+    // Both colours are on the axes, and the legend's swatches sit in the header.
+    const auto count = [&](const QColor& colour, int top, int bottom) {
+        int found = 0;
+        for (int y = top; y < bottom; ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (image.pixelColor(x, y) == colour)
+                    ++found;
+        return found;
+    };
+    for (std::size_t i : {0u, 1u}) {
+        EXPECT_GT(count(style.series[i], 40, 260), 100) << i;
+        EXPECT_GT(count(style.series[i], 0, 36), 5) << i;
+    }
 }
 
 TEST(AxisTicks, RoundValuesInsideTheRange) {
