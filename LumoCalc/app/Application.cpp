@@ -17,6 +17,7 @@
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoCalc/window/SheetCommandsWiring.h"
+#include "LumoCalc/window/PlotsWiring.h"
 #include "LumoUI/editor/CalcTextView.h"
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/settings/AppSettings.h"
@@ -107,6 +108,7 @@ void Application::start() {
 
 MainWindow* Application::openWindow() {
     auto* window = new MainWindow(m_store.get(), m_settings.get(), m_notifications.get());
+    installPlotCommands(window, m_settings.get());
     m_windows.append(window);
     m_created.removeAll(nullptr);
     m_created.append(window);

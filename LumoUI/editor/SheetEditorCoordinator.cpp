@@ -79,6 +79,13 @@ SheetEditor::Coordinator::Coordinator(SheetEditor* parent, SheetSession* session
     if (m_settings) {
         connect(m_settings, &AppSettings::appearanceChanged, this, &Coordinator::applyAppearance);
         connect(m_settings, &AppSettings::textSizeChanged, this, &Coordinator::applyTextSize);
+        connect(m_settings, &AppSettings::viewPreferenceChanged, this,
+                [this](const QString& key, const QVariant& value) {
+                    if (key == QLatin1String(showGraphKey) && m_textView)
+                        m_textView->setShowsPlots(value.toBool());
+                });
+        textView->setShowsPlots(
+            m_settings->viewPreference(QLatin1String(showGraphKey), showsGraphByDefault).toBool());
     }
     observeNotifications();
     applyTextSize();
@@ -206,9 +213,11 @@ void SheetEditor::Coordinator::applyAppearance() {
                                                                                        : Appearance::light;
         break;
     }
+    const SyntaxColorOverrides colors =
+        m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{};
+    m_textView->setSyntaxColors(colors);
     m_textView->setAppearance(appearance);
-    m_highlighter->setColors(m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{},
-                             appearance);
+    m_highlighter->setColors(colors, appearance);
 }
 
 void SheetEditor::Coordinator::applyTextSize() {
