@@ -52,8 +52,8 @@ LaunchOptions LaunchOptions::parse(const QStringList& arguments) {
         }
     }
     if (options.appearance && options.screenshotFile.isEmpty())
-        return fail(pickText("--appearance は --screenshot と一緒に使います",
-                             "--appearance goes with --screenshot"));
+        return fail(
+            pickText("--appearance は --screenshot と一緒に使います", "--appearance goes with --screenshot"));
     return options;
 }
 

@@ -10,7 +10,11 @@ namespace lumo {
 
 ConfirmationDialog::ConfirmationDialog(const QString& title, const QString& text, const QString& confirmLabel,
                                        Kind kind, QWidget* parent)
-    : ConfirmationDialog([title, text, confirmLabel] { return Texts{title, text, confirmLabel}; }, kind, parent) {}
+    : ConfirmationDialog(
+          [title, text, confirmLabel] {
+              return Texts{title, text, confirmLabel};
+          },
+          kind, parent) {}
 
 ConfirmationDialog::ConfirmationDialog(TextSource texts, Kind kind, QWidget* parent)
     : QMessageBox(parent), m_texts(std::move(texts)) {

@@ -84,8 +84,8 @@ SettingsWindow::SettingsWindow(AppSettings* settings, NotificationCenter* notifi
     }
 
     if (m_settings) {
-        for (auto changed : {&AppSettings::appearanceChanged, &AppSettings::textSizeChanged})
-            connect(m_settings, changed, this, &SettingsWindow::refresh);
+        connect(m_settings, &AppSettings::appearanceChanged, this, &SettingsWindow::refresh);
+        connect(m_settings, &AppSettings::textSizeChanged, this, &SettingsWindow::refresh);
         connect(m_settings, &AppSettings::keypadSizeChanged, this, &SettingsWindow::refresh);
         connect(m_settings, &AppSettings::maxFractionDigitsChanged, this, &SettingsWindow::refresh);
         connect(m_settings, &AppSettings::angleChanged, this, &SettingsWindow::refresh);
@@ -114,10 +114,12 @@ QWidget* SettingsWindow::buildGeneralPage() {
         {{AppLanguage::system, {"システムに合わせる", "System"}},
          {AppLanguage::japanese, {"日本語", "日本語"}},
          {AppLanguage::english, {"English", "English"}}},
-        [this] { return m_settings->language(); }, [this](AppLanguage value) { m_settings->setLanguage(value); });
+        [this] { return m_settings->language(); },
+        [this](AppLanguage value) { m_settings->setLanguage(value); });
     addChoice<AngleSetting>(
         form, "angle", {"角度(&A):", "&Angles:"},
-        {{AngleSetting::degrees, {"度（°）", "Degrees (°)"}}, {AngleSetting::radians, {"ラジアン", "Radians"}}},
+        {{AngleSetting::degrees, {"度（°）", "Degrees (°)"}},
+         {AngleSetting::radians, {"ラジアン", "Radians"}}},
         [this] { return m_settings->angle(); }, [this](AngleSetting value) { m_settings->setAngle(value); });
 
     auto* digits = new QSpinBox(page);
@@ -137,7 +139,8 @@ QWidget* SettingsWindow::buildGeneralPage() {
     addCheck(
         form, "groupsDigits", {"桁区切り:", "Digit grouping:"},
         {"3 桁ごとに区切る（1,234,567）(&G)", "&Group digits in threes (1,234,567)"},
-        [this] { return m_settings->groupsDigits(); }, [this](bool value) { m_settings->setGroupsDigits(value); });
+        [this] { return m_settings->groupsDigits(); },
+        [this](bool value) { m_settings->setGroupsDigits(value); });
     endPage(page);
     return page;
 }
@@ -158,7 +161,8 @@ QWidget* SettingsWindow::buildDisplayPage() {
          {TextSizeSetting::standard, {"標準", "Standard"}},
          {TextSizeSetting::large, {"大", "Large"}},
          {TextSizeSetting::xlarge, {"特大", "Extra Large"}}},
-        [this] { return m_settings->textSize(); }, [this](TextSizeSetting value) { m_settings->setTextSize(value); });
+        [this] { return m_settings->textSize(); },
+        [this](TextSizeSetting value) { m_settings->setTextSize(value); });
 
     auto* width = new QDoubleSpinBox(page);
     width->setObjectName(QStringLiteral("resultColumnWidth"));
@@ -201,7 +205,8 @@ QWidget* SettingsWindow::buildDisplayPage() {
     addChoice<KeypadSide>(
         form, "keypadSide", {"キーパッドの位置(&P):", "Keypad &position:"},
         {{KeypadSide::right, {"右", "Right"}}, {KeypadSide::left, {"左", "Left"}}},
-        [this] { return m_settings->keypadSide(); }, [this](KeypadSide value) { m_settings->setKeypadSide(value); });
+        [this] { return m_settings->keypadSide(); },
+        [this](KeypadSide value) { m_settings->setKeypadSide(value); });
     endPage(page);
     return page;
 }
@@ -228,8 +233,8 @@ QWidget* SettingsWindow::buildSyncPage() {
         refresh();
     });
     m_relabels.push_back([this] {
-        m_cloudFolder->setPlaceholderText(pickText("オフ（このコンピューターだけに保存）",
-                                                   "Off (saved on this computer only)"));
+        m_cloudFolder->setPlaceholderText(
+            pickText("オフ（このコンピューターだけに保存）", "Off (saved on this computer only)"));
     });
     m_refreshes.push_back([this] {
         const QString folder = m_settings->cloudFolder();
@@ -263,8 +268,9 @@ QWidget* SettingsWindow::buildSyncPage() {
     m_relabels.push_back([erase] { erase->setTitle(pickText("全ての内容", "All Content")); });
     auto* eraseColumn = new QVBoxLayout(erase);
     eraseColumn->setContentsMargins(14, 10, 14, 12);
-    eraseColumn->addWidget(addNote(erase, {"すべてのシートを、このコンピューターと同期している他の端末から消します。",
-                                           "Deletes every sheet, here and on the devices you sync with."}));
+    eraseColumn->addWidget(
+        addNote(erase, {"すべてのシートを、このコンピューターと同期している他の端末から消します。",
+                        "Deletes every sheet, here and on the devices you sync with."}));
     auto* eraseButton = new QPushButton(erase);
     eraseButton->setObjectName(QStringLiteral("eraseAllContent"));
     relabel(eraseButton, commandSpec(Command::eraseAllContent).label);
@@ -284,8 +290,8 @@ QWidget* SettingsWindow::buildSyncPage() {
 
 template <typename Enum>
 QComboBox* SettingsWindow::addChoice(QFormLayout* form, const char* name, Bilingual label,
-                                     std::vector<std::pair<Enum, Bilingual>> choices, std::function<Enum()> current,
-                                     std::function<void(Enum)> apply) {
+                                     std::vector<std::pair<Enum, Bilingual>> choices,
+                                     std::function<Enum()> current, std::function<void(Enum)> apply) {
     auto* combo = new QComboBox(form->parentWidget());
     combo->setObjectName(QString::fromLatin1(name));
     for (const auto& choice : choices)

@@ -83,14 +83,16 @@ SyntaxColorsPage::SyntaxColorsPage(AppSettings* settings, QWidget* parent)
             auto* swatch = new QPushButton(this);
             swatch->setObjectName(QStringLiteral("color.") + key);
             swatch->setMinimumWidth(swatch->fontMetrics().horizontalAdvance(QStringLiteral("#WWWWWW")) + 44);
-            connect(swatch, &QPushButton::clicked, this, [this, kind, appearance] { choose(kind, appearance); });
+            connect(swatch, &QPushButton::clicked, this,
+                    [this, kind, appearance] { choose(kind, appearance); });
             auto* reset = new QToolButton(this);
             reset->setObjectName(QStringLiteral("reset.") + key);
             reset->setIcon(QIcon::fromTheme(QStringLiteral("edit-undo"),
                                             style()->standardIcon(QStyle::SP_DialogResetButton)));
             reset->setAutoRaise(true);
             reset->setFocusPolicy(Qt::StrongFocus);
-            connect(reset, &QToolButton::clicked, this, [this, kind, appearance] { store(kind, appearance, nullptr); });
+            connect(reset, &QToolButton::clicked, this,
+                    [this, kind, appearance] { store(kind, appearance, nullptr); });
             const int column = appearance == Appearance::light ? 1 : 4;
             grid->addWidget(swatch, row, column);
             grid->addWidget(reset, row, column + 1);
@@ -218,8 +220,8 @@ void SyntaxColorsPage::refresh() {
         const std::uint32_t rgba = Theme::color(entry.kind, entry.appearance, overrides);
         const QString hex = QString::fromStdString(HexColor::format(rgba));
         const QString kindTitle = QString::fromStdString(title(entry.kind));
-        const QString side = entry.appearance == Appearance::dark ? pickText("ダーク", "dark")
-                                                                  : pickText("ライト", "light");
+        const QString side =
+            entry.appearance == Appearance::dark ? pickText("ダーク", "dark") : pickText("ライト", "light");
         entry.swatch->setText(hex);
         entry.swatch->setIcon(swatchIcon(displayColor(rgba), frame));
         entry.swatch->setToolTip(pickText("クリックして色を選ぶ", "Click to choose a colour"));
@@ -246,8 +248,9 @@ void SyntaxColorsPage::choose(SyntaxKind kind, Appearance appearance) {
     m_dialog = new QColorDialog(current, this);
     m_dialog->setAttribute(Qt::WA_DeleteOnClose);
     const QString kindTitle = QString::fromStdString(title(kind));
-    m_dialog->setWindowTitle(appearance == Appearance::dark ? pickText("%1（ダーク）の色", "%1 (Dark)").arg(kindTitle)
-                                                            : pickText("%1（ライト）の色", "%1 (Light)").arg(kindTitle));
+    m_dialog->setWindowTitle(appearance == Appearance::dark
+                                 ? pickText("%1（ダーク）の色", "%1 (Dark)").arg(kindTitle)
+                                 : pickText("%1（ライト）の色", "%1 (Light)").arg(kindTitle));
     connect(m_dialog, &QColorDialog::colorSelected, this, [this, kind, appearance](const QColor& color) {
         const auto rgba = (std::uint32_t(color.red()) << 24) | (std::uint32_t(color.green()) << 16) |
                           (std::uint32_t(color.blue()) << 8) | 0xFFu;

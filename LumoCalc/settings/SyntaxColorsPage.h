@@ -10,7 +10,6 @@
 #include "LumoKit/editing/SyntaxHighlighter.h"
 #include "LumoUI/settings/Theme.h"
 
-
 class QLabel;
 class QPlainTextEdit;
 class QPushButton;

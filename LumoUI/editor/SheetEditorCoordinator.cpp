@@ -180,8 +180,10 @@ void SheetEditor::Coordinator::textEdited() {
 void SheetEditor::Coordinator::applyAppearance() {
     if (!m_textView)
         return;
-    const Appearance appearance =
-        ViewStyle::currentAppearance(m_settings ? m_settings->appearance() : AppearanceSetting::automatic);
+    // The editor's own palette, not the application's: it is the one whose changes reach the
+    // editor, so "auto" settles on what the editor was last told.
+    const Appearance appearance = ViewStyle::appearance(
+        m_settings ? m_settings->appearance() : AppearanceSetting::automatic, m_parent->palette());
     m_textView->setAppearance(appearance);
     m_highlighter->setColors(m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{},
                              appearance);
@@ -190,8 +192,8 @@ void SheetEditor::Coordinator::applyAppearance() {
 void SheetEditor::Coordinator::applyTextSize() {
     if (!m_textView)
         return;
-    m_textView->setFont(ViewStyle::sheetFont(
-        m_textView->font(), m_settings ? m_settings->textSize() : TextSizeSetting::standard));
+    m_textView->setFont(ViewStyle::sheetFont(m_textView->font(), m_settings ? m_settings->textSize()
+                                                                            : TextSizeSetting::standard));
 }
 
 // MARK: - Answers

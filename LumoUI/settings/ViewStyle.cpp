@@ -1,7 +1,5 @@
 #include "LumoUI/settings/ViewStyle.h"
 
-#include <QApplication>
-
 #include <array>
 
 namespace lumo::ViewStyle {
@@ -55,7 +53,7 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128;
 }
 
-Appearance appearance(AppearanceSetting setting, const QPalette& applicationPalette) {
+Appearance appearance(AppearanceSetting setting, const QPalette& palette) {
     switch (setting) {
     case AppearanceSetting::light:
         return Appearance::light;
@@ -64,11 +62,7 @@ Appearance appearance(AppearanceSetting setting, const QPalette& applicationPale
     case AppearanceSetting::automatic:
         break;
     }
-    return isDark(applicationPalette) ? Appearance::dark : Appearance::light;
-}
-
-Appearance currentAppearance(AppearanceSetting setting) {
-    return appearance(setting, QApplication::palette());
+    return isDark(palette) ? Appearance::dark : Appearance::light;
 }
 
 } // namespace lumo::ViewStyle

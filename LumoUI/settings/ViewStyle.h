@@ -21,11 +21,9 @@ QFont sheetFont(const QFont& base, TextSizeSetting size);
 TextSizeSetting larger(TextSizeSetting size);
 TextSizeSetting smaller(TextSizeSetting size);
 
-/// Light or dark for a setting; "auto" asks `applicationPalette` (the desktop's, when the
-/// application follows it) whether its windows are dark.
-Appearance appearance(AppearanceSetting setting, const QPalette& applicationPalette);
-/// The same for the application's current palette.
-Appearance currentAppearance(AppearanceSetting setting);
+/// Light or dark for a setting; "auto" asks `palette` (a view's, which follows the desktop's
+/// while the application does) whether its windows are dark.
+Appearance appearance(AppearanceSetting setting, const QPalette& palette);
 bool isDark(const QPalette& palette);
 
 } // namespace ViewStyle
