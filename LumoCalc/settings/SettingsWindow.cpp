@@ -57,7 +57,7 @@ SettingsWindow::SettingsWindow(AppSettings* settings, NotificationCenter* notifi
     const std::vector<Bilingual> tabTitles{{"一般", "General"},
                                            {"表示", "Display"},
                                            {"文字の色", "Syntax Colours"},
-                                           {"同期とデータ", "Sync & Data"}};
+                                           {"同期とデータ", "Sync && Data"}};
     m_relabels.push_back([this, tabTitles] {
         for (std::size_t index = 0; index < tabTitles.size(); ++index)
             m_pages->setTabText(int(index), tabTitles[index].text());

@@ -6,7 +6,6 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QStyle>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -87,8 +86,6 @@ SyntaxColorsPage::SyntaxColorsPage(AppSettings* settings, QWidget* parent)
                     [this, kind, appearance] { choose(kind, appearance); });
             auto* reset = new QToolButton(this);
             reset->setObjectName(QStringLiteral("reset.") + key);
-            reset->setIcon(QIcon::fromTheme(QStringLiteral("edit-undo"),
-                                            style()->standardIcon(QStyle::SP_DialogResetButton)));
             reset->setAutoRaise(true);
             reset->setFocusPolicy(Qt::StrongFocus);
             connect(reset, &QToolButton::clicked, this,
@@ -228,6 +225,7 @@ void SyntaxColorsPage::refresh() {
         entry.swatch->setAccessibleName(QStringLiteral("%1, %2: %3").arg(kindTitle, side, hex));
         const bool customised = colors.contains(keyOf(entry.kind, entry.appearance));
         entry.reset->setEnabled(customised);
+        entry.reset->setText(pickText("戻す", "Reset"));
         entry.reset->setToolTip(pickText("既定の色に戻す", "Reset to the default colour"));
         entry.reset->setAccessibleName(
             pickText("%1（%2）を既定の色に戻す", "Reset %1 (%2)").arg(kindTitle, side));
