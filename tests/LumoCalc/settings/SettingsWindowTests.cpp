@@ -375,13 +375,6 @@ TEST_F(Settings, ZoomStepsThroughTheTextSizes) {
         EXPECT_EQ(window->action(Command::zoomIn)->isEnabled(), step.zoomInEnabled);
         EXPECT_EQ(window->action(Command::zoomOut)->isEnabled(), step.zoomOutEnabled);
     }
-    // Each size is larger than the one before it.
-    qreal previous = 0;
-    for (TextSizeSetting setting : {TextSizeSetting::small, TextSizeSetting::standard, TextSizeSetting::large,
-                                    TextSizeSetting::xlarge}) {
-        EXPECT_GT(ViewStyle::pointSize(setting), previous);
-        previous = ViewStyle::pointSize(setting);
-    }
 }
 
 TEST_F(Settings, AppearanceColoursEveryWidgetAndAutoFollowsTheDesktop) {
