@@ -686,8 +686,8 @@ void CalcTextView::setAppearance(Appearance appearance) {
     m_appearance = appearance;
     const bool dark = appearance == Appearance::dark;
     QPalette colors = palette();
-    const QColor base = dark ? QColor(0x1C, 0x1C, 0x1F) : QColor(0xFD, 0xFC, 0xF9);
-    const QColor text = dark ? QColor(0xE9, 0xE9, 0xEC) : QColor(0x1B, 0x1A, 0x18);
+    const QColor base = QColor::fromRgba(Theme::paperColor(appearance) >> 8 | 0xFF000000u);
+    const QColor text = QColor::fromRgba(Theme::inkColor(appearance) >> 8 | 0xFF000000u);
     colors.setColor(QPalette::Base, base);
     colors.setColor(QPalette::Window, base);
     colors.setColor(QPalette::Text, text);

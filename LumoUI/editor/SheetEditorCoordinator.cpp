@@ -17,26 +17,13 @@
 #include "LumoUI/editor/TextRewrites.h"
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/settings/ViewStyle.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
 
 namespace lumo {
 
 namespace {
-
-qreal pointSize(TextSizeSetting size) {
-    switch (size) {
-    case TextSizeSetting::small:
-        return 12;
-    case TextSizeSetting::standard:
-        return 14;
-    case TextSizeSetting::large:
-        return 17;
-    case TextSizeSetting::xlarge:
-        return 20;
-    }
-    return 14;
-}
 
 SyntaxColorOverrides toOverrides(const QMap<QString, QString>& colors) {
     SyntaxColorOverrides overrides;
@@ -200,19 +187,10 @@ void SheetEditor::Coordinator::textEdited() {
 void SheetEditor::Coordinator::applyAppearance() {
     if (!m_textView)
         return;
-    Appearance appearance = Appearance::dark;
-    switch (m_settings ? m_settings->appearance() : AppearanceSetting::automatic) {
-    case AppearanceSetting::light:
-        appearance = Appearance::light;
-        break;
-    case AppearanceSetting::dark:
-        appearance = Appearance::dark;
-        break;
-    case AppearanceSetting::automatic:
-        appearance = QApplication::palette().color(QPalette::Window).lightness() < 128 ? Appearance::dark
-                                                                                       : Appearance::light;
-        break;
-    }
+    // The editor's own palette, not the application's: it is the one whose changes reach the
+    // editor, so "auto" settles on what the editor was last told.
+    const Appearance appearance = ViewStyle::appearance(
+        m_settings ? m_settings->appearance() : AppearanceSetting::automatic, m_parent->palette());
     const SyntaxColorOverrides colors =
         m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{};
     m_textView->setSyntaxColors(colors);
@@ -223,9 +201,8 @@ void SheetEditor::Coordinator::applyAppearance() {
 void SheetEditor::Coordinator::applyTextSize() {
     if (!m_textView)
         return;
-    QFont font = m_textView->font();
-    font.setPointSizeF(pointSize(m_settings ? m_settings->textSize() : TextSizeSetting::standard));
-    m_textView->setFont(font);
+    m_textView->setFont(ViewStyle::sheetFont(m_textView->font(), m_settings ? m_settings->textSize()
+                                                                            : TextSizeSetting::standard));
 }
 
 // MARK: - Answers
