@@ -14,7 +14,9 @@
 #include <functional>
 #include <memory>
 
+#include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/keypad/KeyLayoutStore.h"
+#include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
@@ -61,7 +63,7 @@ struct Device {
     void start(const QString& cloudFolder = {}) {
         settingsFile = std::make_unique<QSettings>(settingsPath(), QSettings::IniFormat);
         notifications = std::make_unique<NotificationCenter>();
-        notifications->observe(Notification::keyLayoutChanged, nullptr, [this] { ++layoutPosts; });
+        notifications->observe(Notification::keyLayoutChanged, notifications.get(), [this] { ++layoutPosts; });
         settings = std::make_unique<AppSettings>(*settingsFile, notifications.get());
         DocumentStore::Options options;
         options.storageDirectory = dataPath();
