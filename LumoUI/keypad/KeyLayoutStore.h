@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 
+#include "LumoKit/document/Document.h"
 #include "LumoKit/document/Timestamp.h"
 #include "LumoUI/keypad/KeyArrangement.h"
 #include "LumoUI/keypad/KeyCatalog.h"

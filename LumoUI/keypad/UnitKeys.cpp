@@ -73,18 +73,18 @@ KeyText describe(const UnitRegistry::TableUnit& entry, const UnitRef& reference,
     KeyText text;
     if (isCurrency(unit.dimensions)) {
         text = {"通貨（ほかの通貨には換算しません）", "A currency, never converted to another"};
-    } else if (!reference || reference == entry.unit) {
-        text = {groupTitle.japanese + "の基準の単位", "The base unit"};
-    } else {
+    } else if (reference != entry.unit) {
         const double amount = unit.offset != 0 ? 0 : 1;
         const std::string sentence =
             format(amount, entry.unit) + " = " + format(convert(amount, unit, *reference), reference);
         text = {sentence, sentence};
+    } else if (unit.factor == 1 && unit.offset == 0) {
+        text = {groupTitle.japanese + "の基準の単位", "The base unit"};
     }
     if (entry.names.size() > 1) {
         const std::string aliases = joined(entry.names, 1);
-        text.japanese += "。" + aliases + " とも書けます";
-        text.english += "; also " + aliases;
+        text.japanese += (text.japanese.empty() ? "" : "。") + aliases + " とも書けます";
+        text.english += (text.english.empty() ? "Also " : "; also ") + aliases;
     }
     return text;
 }

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <stdexcept>
 
 #include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Units.h"

@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -63,7 +64,8 @@ struct Device {
     void start(const QString& cloudFolder = {}) {
         settingsFile = std::make_unique<QSettings>(settingsPath(), QSettings::IniFormat);
         notifications = std::make_unique<NotificationCenter>();
-        notifications->observe(Notification::keyLayoutChanged, notifications.get(), [this] { ++layoutPosts; });
+        notifications->observe(Notification::keyLayoutChanged, notifications.get(),
+                               [this] { ++layoutPosts; });
         settings = std::make_unique<AppSettings>(*settingsFile, notifications.get());
         DocumentStore::Options options;
         options.storageDirectory = dataPath();

@@ -2,6 +2,7 @@
 // does to the text and where it leaves the caret; catalogs, dragging, sizes and languages.
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QSignalSpy>
 #include <QToolButton>
 
