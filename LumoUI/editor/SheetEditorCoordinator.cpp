@@ -398,8 +398,12 @@ void SheetEditor::Coordinator::insertSnippet(const QVariant& payload) {
         if (!sign.empty())
             snippet.text = sign;
     }
-    const QString spaced =
-        QString::fromStdString(LineEditor::snippetSpacing(snippet, head.toStdString(), headCharacters));
+    // Digits go on with the number before the caret, as typed ones do; words are spaced apart.
+    const bool isNumeral =
+        !snippet.text.empty() && std::all_of(snippet.text.begin(), snippet.text.end(),
+                                             [](char c) { return (c >= '0' && c <= '9') || c == '.'; });
+    const QString spaced = QString::fromStdString(
+        isNumeral ? snippet.text : LineEditor::snippetSpacing(snippet, head.toStdString(), headCharacters));
     // The caret lands before the last `caretBack` characters of the snippet.
     const int characters = TextPositions::characterIndex(spaced, int(spaced.size()));
     const int tailStart = TextPositions::utf16Offset(

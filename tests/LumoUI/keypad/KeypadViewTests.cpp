@@ -3,6 +3,7 @@
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QToolButton>
 
@@ -75,14 +76,15 @@ protected:
             ids.push_back(button->key().id);
         return ids;
     }
-    /// Drags a key with the mouse, in steps, to a point of its section.
+    /// Drags a key with the mouse, in steps, to a point of another widget. The key follows the
+    /// mouse, so every step is placed in screen coordinates.
     void drag(KeyButton* key, QWidget* onto, QPoint at) {
-        const QPoint start = key->rect().center();
-        QTest::mousePress(key, Qt::LeftButton, Qt::NoModifier, start);
-        const QPoint target = key->mapFromGlobal(onto->mapToGlobal(at));
+        const QPoint from = key->mapToGlobal(key->rect().center());
+        const QPoint to = onto->mapToGlobal(at);
+        QTest::mousePress(key, Qt::LeftButton, Qt::NoModifier, key->mapFromGlobal(from));
         for (int step = 1; step <= 6; ++step)
-            QTest::mouseMove(key, start + (target - start) * step / 6);
-        QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, target);
+            QTest::mouseMove(key, key->mapFromGlobal(from + (to - from) * step / 6));
+        QTest::mouseRelease(key, Qt::LeftButton, Qt::NoModifier, key->mapFromGlobal(to));
         QApplication::processEvents();
     }
 
