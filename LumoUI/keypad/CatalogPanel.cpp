@@ -41,7 +41,7 @@ CatalogPanel::CatalogPanel(const KeyGroup& group, const KeyArrangement& arrangem
     titleFont.setPixelSize(metrics.fontPixels - 2);
     m_title->setFont(titleFont);
     m_title->setAlignment(Qt::AlignCenter);
-    m_reset = new QPushButton(pick("元の並びに戻す", "Reset"), this);
+    m_reset = new QPushButton(pick("リセット", "Reset"), this);
     m_reset->setFocusPolicy(Qt::NoFocus);
     m_reset->setToolTip(
         pick("このタブのキーを最初の並びに戻します", "Put this tab’s keys back as they first were"));

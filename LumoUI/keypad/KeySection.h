@@ -35,7 +35,8 @@ public:
     void retranslate();
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    /// Any width will do: the keys share what there is.
+    QSize minimumSizeHint() const override { return {0, sizeHint().height()}; }
 
 signals:
     void keyPressed(const lumo::KeyDefinition& key);

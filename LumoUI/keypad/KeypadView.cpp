@@ -73,6 +73,24 @@ private:
     int m_height = 30;
 };
 
+// The rounded track the segments sit in.
+class SegmentTrack : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QColor track = palette().color(QPalette::WindowText);
+        track.setAlphaF(0.07f);
+        const QRectF area = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+        QPainterPath shape;
+        shape.addRoundedRect(area, area.height() / 3, area.height() / 3);
+        painter.fillPath(shape, track);
+    }
+};
+
 QString pick(const char* japanese, const char* english) {
     return QString::fromStdString(L10n::pick(japanese, english));
 }
@@ -115,18 +133,20 @@ void KeypadView::buildTabs() {
     auto* column = new QVBoxLayout(this);
     column->setSpacing(8);
 
-    auto* tabRow = new QHBoxLayout;
+    auto* track = new SegmentTrack(this);
+    auto* tabRow = new QHBoxLayout(track);
+    tabRow->setContentsMargins(2, 2, 2, 2);
     tabRow->setSpacing(2);
     m_tabGroup = new QButtonGroup(this);
     for (Tab tab : {Tab::numbers, Tab::functions, Tab::units}) {
-        auto* button = new SegmentButton(this);
+        auto* button = new SegmentButton(track);
         m_tabGroup->addButton(button, int(tab));
         m_tabButtons[tab] = button;
         tabRow->addWidget(button);
     }
     m_tabButtons[Tab::numbers]->setChecked(true);
     connect(m_tabGroup, &QButtonGroup::idClicked, this, [this](int id) { showTab(Tab(id)); });
-    column->addLayout(tabRow);
+    column->addWidget(track);
 
     m_namesArea = new QScrollArea(this);
     m_namesArea->setFrameShape(QFrame::NoFrame);
@@ -251,6 +271,10 @@ KeyButton* KeypadView::numberKey(const std::string& id) const {
 
 ArrangedTab* KeypadView::arrangedTab(KeyKind kind) const {
     return kind == KeyKind::functions ? m_functionTab : m_unitTab;
+}
+
+CatalogPanel* KeypadView::catalog() const {
+    return m_catalog;
 }
 
 void KeypadView::openCatalog(KeyKind kind, const std::string& groupID) {

@@ -50,7 +50,7 @@ public:
     KeyButton* numberKey(const std::string& id) const;
     ArrangedTab* arrangedTab(KeyKind kind) const;
     /// The catalog shown now, if any.
-    CatalogPanel* catalog() const { return m_catalog; }
+    CatalogPanel* catalog() const;
     void openCatalog(KeyKind kind, const std::string& groupID);
     void closeCatalog();
     QList<KeyButton*> namedValueKeys() const;
