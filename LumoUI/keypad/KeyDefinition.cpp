@@ -14,7 +14,9 @@ QString KeyText::text() const {
 }
 
 QString KeyDefinition::toolTip() const {
-    const QString title = name.text();
+    // A name that only repeats the face (a unit's symbol) says less than the description.
+    const bool nameIsFace = name.japanese == label && name.english == label;
+    const QString title = nameIsFace ? description.text() : name.text();
     if (shortcut.isEmpty())
         return title;
     return QStringLiteral("%1 (%2)").arg(title, shortcut.toString(QKeySequence::NativeText));

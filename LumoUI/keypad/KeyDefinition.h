@@ -47,7 +47,8 @@ struct KeyDefinition {
     /// The keyboard's way of doing the same, when there is one.
     QKeySequence shortcut;
 
-    /// The name, with the shortcut in brackets when there is one.
+    /// The name (the description when the name is just the face), with the shortcut in
+    /// brackets when there is one.
     QString toolTip() const;
 };
 

@@ -2,6 +2,7 @@
 // does to the text and where it leaves the caret; catalogs, dragging, sizes and languages.
 
 #include <QCheckBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -29,10 +30,14 @@ protected:
     void SetUp() override {
         EditorFixture::SetUp();
         layouts = new KeyLayoutStore(settings, notifications);
-        keypad = new KeypadView(session, settings, notifications, layouts);
-        keypad->resize(keypad->width(), 640);
-        keypad->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(keypad));
+        // Beside the sheet, as in a window.
+        host = new QWidget;
+        auto* row = new QHBoxLayout(host);
+        keypad = new KeypadView(session, settings, notifications, layouts, host);
+        row->addWidget(keypad);
+        host->resize(420, 640);
+        host->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(host));
     }
     void TearDown() override {
         if (HasFailure() && keypad) {
@@ -41,7 +46,7 @@ protected:
                 QStringLiteral("failed-screenshots/%1.%2-keypad.png")
                     .arg(QString::fromUtf8(info->test_suite_name()), QString::fromUtf8(info->name())));
         }
-        delete keypad;
+        delete host;
         delete layouts;
         EditorFixture::TearDown();
     }
@@ -89,6 +94,7 @@ protected:
     }
 
     KeyLayoutStore* layouts = nullptr;
+    QWidget* host = nullptr;
     KeypadView* keypad = nullptr;
 };
 
@@ -232,6 +238,7 @@ TEST_F(KeypadTest, TooltipsNameTheKeyAndItsShortcut) {
          "Undo (" + QKeySequence(QKeySequence::Undo).toString(QKeySequence::NativeText) + ")"},
         {keypad->numberKey("sign"), "Change sign"},
         {shownKey(KeyKind::functions, "arithmetic", "sqrt"), "Square root"},
+        {shownKey(KeyKind::units, "length", "mm"), "1 mm = 0.001 m; also ミリ"},
     };
     for (const auto& [key, tip] : cases) {
         ASSERT_NE(key, nullptr);
