@@ -17,6 +17,7 @@
 #include "LumoCalc/settings/SettingsWindow.h"
 #include "LumoCalc/settings/TextZoom.h"
 #include "LumoCalc/text/Bilingual.h"
+#include "LumoCalc/window/KeypadWiring.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoCalc/window/SheetCommandsWiring.h"
 #include "LumoCalc/window/PlotsWiring.h"
@@ -121,6 +122,7 @@ MainWindow* Application::openWindow() {
     connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
     installSheetCommands(window, m_settings.get(), m_notifications.get());
     installTextZoom(window, m_settings.get());
+    installKeypad(window, this, m_settings.get(), m_notifications.get());
     // The first window comes back where the user left the last one; a further window
     // cascades from the one the user is working in.
     if (m_windows.size() == 1) {

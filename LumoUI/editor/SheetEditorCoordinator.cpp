@@ -375,14 +375,42 @@ void SheetEditor::Coordinator::insertSnippet(const QVariant& payload) {
         return;
     }
     const QTextCursor cursor = m_textView->textCursor();
-    const QString head = cursor.block().text().left(cursor.selectionStart() - cursor.block().position());
-    const std::string spaced = LineEditor::snippetSpacing(
-        snippet, head.toStdString(), TextPositions::characterIndex(head, int(head.size())));
-    if (!m_textView->insertAtSelection(QString::fromStdString(spaced)))
+    const QString line = cursor.block().text();
+    const QString head = line.left(cursor.selectionStart() - cursor.block().position());
+    const int headCharacters = TextPositions::characterIndex(head, int(head.size()));
+    if (snippet.text == "×") {
+        // The sign is spaced by what precedes it; inside a note it goes in as it is.
+        const std::string sign = LineEditor::multiplySign(head.toStdString(), headCharacters);
+        if (!sign.empty())
+            snippet.text = sign;
+    }
+    // Digits go on with the number before the caret, as typed ones do; words are spaced apart.
+    const bool isNumeral =
+        !snippet.text.empty() && std::all_of(snippet.text.begin(), snippet.text.end(),
+                                             [](char c) { return (c >= '0' && c <= '9') || c == '.'; });
+    const QString spaced = QString::fromStdString(
+        isNumeral ? snippet.text : LineEditor::snippetSpacing(snippet, head.toStdString(), headCharacters));
+    // The caret lands before the last `caretBack` characters of the snippet.
+    const int characters = TextPositions::characterIndex(spaced, int(spaced.size()));
+    const int tailStart = TextPositions::utf16Offset(
+        spaced, std::max(0, characters - int(std::max<std::int64_t>(0, snippet.caretBack))));
+    QString before = spaced.left(tailStart);
+    QString after = spaced.mid(tailStart);
+    // The lines of a snippet (a block with its body) keep the indentation of the line it goes into.
+    qsizetype indentLength = 0;
+    while (indentLength < line.size() &&
+           (line[indentLength] == u' ' || line[indentLength] == u'\t' || line[indentLength] == QChar(0x3000)))
+        ++indentLength;
+    if (indentLength > 0) {
+        const QString newline = QStringLiteral("\n") + line.left(indentLength);
+        before.replace(u'\n', newline);
+        after.replace(u'\n', newline);
+    }
+    if (!m_textView->insertAtSelection(before + after))
         return;
-    if (snippet.caretBack >= 1) {
+    if (!after.isEmpty()) {
         QTextCursor moved = m_textView->textCursor();
-        moved.movePosition(QTextCursor::PreviousCharacter, QTextCursor::MoveAnchor, int(snippet.caretBack));
+        moved.setPosition(moved.position() - int(after.size()));
         m_textView->setTextCursor(moved);
     }
 }
