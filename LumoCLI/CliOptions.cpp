@@ -15,6 +15,18 @@ std::optional<AppLanguage> languageNamed(const std::string& name) {
     return appLanguageFromRaw(name);
 }
 
+std::optional<OutputFormat> formatNamed(const std::string& name) {
+    if (name == "text")
+        return OutputFormat::text;
+    if (name == "markdown" || name == "md")
+        return OutputFormat::markdown;
+    if (name == "csv")
+        return OutputFormat::csv;
+    if (name == "json")
+        return OutputFormat::jsonLines;
+    return std::nullopt;
+}
+
 std::optional<int> wholeNumber(const std::string& text) {
     int value = 0;
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -84,6 +96,12 @@ CliOptions parseOptions(const std::vector<std::string>& arguments) {
         } else if (argument == "--json") {
             takesNoValue();
             options.format = OutputFormat::jsonLines;
+        } else if (argument == "--format") {
+            auto value = reader.valueFor(argument, inlineValue);
+            auto format = formatNamed(value);
+            if (!format)
+                throw UsageError{"unknown format '" + value + "' (use text, markdown, csv or json)"};
+            options.format = *format;
         } else if (argument == "--no-grouping") {
             takesNoValue();
             options.grouping = false;
@@ -132,7 +150,11 @@ options:
   --angle UNIT          radians or degrees; default radians
   --digits N            maximum fraction digits, 0 to 15; default 10
   --no-grouping         write 1234567 instead of 1,234,567
-  --json                JSON Lines: one object per line of every sheet
+  --format FORMAT       text (the default), markdown (a table of lines and answers
+                        per sheet) or csv (line, name, answer, unit and the plain
+                        number; a sheet column first when there are several sheets)
+  --json                JSON Lines: one object per line of every sheet (the same
+                        as --format json)
   --help                show this help
   --version             show the version
 

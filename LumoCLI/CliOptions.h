@@ -8,7 +8,7 @@
 
 namespace lumo::cli {
 
-enum class OutputFormat { text, jsonLines };
+enum class OutputFormat { text, jsonLines, markdown, csv };
 enum class BuiltinInput { none, sample, starter };
 
 /// The command line, parsed.

@@ -1,20 +1,17 @@
 #include "LumoCLI/SheetReport.h"
 
-#include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/export/SheetAnswers.h"
 
 namespace lumo::cli {
 
 namespace {
-
-constexpr std::size_t maxTextColumn = 48; // longer lines push their answer further right
-constexpr std::size_t sketchWidth = 40;
-constexpr std::size_t sketchHeight = 8;
 
 const char* kindWord(LineOutcome::Kind kind) {
     switch (kind) {
@@ -42,30 +39,6 @@ const char* plotKindWord(PlotSpec::Kind kind) {
         return "surface";
     }
     return "curve";
-}
-
-std::string padLeft(const std::string& text, std::size_t width) {
-    std::size_t shown = unicode::displayWidth(text);
-    return shown >= width ? text : std::string(width - shown, ' ') + text;
-}
-
-std::string formatRangeEnd(double value, const EvaluationOptions& options) {
-    return ValueFormatter::formatNumber(value, options, Grouping::none);
-}
-
-std::string plotSummary(const PlotSpec& plot, const EvaluationOptions& options) {
-    std::string summary = std::string("[") + plotKindWord(plot.kind) + "]";
-    if (plot.kind == PlotSpec::Kind::bars)
-        return summary + " " + std::to_string(plot.bars.size()) + " bars";
-    summary +=
-        " x " + formatRangeEnd(plot.xRange.low, options) + "…" + formatRangeEnd(plot.xRange.high, options);
-    summary +=
-        ", y " + formatRangeEnd(plot.yRange.low, options) + "…" + formatRangeEnd(plot.yRange.high, options);
-    if (plot.zRange) {
-        summary += ", z " + formatRangeEnd(plot.zRange->low, options) + "…" +
-                   formatRangeEnd(plot.zRange->high, options);
-    }
-    return summary;
 }
 
 nlohmann::ordered_json rangeJson(const PlotRange& range) {
@@ -101,69 +74,6 @@ nlohmann::ordered_json plotJson(const PlotSpec& plot) {
     json["zRange"] = plot.zRange ? rangeJson(*plot.zRange) : nlohmann::ordered_json();
     json["unitLabel"] = plot.unitLabel ? nlohmann::ordered_json(*plot.unitLabel) : nlohmann::ordered_json();
     return json;
-}
-
-// Maps a value in [low, high] to a row or column index in [0, cells).
-std::size_t cellOf(double value, double low, double high, std::size_t cells) {
-    if (!(high > low))
-        return 0;
-    double t = (value - low) / (high - low);
-    auto index = static_cast<long>(std::floor(t * static_cast<double>(cells)));
-    return static_cast<std::size_t>(std::clamp(index, 0L, static_cast<long>(cells) - 1));
-}
-
-std::vector<std::string> sketchCurve(const PlotSpec& plot) {
-    std::vector<std::string> grid(sketchHeight, std::string(sketchWidth, ' '));
-    for (const auto& segment : plot.segments) {
-        for (const auto& point : segment) {
-            auto column = cellOf(point.x, plot.xRange.low, plot.xRange.high, sketchWidth);
-            auto row = sketchHeight - 1 - cellOf(point.y, plot.yRange.low, plot.yRange.high, sketchHeight);
-            grid[row][column] = '*';
-        }
-    }
-    std::vector<std::string> rows;
-    for (auto& line : grid)
-        rows.push_back("|" + line);
-    rows.push_back("+" + std::string(sketchWidth, '-'));
-    return rows;
-}
-
-std::vector<std::string> sketchBars(const PlotSpec& plot, const EvaluationOptions& options) {
-    std::size_t labelWidth = 0;
-    for (const auto& bar : plot.bars)
-        labelWidth = std::max(labelWidth, unicode::displayWidth(bar.label));
-    labelWidth = std::min<std::size_t>(labelWidth, 16);
-    double largest = 0;
-    for (const auto& bar : plot.bars)
-        largest = std::max(largest, std::fabs(bar.value));
-    std::vector<std::string> rows;
-    for (const auto& bar : plot.bars) {
-        std::size_t length =
-            largest > 0 ? static_cast<std::size_t>(
-                              std::lround(std::fabs(bar.value) / largest * static_cast<double>(sketchWidth)))
-                        : 0;
-        std::string drawn;
-        for (std::size_t i = 0; i < length; ++i)
-            drawn += bar.value < 0 ? "░" : "█";
-        rows.push_back(padLeft(bar.label, labelWidth) + " " + drawn + " " +
-                       ValueFormatter::formatNumber(bar.value, options, Grouping::grouped));
-    }
-    return rows;
-}
-
-std::vector<std::string> sketchSurface(const PlotSpec& plot) {
-    // Heights as shades, one character per grid point; holes stay blank.
-    static const char* shades[] = {" ", "░", "▒", "▓", "█"};
-    std::vector<std::string> rows;
-    if (!plot.zRange)
-        return rows;
-    for (auto row = plot.surface.rbegin(); row != plot.surface.rend(); ++row) {
-        std::string line;
-        for (const auto& height : *row)
-            line += height ? shades[cellOf(*height, plot.zRange->low, plot.zRange->high, 4) + 1] : " ";
-        rows.push_back(line);
-    }
-    return rows;
 }
 
 // Invalid UTF-8 from the input is replaced rather than failing the whole run.
@@ -221,78 +131,6 @@ void appendJsonString(std::string& json, std::string_view text) {
 
 } // namespace
 
-std::string answerText(const LineResult& result, const EvaluationOptions& options, Grouping grouping) {
-    switch (result.outcome.kind) {
-    case LineOutcome::Kind::value:
-        return ValueFormatter::format(result.outcome.value, options, grouping);
-    case LineOutcome::Kind::failure:
-        return result.outcome.message;
-    case LineOutcome::Kind::plot:
-        return plotSummary(*result.outcome.plot, options);
-    case LineOutcome::Kind::blank:
-    case LineOutcome::Kind::comment:
-        return "";
-    }
-    return "";
-}
-
-std::vector<std::string> sketchPlot(const PlotSpec& plot, const EvaluationOptions& options) {
-    switch (plot.kind) {
-    case PlotSpec::Kind::curve:
-        return sketchCurve(plot);
-    case PlotSpec::Kind::bars:
-        return sketchBars(plot, options);
-    case PlotSpec::Kind::surface:
-        return sketchSurface(plot);
-    }
-    return {};
-}
-
-void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, const EvaluationOptions& options,
-               Grouping grouping, Colour colour, Headings headings) {
-    const char* red = colour == Colour::on ? "\x1b[31m" : "";
-    const char* dim = colour == Colour::on ? "\x1b[2m" : "";
-    const char* bold = colour == Colour::on ? "\x1b[1m" : "";
-    const char* reset = colour == Colour::on ? "\x1b[0m" : "";
-    bool first = true;
-    for (const auto& sheet : sheets) {
-        if (headings == Headings::on) {
-            out << (first ? "" : "\n") << bold << "== " << sheet.name << " ==" << reset << "\n";
-        }
-        first = false;
-        std::size_t textColumn = 0;
-        for (const auto& line : sheet.lines)
-            textColumn = std::max(textColumn, std::min(unicode::displayWidth(line), maxTextColumn));
-        std::size_t answerColumn = 0;
-        for (const auto& result : sheet.results) {
-            if (result.outcome.kind != LineOutcome::Kind::failure)
-                answerColumn =
-                    std::max(answerColumn, unicode::displayWidth(answerText(result, options, grouping)));
-        }
-        for (std::size_t i = 0; i < sheet.lines.size(); ++i) {
-            const auto& line = sheet.lines[i];
-            const auto& result = sheet.results[i];
-            std::string answer = answerText(result, options, grouping);
-            if (answer.empty()) {
-                out << (result.outcome.kind == LineOutcome::Kind::comment ? dim : "") << line
-                    << (result.outcome.kind == LineOutcome::Kind::comment ? reset : "") << "\n";
-                continue;
-            }
-            std::size_t width = unicode::displayWidth(line);
-            std::string gap(width < textColumn ? textColumn - width + 2 : 2, ' ');
-            if (result.outcome.kind == LineOutcome::Kind::failure) {
-                out << line << gap << red << "! " << answer << reset << "\n";
-            } else {
-                out << line << gap << padLeft(answer, answerColumn) << "\n";
-            }
-            if (result.outcome.kind == LineOutcome::Kind::plot) {
-                for (const auto& row : sketchPlot(*result.outcome.plot, options))
-                    out << "    " << dim << row << reset << "\n";
-            }
-        }
-    }
-}
-
 void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
                     const EvaluationOptions& options, Grouping grouping) {
     // Each object is written straight into one buffer: building a JSON tree for every line
@@ -317,6 +155,18 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
             case LineOutcome::Kind::value:
                 json += ",\"answer\":";
                 appendJsonString(json, ValueFormatter::format(result.outcome.value, options, grouping));
+                if (result.outcome.value.isNumber()) {
+                    const double number = result.outcome.value.number;
+                    // JSON has no NaN or infinity; those answers keep only their text.
+                    json += ",\"number\":";
+                    json += std::isfinite(number) ? dumpJson(nlohmann::ordered_json(number)) : "null";
+                    const std::string unit = answerUnit(result.outcome.value);
+                    json += ",\"unit\":";
+                    if (unit.empty())
+                        json += "null";
+                    else
+                        appendJsonString(json, unit);
+                }
                 break;
             case LineOutcome::Kind::failure:
                 json += ",\"message\":";

@@ -9,6 +9,9 @@
 #include "LumoCLI/SheetReport.h"
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/export/CsvExport.h"
+#include "LumoKit/export/MarkdownExport.h"
+#include "LumoKit/export/TextExport.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
@@ -62,11 +65,22 @@ int run(const CliOptions& options, const EvaluationOptions& evaluation) {
     }
 
     Grouping grouping = options.grouping ? Grouping::grouped : Grouping::none;
-    if (options.format == OutputFormat::jsonLines) {
+    switch (options.format) {
+    case OutputFormat::jsonLines:
         writeJsonLines(std::cout, evaluated, evaluation, grouping);
-    } else {
-        writeText(std::cout, evaluated, evaluation, grouping, colourWanted() ? Colour::on : Colour::off,
-                  evaluated.size() > 1 ? Headings::on : Headings::off);
+        break;
+    case OutputFormat::markdown:
+        // Plots are named by their title: without the drawing code there are no images to link.
+        writeMarkdown(std::cout, evaluated, evaluation, grouping);
+        break;
+    case OutputFormat::csv:
+        writeCsv(std::cout, evaluated, evaluation, grouping);
+        break;
+    case OutputFormat::text:
+        writeText(std::cout, evaluated, evaluation, grouping,
+                  TextLayout{PlotLines::sketch, colourWanted() ? Colour::on : Colour::off,
+                             evaluated.size() > 1 ? Headings::on : Headings::off});
+        break;
     }
     std::cout.flush();
     return 0;

@@ -16,6 +16,7 @@
 #include "LumoCalc/dialogs/TermsDialog.h"
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoCalc/window/MainWindow.h"
+#include "LumoCalc/window/SheetCommandsWiring.h"
 #include "LumoUI/editor/CalcTextView.h"
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/settings/AppSettings.h"
@@ -112,6 +113,7 @@ MainWindow* Application::openWindow() {
     connect(window, &MainWindow::commandRequested, this,
             [this, window](Command command) { perform(command, window); });
     connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
+    installSheetCommands(window, m_settings.get(), m_notifications.get());
     // The first window comes back where the user left the last one; a further window
     // cascades from the one the user is working in.
     if (m_windows.size() == 1) {

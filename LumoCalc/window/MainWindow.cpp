@@ -33,6 +33,7 @@ MainWindow::MainWindow(DocumentStore* store, AppSettings* settings, Notification
     auto* column = new QVBoxLayout(central);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
+    m_column = column;
     m_topRow = new QHBoxLayout;
     m_topRow->setContentsMargins(0, 0, 0, 0);
     column->addLayout(m_topRow);
@@ -215,6 +216,10 @@ void MainWindow::perform(Command command) {
 
 void MainWindow::setSheetTabs(QWidget* tabs) {
     m_topRow->addWidget(tabs);
+}
+
+void MainWindow::setBarAboveSheet(QWidget* bar) {
+    m_column->insertWidget(m_column->indexOf(m_splitter), bar);
 }
 
 void MainWindow::setSheetSidebar(QWidget* sidebar) {

@@ -52,6 +52,8 @@ public:
     /// Places for the views that later come beside the editor; each takes ownership.
     void setSheetTabs(QWidget* tabs);
     void setSheetSidebar(QWidget* sidebar);
+    /// A bar between the sheet tabs and the editor (the find bar); takes ownership.
+    void setBarAboveSheet(QWidget* bar);
     enum class Side { left, right };
     void setKeypad(QWidget* keypad, Side side);
 
@@ -76,6 +78,7 @@ private:
     QPointer<NotificationCenter> m_notifications;
     SheetSession* m_session = nullptr;
     SheetEditor* m_editor = nullptr;
+    QBoxLayout* m_column = nullptr;
     QBoxLayout* m_topRow = nullptr;
     QSplitter* m_splitter = nullptr;
     QPointer<QWidget> m_sidebar;

@@ -34,10 +34,10 @@ SheetHistory::Change SheetHistory::classify(const SheetSnapshot& next) const {
     return Change::small;
 }
 
-void SheetHistory::record(SheetSnapshot snapshot, TimePoint now) {
+void SheetHistory::record(SheetSnapshot snapshot, TimePoint now, StepBreak stepBreak) {
     if (snapshot == m_current)
         return;
-    auto change = classify(snapshot);
+    auto change = stepBreak == StepBreak::always ? Change::structural : classify(snapshot);
     // The window is measured from the step's start, not from the last keystroke, so a step
     // never grows beyond 0.9 s. Comparing against lastBreakAt + window (rather than
     // subtracting) keeps the distant past from overflowing the duration.

@@ -22,6 +22,9 @@ struct SheetSnapshot {
 /// steps by itself: small edits within 0.9 s of a step's start join that step, while added or
 /// removed lines, changed locks and changes of two or more characters are steps of their own.
 ///
+/// Whether a change may join the step under way or must be a step of its own.
+enum class StepBreak { whenNeeded, always };
+
 /// Time is passed in as std::chrono::system_clock::time_point so that callers (and tests)
 /// decide what "now" is; the history never reads a clock itself.
 class SheetHistory {
@@ -39,7 +42,9 @@ public:
     explicit SheetHistory(SheetSnapshot initial);
 
     /// Reports that the sheet now has this content; decides whether it starts a new step.
-    void record(SheetSnapshot snapshot, TimePoint now);
+    /// With StepBreak::always the change is a step of its own, as a structural one is, so
+    /// neither the typing before it nor the typing after it joins it.
+    void record(SheetSnapshot snapshot, TimePoint now, StepBreak stepBreak = StepBreak::whenNeeded);
 
     /// The content to put back, or nothing when there is no step to undo.
     std::optional<SheetSnapshot> undo();

@@ -143,9 +143,10 @@ std::optional<Uuid> DocumentStore::activeSheetID() const {
 
 // MARK: - Editing
 
-void DocumentStore::updateText(const Uuid& sheetID, const std::string& text) {
+void DocumentStore::updateText(const Uuid& sheetID, const std::string& text, StepBreak stepBreak) {
     const Uuid id = resolved(sheetID);
-    if (const Sheet* target = sheet(id); target && m_edits.setContent(id, {text, target->lockedLines}))
+    if (const Sheet* target = sheet(id);
+        target && m_edits.setContent(id, {text, target->lockedLines}, stepBreak))
         changed();
 }
 

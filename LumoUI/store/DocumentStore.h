@@ -71,7 +71,10 @@ public:
     const Sheet* sheet(const Uuid& id) const;
     UndoCenter* undoCenter() const { return m_undoCenter; }
 
-    void updateText(const Uuid& sheetID, const std::string& text);
+    /// A new text for a sheet; StepBreak::always makes it an undo step of its own whatever its
+    /// size (a replacement made by a command rather than typed).
+    void updateText(const Uuid& sheetID, const std::string& text,
+                    StepBreak stepBreak = StepBreak::whenNeeded);
     void setLockedLines(const Uuid& sheetID, const std::vector<std::int64_t>& lines);
     /// Text and locks together, as one change: an edit that moves locked lines.
     void updateContent(const Uuid& sheetID, const std::string& text,

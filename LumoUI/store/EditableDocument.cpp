@@ -50,7 +50,7 @@ Sheet EditableDocument::makeEmptySheet(std::string name) const {
 
 // MARK: - Content and undo
 
-bool EditableDocument::setContent(const Uuid& sheetID, SheetSnapshot content) {
+bool EditableDocument::setContent(const Uuid& sheetID, SheetSnapshot content, StepBreak stepBreak) {
     Sheet* target = findSheet(sheetID);
     if (!target || (target->text == content.text && target->lockedLines == content.lockedLines))
         return false;
@@ -60,7 +60,7 @@ bool EditableDocument::setContent(const Uuid& sheetID, SheetSnapshot content) {
     target->lockedLines = content.lockedLines;
     target->updatedAt = now();
     if (!sheetHistory.matches(target->text, target->lockedLines))
-        sheetHistory.record(std::move(content), historyTime());
+        sheetHistory.record(std::move(content), historyTime(), stepBreak);
     m_untouchedStarter = false;
     return true;
 }

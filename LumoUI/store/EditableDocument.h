@@ -41,7 +41,7 @@ public:
     void setUntouchedStarter(bool untouched) { m_untouchedStarter = untouched; }
 
     /// Gives a sheet new text and locks; false when the sheet is unknown or nothing changes.
-    bool setContent(const Uuid& sheetID, SheetSnapshot content);
+    bool setContent(const Uuid& sheetID, SheetSnapshot content, StepBreak stepBreak = StepBreak::whenNeeded);
     /// Appends an empty sheet, selects it and returns its identifier.
     Uuid appendSheet(std::string name);
     /// Inserts a selected copy after the original; nothing for an unknown sheet.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -76,6 +77,8 @@ TEST(Cli, ExitStatuses) {
         {"--lang klingon", 2},
         {"--digits many", 2},
         {"--digits", 2},
+        {"--format yaml", 2},
+        {"--format", 2},
         {"--sample somefile.txt", 2},
         {"/nonexistent/sheet.txt", 1},
         {"--sample", 0},
@@ -130,6 +133,8 @@ TEST(Cli, JsonLinesFromStandardInput) {
     EXPECT_EQ(lines[0]["kind"], "value");
     EXPECT_EQ(lines[0]["name"], "price");
     EXPECT_EQ(lines[0]["answer"], "1,200");
+    EXPECT_EQ(lines[0]["number"], 1200.0);
+    EXPECT_TRUE(lines[0]["unit"].is_null());
     EXPECT_EQ(lines[1]["answer"], "2,400");
     EXPECT_TRUE(lines[1]["name"].is_null());
     EXPECT_EQ(lines[2]["kind"], "blank");
@@ -166,6 +171,19 @@ TEST(Cli, JsonStringsAreEscapedAsTheLibraryWritesThem) {
         EXPECT_EQ(json.dump(), out) << c.line;
         EXPECT_EQ(json["answer"], c.answer) << c.line;
     }
+}
+
+// The plain number reads back as the very double the answer holds, beyond the digits shown.
+TEST(Cli, JsonNumbersAreExact) {
+    auto lines = jsonLines(runLumo("--json --lang en", "0.1 + 0.2\n2^70 m\n12.5%\n\"text\"\n").out);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0]["answer"], "0.3");
+    EXPECT_EQ(lines[0]["number"].get<double>(), 0.1 + 0.2);
+    EXPECT_EQ(lines[1]["number"].get<double>(), std::pow(2.0, 70));
+    EXPECT_EQ(lines[1]["unit"], "m");
+    EXPECT_EQ(lines[2]["number"].get<double>(), 12.5);
+    EXPECT_EQ(lines[2]["unit"], "%");
+    EXPECT_FALSE(lines[3].contains("number"));
 }
 
 TEST(Cli, FormattingOptions) {
@@ -291,6 +309,12 @@ TEST(Cli, BuiltinDocumentsMatchTheirRecordings) {
         {"--starter --lang ja --json", "starter-ja.jsonl"},
         {"--starter --lang en --json", "starter-en.jsonl"},
         {"--starter --lang en --angle degrees --digits 3 --no-grouping", "starter-en-degrees-3.txt"},
+        {"--sample --lang ja --format markdown", "sample-ja.md"},
+        {"--sample --lang en --format markdown", "sample-en.md"},
+        {"--sample --lang ja --format csv", "sample-ja.csv"},
+        {"--sample --lang en --format csv", "sample-en.csv"},
+        {"--sample --lang en --format text", "sample-en.txt"},
+        {"--sample --lang en --format json", "sample-en.jsonl"},
     };
     for (const auto& c : cases) {
         std::ifstream file(std::filesystem::path(LUMO_TEST_DATA_DIR) / "cli" / c.recording, std::ios::binary);

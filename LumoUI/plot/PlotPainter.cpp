@@ -1,0 +1,60 @@
+#include "LumoUI/plot/PlotPainter.h"
+
+#include <QPainter>
+
+#include "LumoKit/base/Language.h"
+#include "LumoUI/plot/BarChartPainter.h"
+#include "LumoUI/plot/PlotCard.h"
+#include "LumoUI/plot/PlotStyle.h"
+#include "LumoUI/plot/SurfacePainter.h"
+
+namespace lumo {
+
+namespace {
+
+bool hasSomethingToDraw(const PlotSpec& spec) {
+    switch (spec.kind) {
+    case PlotSpec::Kind::curve:
+        return !spec.segments.empty();
+    case PlotSpec::Kind::bars:
+        return !spec.bars.empty();
+    case PlotSpec::Kind::surface:
+        return !spec.surface.empty();
+    }
+    return false;
+}
+
+} // namespace
+
+void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& spec, const PlotStyle& style,
+               const PlotView& view) {
+    const PlotCard card = PlotCard::layout(rect, style);
+    card.paintBackground(painter, style);
+    card.paintTitle(painter, QString::fromStdString(spec.title), style);
+    if (!hasSomethingToDraw(spec)) {
+        paintPlotMessage(painter, card.body,
+                         QString::fromStdString(L10n::pick("描けるものがありません", "Nothing to draw")),
+                         style);
+        return;
+    }
+    switch (spec.kind) {
+    case PlotSpec::Kind::curve: {
+        const PlotSpec* curves[] = {&spec};
+        paintCurves(painter, CurveFrame(curves, card.body, style), curves, style);
+        break;
+    }
+    case PlotSpec::Kind::bars:
+        paintBarChart(painter, card.body, spec, style);
+        break;
+    case PlotSpec::Kind::surface:
+        paintSurface(painter, card.body, spec, style, view.surfaceAngle);
+        break;
+    }
+}
+
+CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& spec, const PlotStyle& style) {
+    const PlotSpec* curves[] = {&spec};
+    return CurveFrame(curves, PlotCard::layout(rect, style).body, style);
+}
+
+} // namespace lumo
