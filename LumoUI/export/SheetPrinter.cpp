@@ -164,7 +164,9 @@ int printSheet(QPagedPaintDevice& device, const EvaluatedSheet& sheet, const Eva
 
     const PlotStyle plotStyle = PlotStyle::make(look.appearance, look.colors, textFont);
     const auto paintPage = [&](int number) {
-        painter.fillRect(QRectF(0, 0, width, page.height()), ink.paper);
+        // Light paper is the sheet of paper itself; a dark look brings its own.
+        if (look.appearance == Appearance::dark)
+            painter.fillRect(QRectF(0, 0, width, page.height()), ink.paper);
         painter.fillRect(QRectF(width - answerWidth, headerHeight, answerWidth, bodyHeight), ink.column);
         painter.setFont(headerFont);
         painter.setPen(ink.text);

@@ -175,7 +175,7 @@ TEST(Cli, JsonStringsAreEscapedAsTheLibraryWritesThem) {
 
 // The plain number reads back as the very double the answer holds, beyond the digits shown.
 TEST(Cli, JsonNumbersAreExact) {
-    auto lines = jsonLines(runLumo("--json --lang en", "0.1 + 0.2\n2^70 m\n12.5%\n\"text\"\n").out);
+    auto lines = jsonLines(runLumo("--json --lang en", "0.1 + 0.2\n(2^70) m\n12.5%\n\"text\"\n").out);
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0]["answer"], "0.3");
     EXPECT_EQ(lines[0]["number"].get<double>(), 0.1 + 0.2);

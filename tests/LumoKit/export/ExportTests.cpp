@@ -78,8 +78,9 @@ TEST(Export, PlainNumbersReadBackExactly) {
     };
     for (const auto& c : cases) {
         EXPECT_EQ(plainNumber(c.number), c.text) << c.number;
-        if (!c.text.empty())
+        if (!c.text.empty()) {
             EXPECT_EQ(std::strtod(c.text.c_str(), nullptr), c.number) << c.text;
+        }
     }
 }
 

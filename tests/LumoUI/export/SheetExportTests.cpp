@@ -194,7 +194,7 @@ TEST(SheetPrinter, PdfTextOfTheSampleInBothLanguages) {
         {AppLanguage::japanese,
          0,
          1,
-         {"はじめてのシート", "断面積 = 梁幅 × 梁せい", "36,000 mm²", "[4,800, 12,000, 3,200]"}},
+         {"はじめてのシート", "梁せい = 300 mm", "36,000 mm²", "[4,800, 12,000, 3,200]"}},
         {AppLanguage::japanese, 1, 1, {"家計", "家賃 = 82000円", "94,400円"}},
         {AppLanguage::english, 4, 1, {"Long Sheet", "4000", "4,000", "1 / 1"}},
     };
