@@ -14,9 +14,13 @@
 #include "LumoCalc/dialogs/ConfirmationDialog.h"
 #include "LumoCalc/dialogs/HelpWindow.h"
 #include "LumoCalc/dialogs/TermsDialog.h"
+#include "LumoCalc/settings/SettingsWindow.h"
+#include "LumoCalc/settings/TextZoom.h"
 #include "LumoCalc/text/Bilingual.h"
+#include "LumoCalc/window/KeypadWiring.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoCalc/window/SheetCommandsWiring.h"
+#include "LumoCalc/window/PlotsWiring.h"
 #include "LumoUI/editor/CalcTextView.h"
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/settings/AppSettings.h"
@@ -65,11 +69,11 @@ Application::Application(Setup setup, QObject* parent)
     m_store = std::make_unique<DocumentStore>(storeOptions(setup, m_settings.get()), m_notifications.get(),
                                               m_undoCenter.get(), m_settings.get());
 
-    m_systemPalette = QApplication::palette();
     if (QStyle* style = QApplication::style())
         m_systemStyle = style->name();
     applyAppearance();
     connect(m_settings.get(), &AppSettings::appearanceChanged, this, &Application::applyAppearance);
+    m_notifications->observe(Notification::languageChanged, this, [this] { retranslateDialogs(); });
 
     connect(m_store.get(), &DocumentStore::clearSheetPromptChanged, this,
             &Application::clearSheetPromptChanged);
@@ -88,6 +92,8 @@ Application::~Application() {
     for (const QPointer<MainWindow>& window : m_created)
         delete window;
     delete m_confirmation;
+    delete m_about;
+    delete m_settingsWindow;
     delete m_help;
     delete m_terms;
     m_store.reset();
@@ -107,6 +113,7 @@ void Application::start() {
 
 MainWindow* Application::openWindow() {
     auto* window = new MainWindow(m_store.get(), m_settings.get(), m_notifications.get());
+    installPlotCommands(window, m_settings.get());
     m_windows.append(window);
     m_created.removeAll(nullptr);
     m_created.append(window);
@@ -114,6 +121,8 @@ MainWindow* Application::openWindow() {
             [this, window](Command command) { perform(command, window); });
     connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
     installSheetCommands(window, m_settings.get(), m_notifications.get());
+    installTextZoom(window, m_settings.get());
+    installKeypad(window, this, m_settings.get(), m_notifications.get());
     // The first window comes back where the user left the last one; a further window
     // cascades from the one the user is working in.
     if (m_windows.size() == 1) {
@@ -149,6 +158,10 @@ HelpWindow* Application::helpWindow() const {
     return m_help;
 }
 
+SettingsWindow* Application::settingsWindow() const {
+    return m_settingsWindow;
+}
+
 ConfirmationDialog* Application::confirmation() const {
     return m_confirmation;
 }
@@ -180,6 +193,8 @@ void Application::quit() {
         window->close();
     if (m_help)
         m_help->close();
+    if (m_settingsWindow)
+        m_settingsWindow->close();
     if (m_terms)
         m_terms->hide();
     QCoreApplication::quit();
@@ -206,7 +221,7 @@ void Application::perform(Command command, MainWindow* from) {
         askToEraseAllContent(from);
         return;
     case Command::settings:
-        // The settings window is not built yet.
+        showSettings();
         return;
     default:
         from->perform(command);
@@ -234,17 +249,40 @@ void Application::showTerms() {
 }
 
 void Application::showAbout(QWidget* parent) {
-    auto* about = new QMessageBox(parent);
-    about->setAttribute(Qt::WA_DeleteOnClose);
-    about->setWindowTitle(pickText("Lumo について", "About Lumo"));
-    about->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
-    about->setText(QStringLiteral("<b>Lumo %1</b>").arg(QCoreApplication::applicationVersion()));
-    about->setInformativeText(
-        pickText("打つと、その行の右に答えが出る計算用のメモ帳です。\n"
-                 "シートはこのコンピューターと、指定した同期フォルダーだけに保存されます。",
-                 "The calculation notepad that answers every line as you type.\n"
-                 "Your sheets stay on this computer and in the synced folder you choose."));
-    about->open();
+    if (m_about) {
+        bringToFront(m_about);
+        return;
+    }
+    m_about = new QMessageBox(parent);
+    m_about->setAttribute(Qt::WA_DeleteOnClose);
+    m_about->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
+    m_about->setText(QStringLiteral("<b>Lumo %1</b>").arg(QCoreApplication::applicationVersion()));
+    retranslateDialogs();
+    m_about->open();
+}
+
+void Application::showSettings() {
+    if (!m_settingsWindow) {
+        m_settingsWindow = new SettingsWindow(m_settings.get(), m_notifications.get());
+        m_settingsWindow->setAttribute(Qt::WA_DeleteOnClose);
+        connect(m_settingsWindow, &SettingsWindow::eraseAllContentRequested, this,
+                [this] { askToEraseAllContent(m_settingsWindow); });
+    }
+    bringToFront(m_settingsWindow);
+}
+
+// Windows relabel themselves; the dialogs that are only shown for a moment are relabelled here.
+void Application::retranslateDialogs() {
+    if (m_confirmation)
+        m_confirmation->retranslate();
+    if (m_about) {
+        m_about->setWindowTitle(pickText("Lumo について", "About Lumo"));
+        m_about->setInformativeText(
+            pickText("打つと、その行の右に答えが出る計算用のメモ帳です。\n"
+                     "シートはこのコンピューターと、指定した同期フォルダーだけに保存されます。",
+                     "The calculation notepad that answers every line as you type.\n"
+                     "Your sheets stay on this computer and in the synced folder you choose."));
+    }
 }
 
 void Application::askToEraseAllContent(QWidget* parent) {
@@ -265,7 +303,7 @@ void Application::clearSheetPromptChanged() {
     }
     if (m_confirmation)
         return;
-    m_confirmation = ConfirmationDialog::clearSheet(QString::fromStdString(*prompt), activeWindow());
+    m_confirmation = ConfirmationDialog::clearSheet(activeWindow());
     m_confirmation->setProperty("clearSheet", true);
     connect(m_confirmation, &ConfirmationDialog::confirmed, m_store.get(), &DocumentStore::confirmClearSheet);
     connect(m_confirmation, &ConfirmationDialog::cancelled, m_store.get(), &DocumentStore::cancelClearSheet);
@@ -277,16 +315,21 @@ void Application::applyAppearance() {
     if (setting == AppearanceSetting::automatic) {
         if (!m_systemStyle.isEmpty())
             QApplication::setStyle(QStyleFactory::create(m_systemStyle));
-        QApplication::setPalette(m_systemPalette);
+        // A palette that sets no colour takes every one from the desktop, and keeps following
+        // it when the desktop switches between light and dark.
+        QApplication::setPalette(QPalette());
         return;
     }
     // Fusion draws with the palette it is given on every platform, so light and dark look
     // the same everywhere.
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    QApplication::setPalette(AppPalette::paletteFor(setting, m_systemPalette));
+    QApplication::setPalette(AppPalette::paletteFor(setting, QPalette()));
 }
 
-bool Application::renderScreenshot(const QString& file) {
+bool Application::renderScreenshot(const QString& file, std::optional<AppearanceSetting> appearance) {
+    const AppearanceSetting saved = m_settings->appearance();
+    if (appearance)
+        m_settings->setAppearance(*appearance);
     MainWindow* window = openWindow();
     window->resize(980, 680);
     SheetSession* session = window->session();
@@ -304,6 +347,8 @@ bool Application::renderScreenshot(const QString& file) {
     const bool written = window->grab().save(file, "PNG");
     // Deleted rather than closed: a picture taken must not become the size the next run opens at.
     delete window;
+    if (appearance)
+        m_settings->setAppearance(saved);
     return written;
 }
 

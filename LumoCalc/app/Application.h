@@ -2,15 +2,17 @@
 
 #include <QList>
 #include <QObject>
-#include <QPalette>
 #include <QPointer>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 
 #include "LumoCalc/window/Commands.h"
+#include "LumoUI/settings/AppSettings.h"
 
+class QMessageBox;
 class QSettings;
 
 namespace lumo {
@@ -21,6 +23,7 @@ class DocumentStore;
 class HelpWindow;
 class MainWindow;
 class NotificationCenter;
+class SettingsWindow;
 class TermsDialog;
 class UndoCenter;
 
@@ -47,9 +50,10 @@ public:
     /// window once they are.
     void start();
     MainWindow* openWindow();
-    /// Opens a window, renders it into a PNG once its sheet is evaluated, and closes it.
+    /// Opens a window, renders it into a PNG once its sheet is evaluated, and closes it; in
+    /// `appearance` when given, which the settings keep only while the picture is taken.
     /// False when the file could not be written.
-    bool renderScreenshot(const QString& file);
+    bool renderScreenshot(const QString& file, std::optional<AppearanceSetting> appearance = std::nullopt);
     /// Saves what is pending, closes every window and leaves the event loop.
     void quit();
 
@@ -58,6 +62,7 @@ public:
     MainWindow* activeWindow() const;
     TermsDialog* termsDialog() const;
     HelpWindow* helpWindow() const;
+    SettingsWindow* settingsWindow() const;
     /// The confirmation being asked, if any.
     ConfirmationDialog* confirmation() const;
     bool isQuitting() const { return m_quitting; }
@@ -75,6 +80,8 @@ private:
     void showTerms();
     void showHelp();
     void showAbout(QWidget* parent);
+    void showSettings();
+    void retranslateDialogs();
     void askToEraseAllContent(QWidget* parent);
     void clearSheetPromptChanged();
     void windowClosed(MainWindow* window);
@@ -92,7 +99,8 @@ private:
     QPointer<TermsDialog> m_terms;
     QPointer<HelpWindow> m_help;
     QPointer<ConfirmationDialog> m_confirmation;
-    QPalette m_systemPalette;
+    QPointer<SettingsWindow> m_settingsWindow;
+    QPointer<QMessageBox> m_about;
     QString m_systemStyle;
     bool m_quitting = false;
 };

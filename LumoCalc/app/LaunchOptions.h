@@ -3,6 +3,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
+#include "LumoUI/settings/AppSettings.h"
+
 namespace lumo {
 
 /// What the command line asks of lumo-calc. The in-memory documents ("-lumoFixture",
@@ -14,6 +18,8 @@ struct LaunchOptions {
     Action action = Action::run;
     /// Render the main window into this PNG and exit, instead of running.
     QString screenshotFile;
+    /// With a screenshot: the appearance to draw it in, whatever the settings say.
+    std::optional<AppearanceSetting> appearance;
     /// For `fail`: what was wrong.
     QString error;
 

@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
     lumo::Application lumoApplication({application.arguments(), {}, {}});
     if (!launch.screenshotFile.isEmpty()) {
         const QString file = QDir::current().absoluteFilePath(launch.screenshotFile);
-        if (!lumoApplication.renderScreenshot(file)) {
+        if (!lumoApplication.renderScreenshot(file, launch.appearance)) {
             print(stderr, QStringLiteral("lumo-calc: could not write %1\n").arg(file));
             return 1;
         }

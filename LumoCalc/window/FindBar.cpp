@@ -62,7 +62,6 @@ FindBar::FindBar(SheetSession* session, CalcTextView* textView, QWidget* parent)
     m_next->setArrowType(Qt::DownArrow);
     m_count = new QLabel(this);
     m_count->setObjectName(QStringLiteral("findCount"));
-    m_count->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("000 of 000")));
     m_matchCase = new QCheckBox(this);
     m_wholeWord = new QCheckBox(this);
     m_allSheets = new QCheckBox(this);
@@ -88,10 +87,12 @@ FindBar::FindBar(SheetSession* session, CalcTextView* textView, QWidget* parent)
     m_replaceAll = new QPushButton(m_replaceRow);
     m_status = new QLabel(m_replaceRow);
     m_status->setObjectName(QStringLiteral("findStatus"));
-    replaceRow->addWidget(m_replaceField, 1);
+    // The report of a Replace All can be long: it gets more of the row than the field.
+    m_status->setWordWrap(true);
+    replaceRow->addWidget(m_replaceField, 2);
     replaceRow->addWidget(m_replace);
     replaceRow->addWidget(m_replaceAll);
-    replaceRow->addWidget(m_status);
+    replaceRow->addWidget(m_status, 3);
     rows->addWidget(m_replaceRow);
 
     // The buttons act without taking the focus from the fields.
@@ -136,6 +137,12 @@ void FindBar::retranslate() {
     m_allSheets->setText(pickText("すべてのシート", "In all sheets"));
     m_replace->setText(pickText("置換", "Replace"));
     m_replaceAll->setText(pickText("すべて置換", "Replace All"));
+    // The count keeps its room as it changes, so the options beside it stay put.
+    const QFontMetrics metrics = m_count->fontMetrics();
+    m_count->setMinimumWidth(std::max({metrics.horizontalAdvance(pickText("見つかりません", "No matches")),
+                                       metrics.horizontalAdvance(pickText("000 件中 000 件目", "000 of 000")),
+                                       metrics.horizontalAdvance(pickText("000 件", "000 matches"))}) +
+                             4);
     updateCount();
 }
 

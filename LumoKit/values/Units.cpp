@@ -478,6 +478,7 @@ UnitRegistry::UnitRegistry() {
         unit->tight = row.spacing == Spacing::tight;
         for (const auto& name : row.names)
             m_byName.emplace(name, unit);
+        m_table.push_back({unit, row.names});
     }
     for (const auto& row : compoundRows()) {
         Components components;
@@ -488,6 +489,7 @@ UnitRegistry::UnitRegistry() {
         interner().seed(components, unit);
         for (const auto& name : row.names)
             m_byName.emplace(name, unit);
+        m_table.push_back({unit, row.names});
     }
 }
 

@@ -68,9 +68,18 @@ public:
     /// Every symbol and alias the table knows (for catalogs and tests).
     std::vector<std::string> allNames() const;
 
+    /// A unit of the table with every name it goes by, its symbol first.
+    struct TableUnit {
+        UnitRef unit;
+        std::vector<std::string> names;
+    };
+    /// The table in its own order: the simple units, then those made of them (m², km/h).
+    const std::vector<TableUnit>& tableUnits() const { return m_table; }
+
 private:
     UnitRegistry();
     std::unordered_map<std::string, UnitRef, TextHash, std::equal_to<>> m_byName;
+    std::vector<TableUnit> m_table;
 };
 
 /// The lexer's and parser's "is this a known unit?" question.

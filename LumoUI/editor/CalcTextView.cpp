@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeData>
+#include <QPainter>
 #include <QScrollBar>
 #include <QTextBlock>
 #include <QTextLayout>
@@ -17,10 +18,12 @@
 #include "LumoKit/base/Language.h"
 #include "LumoKit/editing/LineEditor.h"
 #include "LumoUI/editor/DecorationOverlay.h"
+#include "LumoUI/editor/PlotLayer.h"
 #include "LumoUI/editor/ResultColumnHandle.h"
 #include "LumoUI/editor/SheetTextLayout.h"
 #include "LumoUI/editor/TextPositions.h"
 #include "LumoUI/editor/TextRewrites.h"
+#include "LumoUI/plot/PlotStyle.h"
 #include "LumoUI/settings/AppSettings.h"
 
 namespace lumo {
@@ -80,6 +83,11 @@ CalcTextView::CalcTextView(AppSettings* settings, QWidget* parent)
     m_overlay = new DecorationOverlay(this);
     m_handle = new ResultColumnHandle(settings, this);
     m_handle->raise();
+    m_plots = new PlotLayer(this);
+    layout->setBandHeights(
+        [this](const QTextBlock& block) { return m_plots->bandHeight(block.blockNumber()); });
+    // Hovering a curve reads out its values, so the viewport follows the pointer.
+    viewport()->setMouseTracking(true);
 
     connect(this, &QPlainTextEdit::updateRequest, this, &CalcTextView::updateOverlayArea);
     connect(document(), &QTextDocument::contentsChange, this, &CalcTextView::contentsChanged);
@@ -96,7 +104,20 @@ CalcTextView::~CalcTextView() = default;
 void CalcTextView::setResults(std::vector<LineResult> results) {
     m_results = std::move(results);
     m_answers.assign(m_results.size(), std::nullopt);
+    m_plots->resultsChanged();
     m_overlay->resultsChanged();
+}
+
+bool CalcTextView::showsPlots() const {
+    return m_plots->showsPlots();
+}
+
+void CalcTextView::setShowsPlots(bool shows) {
+    m_plots->setShowsPlots(shows);
+}
+
+qreal CalcTextView::bandHeight(int line) const {
+    return m_plots->bandHeight(line);
 }
 
 const std::optional<LineAnswer>& CalcTextView::answer(int line) const {
@@ -509,6 +530,8 @@ QMenu* CalcTextView::createContextMenu(std::optional<int> answerLine, int textLi
 }
 
 void CalcTextView::contextMenuEvent(QContextMenuEvent* event) {
+    if (m_plots->contextMenu(event))
+        return;
     const int line = cursorForPosition(event->pos()).blockNumber();
     createContextMenu(std::nullopt, line)->popup(event->globalPos());
 }
@@ -553,8 +576,57 @@ void CalcTextView::resizeEvent(QResizeEvent* event) {
 
 void CalcTextView::changeEvent(QEvent* event) {
     QPlainTextEdit::changeEvent(event);
-    if (event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::FontChange) {
+        updatePlotStyle();
+        m_plots->fontChanged();
         relayout();
+    }
+}
+
+// MARK: - Plots
+
+void CalcTextView::paintEvent(QPaintEvent* event) {
+    QPlainTextEdit::paintEvent(event);
+    // Plots go over the text's paper in the bands the layout left free under their lines.
+    QPainter painter(viewport());
+    m_plots->paint(painter, event->rect());
+}
+
+void CalcTextView::mousePressEvent(QMouseEvent* event) {
+    if (!m_plots->mousePress(event))
+        QPlainTextEdit::mousePressEvent(event);
+}
+
+void CalcTextView::mouseMoveEvent(QMouseEvent* event) {
+    if (!m_plots->mouseMove(event))
+        QPlainTextEdit::mouseMoveEvent(event);
+}
+
+void CalcTextView::mouseReleaseEvent(QMouseEvent* event) {
+    if (!m_plots->mouseRelease(event))
+        QPlainTextEdit::mouseReleaseEvent(event);
+}
+
+void CalcTextView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (!m_plots->mousePress(event))
+        QPlainTextEdit::mouseDoubleClickEvent(event);
+}
+
+void CalcTextView::leaveEvent(QEvent* event) {
+    m_plots->pointerLeft();
+    QPlainTextEdit::leaveEvent(event);
+}
+
+void CalcTextView::setSyntaxColors(const SyntaxColorOverrides& colors) {
+    if (colors == m_syntaxColors)
+        return;
+    m_syntaxColors = colors;
+    updatePlotStyle();
+}
+
+void CalcTextView::updatePlotStyle() {
+    if (m_plots)
+        m_plots->setStyle(PlotStyle::make(m_appearance, m_syntaxColors, font()));
 }
 
 QRectF CalcTextView::firstRowRect(int line) const {
@@ -614,8 +686,8 @@ void CalcTextView::setAppearance(Appearance appearance) {
     m_appearance = appearance;
     const bool dark = appearance == Appearance::dark;
     QPalette colors = palette();
-    const QColor base = dark ? QColor(0x1C, 0x1C, 0x1F) : QColor(0xFD, 0xFC, 0xF9);
-    const QColor text = dark ? QColor(0xE9, 0xE9, 0xEC) : QColor(0x1B, 0x1A, 0x18);
+    const QColor base = QColor::fromRgba(Theme::paperColor(appearance) >> 8 | 0xFF000000u);
+    const QColor text = QColor::fromRgba(Theme::inkColor(appearance) >> 8 | 0xFF000000u);
     colors.setColor(QPalette::Base, base);
     colors.setColor(QPalette::Window, base);
     colors.setColor(QPalette::Text, text);
@@ -628,6 +700,7 @@ void CalcTextView::setAppearance(Appearance appearance) {
     viewport()->setPalette(colors);
     m_overlay->setPalette(colors);
     m_handle->setPalette(colors);
+    updatePlotStyle();
     updateCurrentLineHighlight();
     m_overlay->update();
 }

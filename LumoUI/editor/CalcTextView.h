@@ -17,6 +17,7 @@ namespace lumo {
 
 class AppSettings;
 class DecorationOverlay;
+class PlotLayer;
 class ResultColumnHandle;
 
 /// The calculation text view: plain text on the left, each line's answer in a column on the
@@ -38,6 +39,13 @@ public:
 
     DecorationOverlay* overlay() const { return m_overlay; }
     ResultColumnHandle* columnHandle() const { return m_handle; }
+    PlotLayer* plots() const { return m_plots; }
+
+    /// Whether plot lines show their plots in a band under them ("lumo.showGraph").
+    bool showsPlots() const;
+    void setShowsPlots(bool shows);
+    /// The room under a line taken by its plot, in pixels; zero for other lines.
+    qreal bandHeight(int line) const;
 
     /// The per-line results, matched to lines by index; there may be more or fewer than lines
     /// while an evaluation is under way.
@@ -86,6 +94,8 @@ public:
     /// Colours and appearance of the text and column.
     void setAppearance(Appearance appearance);
     Appearance appearance() const { return m_appearance; }
+    /// The user's syntax colours, which the plots borrow.
+    void setSyntaxColors(const SyntaxColorOverrides& colors);
 
     /// Recomputes the text's layout width and the column's place; called when the width setting
     /// or the view's size changes.
@@ -120,9 +130,16 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
 private:
     friend class DecorationOverlay;
+    friend class PlotLayer;
     class EditGroup;
 
     bool touchesLockedLine(int from, int to) const;
@@ -133,10 +150,13 @@ private:
     void contentsChanged(int position, int removed, int added);
     void updateOverlayArea(const QRect& rect, int dy);
     void updateCurrentLineHighlight();
+    void updatePlotStyle();
 
     QPointer<AppSettings> m_settings;
     DecorationOverlay* m_overlay = nullptr;
     ResultColumnHandle* m_handle = nullptr;
+    PlotLayer* m_plots = nullptr;
+    SyntaxColorOverrides m_syntaxColors;
     std::vector<LineResult> m_results;
     mutable std::vector<std::optional<std::optional<LineAnswer>>> m_answers;
     int m_lockCount = 0;

@@ -130,8 +130,9 @@ void DecorationOverlay::paintLine(QPainter& painter, const QTextBlock& block, co
         const QTextLine first = layout->lineAt(0);
         row = QRectF(0, geometry.top() + first.y(), width(), first.height());
     }
+    // The caret's band covers the line's rows, not the plot under them.
     if (line == m_owner->caretLine())
-        painter.fillRect(QRectF(0, geometry.top(), width(), geometry.height()),
+        painter.fillRect(QRectF(0, geometry.top(), width(), geometry.height() - m_owner->bandHeight(line)),
                          palette().color(QPalette::AlternateBase));
     if (m_owner->isLineLocked(line))
         paintLockMark(painter, row);

@@ -20,6 +20,10 @@ class SheetEditor : public QWidget {
     Q_OBJECT
 
 public:
+    /// The view preference that shows or hides the plots under plot lines; on by default.
+    static constexpr auto showGraphKey = "lumo.showGraph";
+    static constexpr bool showsGraphByDefault = true;
+
     SheetEditor(SheetSession* session, AppSettings* settings, NotificationCenter* notifications,
                 QWidget* parent = nullptr);
     ~SheetEditor() override;

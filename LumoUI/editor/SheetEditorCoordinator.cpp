@@ -17,26 +17,13 @@
 #include "LumoUI/editor/TextRewrites.h"
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/settings/NotificationCenter.h"
+#include "LumoUI/settings/ViewStyle.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
 
 namespace lumo {
 
 namespace {
-
-qreal pointSize(TextSizeSetting size) {
-    switch (size) {
-    case TextSizeSetting::small:
-        return 12;
-    case TextSizeSetting::standard:
-        return 14;
-    case TextSizeSetting::large:
-        return 17;
-    case TextSizeSetting::xlarge:
-        return 20;
-    }
-    return 14;
-}
 
 SyntaxColorOverrides toOverrides(const QMap<QString, QString>& colors) {
     SyntaxColorOverrides overrides;
@@ -79,6 +66,13 @@ SheetEditor::Coordinator::Coordinator(SheetEditor* parent, SheetSession* session
     if (m_settings) {
         connect(m_settings, &AppSettings::appearanceChanged, this, &Coordinator::applyAppearance);
         connect(m_settings, &AppSettings::textSizeChanged, this, &Coordinator::applyTextSize);
+        connect(m_settings, &AppSettings::viewPreferenceChanged, this,
+                [this](const QString& key, const QVariant& value) {
+                    if (key == QLatin1String(showGraphKey) && m_textView)
+                        m_textView->setShowsPlots(value.toBool());
+                });
+        textView->setShowsPlots(
+            m_settings->viewPreference(QLatin1String(showGraphKey), showsGraphByDefault).toBool());
     }
     observeNotifications();
     applyTextSize();
@@ -193,30 +187,22 @@ void SheetEditor::Coordinator::textEdited() {
 void SheetEditor::Coordinator::applyAppearance() {
     if (!m_textView)
         return;
-    Appearance appearance = Appearance::dark;
-    switch (m_settings ? m_settings->appearance() : AppearanceSetting::automatic) {
-    case AppearanceSetting::light:
-        appearance = Appearance::light;
-        break;
-    case AppearanceSetting::dark:
-        appearance = Appearance::dark;
-        break;
-    case AppearanceSetting::automatic:
-        appearance = QApplication::palette().color(QPalette::Window).lightness() < 128 ? Appearance::dark
-                                                                                       : Appearance::light;
-        break;
-    }
+    // The editor's own palette, not the application's: it is the one whose changes reach the
+    // editor, so "auto" settles on what the editor was last told.
+    const Appearance appearance = ViewStyle::appearance(
+        m_settings ? m_settings->appearance() : AppearanceSetting::automatic, m_parent->palette());
+    const SyntaxColorOverrides colors =
+        m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{};
+    m_textView->setSyntaxColors(colors);
     m_textView->setAppearance(appearance);
-    m_highlighter->setColors(m_settings ? toOverrides(m_settings->syntaxColors()) : SyntaxColorOverrides{},
-                             appearance);
+    m_highlighter->setColors(colors, appearance);
 }
 
 void SheetEditor::Coordinator::applyTextSize() {
     if (!m_textView)
         return;
-    QFont font = m_textView->font();
-    font.setPointSizeF(pointSize(m_settings ? m_settings->textSize() : TextSizeSetting::standard));
-    m_textView->setFont(font);
+    m_textView->setFont(ViewStyle::sheetFont(m_textView->font(), m_settings ? m_settings->textSize()
+                                                                            : TextSizeSetting::standard));
 }
 
 // MARK: - Answers
@@ -389,14 +375,42 @@ void SheetEditor::Coordinator::insertSnippet(const QVariant& payload) {
         return;
     }
     const QTextCursor cursor = m_textView->textCursor();
-    const QString head = cursor.block().text().left(cursor.selectionStart() - cursor.block().position());
-    const std::string spaced = LineEditor::snippetSpacing(
-        snippet, head.toStdString(), TextPositions::characterIndex(head, int(head.size())));
-    if (!m_textView->insertAtSelection(QString::fromStdString(spaced)))
+    const QString line = cursor.block().text();
+    const QString head = line.left(cursor.selectionStart() - cursor.block().position());
+    const int headCharacters = TextPositions::characterIndex(head, int(head.size()));
+    if (snippet.text == "×") {
+        // The sign is spaced by what precedes it; inside a note it goes in as it is.
+        const std::string sign = LineEditor::multiplySign(head.toStdString(), headCharacters);
+        if (!sign.empty())
+            snippet.text = sign;
+    }
+    // Digits go on with the number before the caret, as typed ones do; words are spaced apart.
+    const bool isNumeral =
+        !snippet.text.empty() && std::all_of(snippet.text.begin(), snippet.text.end(),
+                                             [](char c) { return (c >= '0' && c <= '9') || c == '.'; });
+    const QString spaced = QString::fromStdString(
+        isNumeral ? snippet.text : LineEditor::snippetSpacing(snippet, head.toStdString(), headCharacters));
+    // The caret lands before the last `caretBack` characters of the snippet.
+    const int characters = TextPositions::characterIndex(spaced, int(spaced.size()));
+    const int tailStart = TextPositions::utf16Offset(
+        spaced, std::max(0, characters - int(std::max<std::int64_t>(0, snippet.caretBack))));
+    QString before = spaced.left(tailStart);
+    QString after = spaced.mid(tailStart);
+    // The lines of a snippet (a block with its body) keep the indentation of the line it goes into.
+    qsizetype indentLength = 0;
+    while (indentLength < line.size() &&
+           (line[indentLength] == u' ' || line[indentLength] == u'\t' || line[indentLength] == QChar(0x3000)))
+        ++indentLength;
+    if (indentLength > 0) {
+        const QString newline = QStringLiteral("\n") + line.left(indentLength);
+        before.replace(u'\n', newline);
+        after.replace(u'\n', newline);
+    }
+    if (!m_textView->insertAtSelection(before + after))
         return;
-    if (snippet.caretBack >= 1) {
+    if (!after.isEmpty()) {
         QTextCursor moved = m_textView->textCursor();
-        moved.movePosition(QTextCursor::PreviousCharacter, QTextCursor::MoveAnchor, int(snippet.caretBack));
+        moved.setPosition(moved.position() - int(after.size()));
         m_textView->setTextCursor(moved);
     }
 }

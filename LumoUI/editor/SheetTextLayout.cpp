@@ -2,12 +2,26 @@
 
 #include <QTextBlock>
 
+#include <utility>
+
 namespace lumo {
 
 SheetTextLayout::SheetTextLayout(QTextDocument* document) : QPlainTextDocumentLayout(document) {}
 
-qreal SheetTextLayout::bandHeight(const QTextBlock&) const {
-    return 0;
+void SheetTextLayout::setBandHeights(BandHeights heights) {
+    m_bandHeights = std::move(heights);
+    bandsChanged();
+}
+
+qreal SheetTextLayout::bandHeight(const QTextBlock& block) const {
+    return m_bandHeights ? m_bandHeights(block) : 0;
+}
+
+void SheetTextLayout::bandsChanged() {
+    // The bounding rectangles are asked for afresh on every use, so announcing the change is
+    // all it takes: the view recomputes its scroll range and paints everything again.
+    emit documentSizeChanged(documentSize());
+    emit update(QRectF());
 }
 
 QRectF SheetTextLayout::blockBoundingRect(const QTextBlock& block) const {

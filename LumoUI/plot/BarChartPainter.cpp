@@ -46,6 +46,13 @@ QPainterPath barPath(const QRectF& bar, qreal radius, bool negative) {
     return path;
 }
 
+// Text centred on x at a fixed baseline: labels in different scripts (a fallback font for 円)
+// still stand on one line.
+void drawCentred(QPainter& painter, qreal x, qreal baseline, const QString& text,
+                 const QFontMetricsF& metrics) {
+    painter.drawText(QPointF(x - metrics.horizontalAdvance(text) / 2, baseline), text);
+}
+
 } // namespace
 
 void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, const PlotStyle& style) {
@@ -56,7 +63,7 @@ void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, 
     const qreal line = metrics.height();
 
     const PlotRange range = drawableRange(spec.yRange);
-    const int rows = std::clamp(int(body.height() / (line * 2.6)), 2, 8);
+    const int rows = std::clamp(int(body.height() / (line * 2.1)), 2, 8);
     const AxisTicks ticks = AxisTicks::inside(range, rows);
     qreal labelWidth = 0;
     for (double value : ticks.values)
@@ -105,17 +112,14 @@ void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, 
 
         if (writeValues) {
             painter.setPen(style.text);
-            const QRectF valueBox = negative
-                                        ? QRectF(middle - slot / 2, shape.bottom() + line * 0.1, slot, line)
-                                        : QRectF(middle - slot / 2, shape.top() - line * 1.1, slot, line);
-            painter.drawText(valueBox, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextSingleLine,
-                             valueLabel(bar.value, spec.unitLabel));
+            const qreal baseline = negative ? shape.bottom() + line * 0.15 + metrics.ascent()
+                                            : shape.top() - line * 0.15 - metrics.descent();
+            drawCentred(painter, middle, baseline, valueLabel(bar.value, spec.unitLabel), metrics);
         }
         painter.setPen(style.mutedText);
         const QString label =
             metrics.elidedText(QString::fromStdString(bar.label), Qt::ElideRight, slot - line * 0.2);
-        painter.drawText(QRectF(middle - slot / 2, body.bottom() - line * 1.15, slot, line * 1.15),
-                         Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextSingleLine, label);
+        drawCentred(painter, middle, body.bottom() - metrics.descent() - line * 0.1, label, metrics);
     }
 
     // The zero line goes over the bars' feet, so rising and falling bars share one base.

@@ -54,12 +54,14 @@ CurveFrame::CurveFrame(CurveSet curves, const QRectF& body, const PlotStyle& sty
     m_x = drawableRange(joinedX(curves));
     m_y = paddedRange(joinedY(curves), verticalPadding);
     // About one tick per five lines of height and one per eight label widths across.
-    const int rows = std::clamp(int(body.height() / (metrics.height() * 2.6)), 2, 8);
+    const int rows = std::clamp(int(body.height() / (metrics.height() * 2.1)), 2, 8);
     m_yTicks = AxisTicks::inside(m_y, rows);
     const qreal left = std::ceil(widestLabel(m_yTicks, unitOf(curves), metrics) + metrics.height() * 0.6);
     const qreal bottom = std::ceil(metrics.height() * 1.5);
+    // Half a label of room on the right, so the last x label is not cut at the card's edge.
+    const qreal right = std::ceil(metrics.horizontalAdvance(tickLabel(m_x.high, 1, std::nullopt)) / 2 + 2);
     m_area = QRectF(body.left() + left, body.top() + metrics.height() * 0.3,
-                    std::max<qreal>(1, body.width() - left),
+                    std::max<qreal>(1, body.width() - left - right),
                     std::max<qreal>(1, body.height() - bottom - metrics.height() * 0.3));
     const qreal sample =
         metrics.horizontalAdvance(tickLabel(m_x.high, (m_x.high - m_x.low) / 8, std::nullopt));

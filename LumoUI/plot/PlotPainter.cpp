@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <vector>
+
 #include "LumoKit/base/Language.h"
 #include "LumoUI/plot/BarChartPainter.h"
 #include "LumoUI/plot/PlotCard.h"
@@ -50,6 +52,20 @@ void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& spec, cons
         paintSurface(painter, card.body, spec, style, view.surfaceAngle);
         break;
     }
+}
+
+void paintCurvePlot(QPainter& painter, const QRectF& rect, CurveSet curves, const PlotStyle& style) {
+    const PlotCard card = PlotCard::layout(rect, style);
+    card.paintBackground(painter, style);
+    std::vector<PlotCard::LegendEntry> legend;
+    for (std::size_t i = 0; i < curves.size(); ++i)
+        legend.push_back({QString::fromStdString(curves[i]->title), style.series[i % style.series.size()]});
+    const qreal legendWidth = card.paintLegend(painter, legend, style);
+    // With a legend, the legend names the functions and the title stays empty.
+    if (curves.size() == 1)
+        card.paintTitle(painter, QString::fromStdString(curves.front()->title), style, legendWidth);
+    if (!curves.empty())
+        paintCurves(painter, CurveFrame(curves, card.body, style), curves, style);
 }
 
 CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& spec, const PlotStyle& style) {

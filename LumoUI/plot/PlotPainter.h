@@ -26,6 +26,10 @@ struct PlotView {
 void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& spec, const PlotStyle& style,
                const PlotView& view = {});
 
+/// Several functions on one pair of axes, each in its own colour, with a legend of their
+/// titles when there is more than one.
+void paintCurvePlot(QPainter& painter, const QRectF& rect, CurveSet curves, const PlotStyle& style);
+
 /// Where a curve drawn by paintPlot() into `rect` puts its values, to find the point under the
 /// pointer.
 CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& spec, const PlotStyle& style);

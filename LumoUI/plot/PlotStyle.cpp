@@ -1,5 +1,8 @@
 #include "LumoUI/plot/PlotStyle.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace lumo {
 
 namespace {
@@ -12,6 +15,16 @@ QColor mix(const QColor& a, const QColor& b, qreal amount) {
     return QColor::fromRgbF(float(a.redF() + (b.redF() - a.redF()) * amount),
                             float(a.greenF() + (b.greenF() - a.greenF()) * amount),
                             float(a.blueF() + (b.blueF() - a.blueF()) * amount));
+}
+
+// A font of the same family, sized by points or by pixels as the original is.
+QFont scaledFont(const QFont& font, qreal factor) {
+    QFont scaled = font;
+    if (font.pointSizeF() > 0)
+        scaled.setPointSizeF(font.pointSizeF() * factor);
+    else if (font.pixelSize() > 0)
+        scaled.setPixelSize(std::max(8, int(std::lround(font.pixelSize() * factor))));
+    return scaled;
 }
 
 } // namespace
@@ -37,29 +50,26 @@ PlotStyle PlotStyle::make(Appearance appearance, const SyntaxColorOverrides& use
     style.series = {syntax(SyntaxKind::name), syntax(SyntaxKind::quoted), syntax(SyntaxKind::unit),
                     syntax(SyntaxKind::function), syntax(SyntaxKind::keyword)};
     style.negative = syntax(SyntaxKind::keyword);
-    style.surfaceLow = syntax(SyntaxKind::name);
-    style.surfaceHigh = syntax(SyntaxKind::quoted);
-    style.mesh = mix(paper, ink, dark ? 0.30 : 0.38);
-    style.mesh.setAlphaF(0.55f);
+    // On light paper the faces are a little paler than the text colours, so shading keeps
+    // them bright.
+    style.surfaceLow = mix(syntax(SyntaxKind::name), paper, dark ? 0 : 0.2);
+    style.surfaceMiddle = mix(syntax(SyntaxKind::unit), paper, dark ? 0 : 0.2);
+    style.surfaceHigh = mix(syntax(SyntaxKind::quoted), paper, dark ? 0 : 0.2);
+    // Seams a shade darker than the faces, so the mesh reads without washing the colours out.
+    style.mesh = QColor(0, 0, 0);
+    style.mesh.setAlphaF(dark ? 0.38f : 0.14f);
     style.font = textFont;
     return style;
 }
 
 QFont PlotStyle::titleFont() const {
-    QFont title = font;
-    if (title.pointSizeF() > 0)
-        title.setPointSizeF(title.pointSizeF() * 0.93);
+    QFont title = scaledFont(font, 0.93);
     title.setWeight(QFont::DemiBold);
     return title;
 }
 
 QFont PlotStyle::labelFont() const {
-    QFont label = font;
-    if (label.pointSizeF() > 0)
-        label.setPointSizeF(label.pointSizeF() * 0.78);
-    else if (label.pixelSize() > 0)
-        label.setPixelSize(std::max(8, int(label.pixelSize() * 0.78)));
-    return label;
+    return scaledFont(font, 0.8);
 }
 
 } // namespace lumo

@@ -24,8 +24,9 @@ struct PlotStyle {
     /// One colour per function of a curve, in turn; bars take the first.
     std::array<QColor, 5> series;
     QColor negative; ///< bars below zero
-    /// Heights of a surface run from the low colour to the high one.
+    /// Heights of a surface run from the low colour through the middle one to the high one.
     QColor surfaceLow;
+    QColor surfaceMiddle;
     QColor surfaceHigh;
     QColor mesh; ///< the lines of a surface's grid
     QFont font;  ///< tick labels and legend; the title is set a little larger

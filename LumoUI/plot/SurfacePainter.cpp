@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
+#include <utility>
 
 #include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/AxisTicks.h"
@@ -27,7 +29,7 @@ QColor mix(const QColor& a, const QColor& b, double amount) {
 }
 
 QColor shaded(const QColor& colour, double light) {
-    const double factor = 0.52 + 0.48 * light;
+    const double factor = 0.6 + 0.4 * light;
     return QColor::fromRgbF(float(colour.redF() * factor), float(colour.greenF() * factor),
                             float(colour.blueF() * factor));
 }
@@ -65,7 +67,8 @@ void paintBackPanes(QPainter& painter, const SurfaceProjection& projection, cons
         painter.drawLine(projection.toScreen({-1, y, floorZ}), projection.toScreen({1, y, floorZ}));
     }
     // The two walls whose middles lie beyond the box's centre.
-    for (const auto& [x, y] : {std::pair{1.0, 0.0}, {-1.0, 0.0}, {0.0, 1.0}, {0.0, -1.0}}) {
+    for (const auto& [x, y] :
+         std::initializer_list<std::pair<double, double>>{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}) {
         if (projection.depthOf({x, y, 0}) <= 0)
             continue;
         const BoxPoint a = x != 0 ? BoxPoint{x, -1, 0} : BoxPoint{-1, y, 0};
@@ -90,7 +93,10 @@ void paintFaces(QPainter& painter, const SurfaceProjection& projection, const Pl
     mesh.setJoinStyle(Qt::BevelJoin);
     painter.setPen(mesh);
     for (const SurfaceProjection::Face& face : projection.faces()) {
-        painter.setBrush(shaded(mix(style.surfaceLow, style.surfaceHigh, face.height), face.light));
+        const QColor colour = face.height < 0.5
+                                  ? mix(style.surfaceLow, style.surfaceMiddle, face.height * 2)
+                                  : mix(style.surfaceMiddle, style.surfaceHigh, face.height * 2 - 1);
+        painter.setBrush(shaded(colour, face.light));
         painter.drawConvexPolygon(face.corners.data(), face.cornerCount);
     }
 }
@@ -166,6 +172,9 @@ void paintAxes(QPainter& painter, const SurfaceProjection& projection, const Axi
     const qreal tick = metrics.height() * 0.3;
     for (double value : zTicks.values) {
         const QPointF at = projection.toScreen({corner.x, corner.y, projection.boxZ(value)});
+        // The floor's corner belongs to the ground axes' labels.
+        if (bottom.y() - at.y() < metrics.height() * 0.8)
+            continue;
         painter.setPen(QPen(style.axis, 1));
         painter.drawLine(at, at - QPointF(tick, 0));
         painter.setPen(style.mutedText);
@@ -185,7 +194,10 @@ void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& spec, c
     painter.save();
     const QFontMetricsF metrics(style.labelFont());
     const PlotRange zRange = drawableRange(spec.zRange.value_or(PlotRange{0, 1}));
-    const AxisTicks zTicks = AxisTicks::inside(zRange, 4);
+    // About one z tick per two lines of the box's height.
+    const qreal boxHeight = (body.height() - metrics.height() * 3.3) * 0.45;
+    const AxisTicks zTicks =
+        AxisTicks::inside(zRange, std::clamp(int(boxHeight / (metrics.height() * 1.6)), 4, 6));
     qreal zLabels = 0;
     for (double value : zTicks.values)
         zLabels = std::max(zLabels, metrics.horizontalAdvance(tickLabel(value, zTicks.step, spec.unitLabel)));
@@ -193,7 +205,7 @@ void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& spec, c
     // axis name below, and the z axis's name above.
     const qreal side = std::max(zLabels + metrics.height(), metrics.height() * 3.2);
     const QRectF box =
-        body.adjusted(side, metrics.height() * 1.3, -metrics.height() * 3, -metrics.height() * 2.6);
+        body.adjusted(side, metrics.height() * 1.1, -metrics.height() * 2.4, -metrics.height() * 2.2);
     const SurfaceProjection projection(spec, box, angleDegrees);
     const AxisTicks xTicks = AxisTicks::inside(drawableRange(spec.xRange), 4);
     const AxisTicks yTicks = AxisTicks::inside(drawableRange(spec.yRange), 4);

@@ -37,7 +37,11 @@ SurfaceProjection::SurfaceProjection(const PlotSpec& spec, const QRectF& rect, d
     const double reach = std::numbers::sqrt2;
     const double across = 2 * reach;
     const double upright = 2 * (reach * m_sinElevation + boxHalfHeight * m_cosElevation);
-    m_scale = std::max(1e-6, std::min(rect.width() / across, rect.height() / upright));
+    // A wide rectangle stretches the box across, up to almost twice as wide as it is deep, so a
+    // band under a line is well filled.
+    const double uprightScale = rect.height() / upright;
+    m_scaleAcross = std::max(1e-6, std::min(rect.width() / across, uprightScale * 1.9));
+    m_scale = std::max(1e-6, std::min(uprightScale, m_scaleAcross));
     project(spec);
 }
 
@@ -48,7 +52,7 @@ double SurfaceProjection::boxZ(double value) const {
 QPointF SurfaceProjection::toScreen(const BoxPoint& point) const {
     const double across = point.x * m_cos - point.y * m_sin;
     const double away = point.x * m_sin + point.y * m_cos;
-    return QPointF(m_centre.x() + across * m_scale,
+    return QPointF(m_centre.x() + across * m_scaleAcross,
                    m_centre.y() - (point.z * m_cosElevation + away * m_sinElevation) * m_scale);
 }
 

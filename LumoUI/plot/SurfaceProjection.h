@@ -18,8 +18,8 @@ namespace lumo {
 /// boxHalfHeight upright, so every surface has the same shape whatever its ranges.
 class SurfaceProjection {
 public:
-    static constexpr double elevationDegrees = 28;
-    static constexpr double boxHalfHeight = 0.62;
+    static constexpr double elevationDegrees = 24;
+    static constexpr double boxHalfHeight = 0.55;
 
     /// A point of the box: x and y on the ground (−1…1), z upright.
     struct BoxPoint {
@@ -39,7 +39,7 @@ public:
         double height = 0;
     };
 
-    /// `angleDegrees` turns the grid counter-clockwise seen from above; the projection fills
+    /// `angleDegrees` turns the grid counter-clockwise seen from above; the projection fits
     /// `rect` the same at every angle, so turning never makes the surface grow or shrink.
     SurfaceProjection(const PlotSpec& spec, const QRectF& rect, double angleDegrees);
 
@@ -61,6 +61,7 @@ private:
 
     QPointF m_centre;
     double m_scale = 1;
+    double m_scaleAcross = 1;
     double m_cos = 1;
     double m_sin = 0;
     double m_cosElevation = 1;

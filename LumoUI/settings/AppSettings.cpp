@@ -375,7 +375,10 @@ QVariant AppSettings::viewPreference(const QString& key, const QVariant& fallbac
 }
 
 void AppSettings::setViewPreference(const QString& key, const QVariant& value) {
+    const bool changed = m_store.value(key) != value;
     m_store.setValue(key, value);
+    if (changed)
+        emit viewPreferenceChanged(key, value);
 }
 
 } // namespace lumo

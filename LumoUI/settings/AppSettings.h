@@ -129,6 +129,8 @@ signals:
     void hapticFeedbackChanged(bool enabled);
     void languageChanged(lumo::AppLanguage language);
     void acceptedTermsVersionChanged(int version);
+    /// setViewPreference() stored a different value, so every view of that preference follows.
+    void viewPreferenceChanged(const QString& key, const QVariant& value);
 
 private:
     void load();

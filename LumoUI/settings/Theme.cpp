@@ -28,6 +28,14 @@ constexpr std::array<KindColors, 8> defaultColors{{
 
 } // namespace
 
+std::uint32_t paperColor(Appearance appearance) {
+    return appearance == Appearance::dark ? 0x1C1C1FFF : 0xFDFCF9FF;
+}
+
+std::uint32_t inkColor(Appearance appearance) {
+    return appearance == Appearance::dark ? 0xE9E9ECFF : 0x1B1A18FF;
+}
+
 std::uint32_t defaultColor(SyntaxKind kind, Appearance appearance) {
     const auto entry = std::find_if(defaultColors.begin(), defaultColors.end(),
                                     [kind](const KindColors& colors) { return colors.kind == kind; });

@@ -17,6 +17,9 @@ using SyntaxColorOverrides = std::map<std::string, std::string>;
 /// The application's colour constants.
 namespace Theme {
 
+/// The sheet's paper and the colour of text that no kind claims, as 0xRRGGBBFF.
+std::uint32_t paperColor(Appearance appearance);
+std::uint32_t inkColor(Appearance appearance);
 /// The built-in colour of a kind, as 0xRRGGBBFF.
 std::uint32_t defaultColor(SyntaxKind kind, Appearance appearance);
 /// The key of a kind's entry in the user's colours, e.g. "quoted.light".

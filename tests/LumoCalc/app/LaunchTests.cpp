@@ -17,6 +17,7 @@ TEST(LaunchOptions, ReadsTheCommandLine) {
         QStringList arguments;
         Action action;
         QString screenshot;
+        std::optional<AppearanceSetting> appearance = std::nullopt;
     };
     const Case cases[] = {
         {{}, Action::run, {}},
@@ -30,12 +31,21 @@ TEST(LaunchOptions, ReadsTheCommandLine) {
         {{"--screenshot"}, Action::fail, {}},
         {{"--screenshot="}, Action::fail, {}},
         {{"--frobnicate"}, Action::fail, {}},
+        {{"--screenshot", "a.png", "--appearance", "light"}, Action::run, "a.png", AppearanceSetting::light},
+        {{"--appearance=dark", "--screenshot=b.png"}, Action::run, "b.png", AppearanceSetting::dark},
+        {{"--screenshot", "c.png", "--appearance=auto"}, Action::run, "c.png", AppearanceSetting::automatic},
+        {{"--screenshot", "d.png", "--appearance", "Dark"}, Action::fail, {}},
+        {{"--screenshot", "e.png", "--appearance"}, Action::fail, {}},
+        {{"--appearance", "light"}, Action::fail, {}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.arguments.join(' ').toStdString());
         const LaunchOptions options = LaunchOptions::parse(QStringList{"lumo-calc"} + c.arguments);
         EXPECT_EQ(options.action, c.action);
-        EXPECT_EQ(options.screenshotFile, c.screenshot);
+        if (c.action != Action::fail) {
+            EXPECT_EQ(options.screenshotFile, c.screenshot);
+            EXPECT_EQ(options.appearance, c.appearance);
+        }
         EXPECT_EQ(options.error.isEmpty(), c.action != Action::fail);
     }
 }
@@ -73,22 +83,35 @@ ProcessRun runLumoCalc(const QStringList& arguments) {
 }
 
 TEST(LumoCalcCommand, ScreenshotWritesThePictureOfTheWindow) {
-    QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("window.png"));
-    const ProcessRun run =
-        runLumoCalc({QStringLiteral("-lumoFixture"), QStringLiteral("--screenshot"), file});
-    ASSERT_EQ(run.exitCode, 0);
-    const QImage picture(file);
-    ASSERT_FALSE(picture.isNull());
-    EXPECT_GE(picture.width(), 600);
-    EXPECT_GE(picture.height(), 400);
-    // A window with text and answers, not a blank surface.
-    QSet<QRgb> colours;
-    for (int y = 0; y < picture.height(); y += 7) {
-        for (int x = 0; x < picture.width(); x += 7)
-            colours.insert(picture.pixel(x, y));
+    struct Case {
+        const char* appearance;
+        bool dark;
+    };
+    // A fresh installation starts dark.
+    for (const Case& c : {Case{nullptr, true}, Case{"light", false}, Case{"dark", true}}) {
+        SCOPED_TRACE(c.appearance ? c.appearance : "as set");
+        QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("window.png"));
+        QStringList arguments{QStringLiteral("-lumoFixture"), QStringLiteral("--screenshot"), file};
+        if (c.appearance)
+            arguments << QStringLiteral("--appearance") << QString::fromLatin1(c.appearance);
+        const ProcessRun run = runLumoCalc(arguments);
+        ASSERT_EQ(run.exitCode, 0);
+        const QImage picture(file);
+        ASSERT_FALSE(picture.isNull());
+        EXPECT_GE(picture.width(), 600);
+        EXPECT_GE(picture.height(), 400);
+        // A window with text and answers, not a blank surface.
+        QSet<QRgb> colours;
+        for (int y = 0; y < picture.height(); y += 7) {
+            for (int x = 0; x < picture.width(); x += 7)
+                colours.insert(picture.pixel(x, y));
+        }
+        EXPECT_GT(colours.size(), 8);
+        // The sheet's paper, below the last line.
+        const QColor paper = picture.pixelColor(picture.width() / 3, picture.height() - 20);
+        EXPECT_EQ(paper.lightness() < 128, c.dark) << paper.name().toStdString();
     }
-    EXPECT_GT(colours.size(), 8);
 }
 
 TEST(LumoCalcCommand, HelpAndVersionAnswerWithoutAWindow) {

@@ -87,6 +87,12 @@ TEST_F(Find, ReplaceAllSkipsLockedLinesAndUndoesPerSheet) {
     const std::string tripBefore = store->sheet(sheetAt(tripEstimate))->text;
     store->setLockedLines(sheetAt(monthlyBudget), {1});
     window->session()->showSheet(sheetAt(monthlyBudget));
+    // A space typed just before: the replacements must not join its undo step.
+    CalcTextView* text = window->editor()->textView();
+    QTest::keyClick(text, Qt::Key_End, Qt::ControlModifier);
+    QTest::keyClick(text, Qt::Key_Space);
+    const std::string budgetTyped = budgetBefore + " ";
+    ASSERT_EQ(store->sheet(sheetAt(monthlyBudget))->text, budgetTyped);
 
     press(window, QKeySequence(Qt::CTRL | Qt::Key_H));
     ASSERT_TRUE(bar->replaceField()->isVisible());
@@ -98,7 +104,7 @@ TEST_F(Find, ReplaceAllSkipsLockedLinesAndUndoesPerSheet) {
     EXPECT_EQ(bar->statusLabel()->text(),
               QStringLiteral("Replaced 3 matches; 1 in a locked line was left alone"));
     EXPECT_EQ(store->sheet(sheetAt(monthlyBudget))->text,
-              "rent = 820 EUR\nutilities = 124 USD\nrent + utilities\n");
+              "rent = 820 EUR\nutilities = 124 USD\nrent + utilities\n ");
     EXPECT_EQ(store->sheet(sheetAt(tripEstimate))->text,
               "flights = 340 EUR\nhotel = 180 EUR\nflights + hotel\n");
     EXPECT_EQ(textOf(window).toStdString(), store->sheet(sheetAt(monthlyBudget))->text);
@@ -106,8 +112,8 @@ TEST_F(Find, ReplaceAllSkipsLockedLinesAndUndoesPerSheet) {
     // Each sheet takes its replacements back in one step, although they changed no length.
     press(window, QKeySequence(Qt::Key_Escape));
     press(window, QKeySequence::Undo);
-    EXPECT_EQ(store->sheet(sheetAt(monthlyBudget))->text, budgetBefore);
-    EXPECT_EQ(textOf(window).toStdString(), budgetBefore);
+    EXPECT_EQ(store->sheet(sheetAt(monthlyBudget))->text, budgetTyped);
+    EXPECT_EQ(textOf(window).toStdString(), budgetTyped);
     EXPECT_EQ(store->sheet(sheetAt(tripEstimate))->text,
               "flights = 340 EUR\nhotel = 180 EUR\nflights + hotel\n");
     window->session()->showSheet(sheetAt(tripEstimate));
@@ -151,6 +157,10 @@ TEST_F(Find, CountReadsInJapanese) {
     EXPECT_EQ(bar->allSheetsBox()->text(), QStringLiteral("すべてのシート"));
     press(window, QKeySequence(Qt::Key_F3));
     EXPECT_EQ(bar->countLabel()->text(), QStringLiteral("3 件中 2 件目"));
+    press(window, QKeySequence(Qt::CTRL | Qt::Key_H));
+    QTest::keyClicks(bar->replaceField(), QStringLiteral("cm"));
+    QTest::mouseClick(bar->replaceAllButton(), Qt::LeftButton);
+    EXPECT_EQ(bar->statusLabel()->text(), QStringLiteral("3 か所を置き換えました"));
 }
 
 } // namespace

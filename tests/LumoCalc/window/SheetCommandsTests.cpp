@@ -1,10 +1,12 @@
 #include <QClipboard>
+#include <QDialogButtonBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QPointer>
 #include <QPrintPreviewDialog>
 #include <QPrintPreviewWidget>
+#include <QSpinBox>
 #include <QTextBlock>
 
 #include "LumoUI/export/SheetExport.h"
@@ -34,7 +36,7 @@ TEST_F(SheetCommands, GoToLineMovesTheCaret) {
     ASSERT_NE(dialog, nullptr);
     ASSERT_TRUE(dialog->isVisible());
     EXPECT_EQ(dialog->intMaximum(), 18) << "the sample's first sheet has 18 lines";
-    QWidget* field = QApplication::focusWidget();
+    auto* field = dialog->findChild<QSpinBox*>();
     ASSERT_NE(field, nullptr);
     QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
     QTest::keyClicks(field, QStringLiteral("12"));
@@ -82,7 +84,11 @@ TEST_F(SheetCommands, ExportThroughTheSaveDialog) {
         emit dialog->filterSelected(fileFilterOf(c.format));
         dialog->setDirectory(m_files.path());
         dialog->selectFile(c.typedName);
-        dialog->accept();
+        auto* buttons = dialog->findChild<QDialogButtonBox*>();
+        ASSERT_NE(buttons, nullptr);
+        QPushButton* save = buttons->button(QDialogButtonBox::Save);
+        ASSERT_TRUE(save && save->isEnabled());
+        QTest::mouseClick(save, Qt::LeftButton);
         QCoreApplication::processEvents();
         QFile written(m_files.filePath(c.written));
         ASSERT_TRUE(written.open(QIODevice::ReadOnly)) << c.written.toStdString();

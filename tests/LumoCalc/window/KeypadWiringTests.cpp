@@ -1,0 +1,71 @@
+#include "ShellTestSupport.h"
+
+#include "LumoUI/keypad/KeyButton.h"
+#include "LumoUI/keypad/KeypadView.h"
+
+namespace lumo::test {
+namespace {
+
+using KeypadWindow = ShellTest;
+
+KeypadView* keypadOf(MainWindow* window) {
+    return window->findChild<KeypadView*>();
+}
+
+TEST_F(KeypadWindow, ShowKeypadShowsHidesAndIsRemembered) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    KeypadView* keypad = keypadOf(window);
+    ASSERT_NE(keypad, nullptr);
+    QAction* show = window->action(Command::showKeypad);
+    EXPECT_FALSE(keypad->isVisible()) << "a desktop starts without the keypad";
+    EXPECT_FALSE(show->isChecked());
+
+    show->trigger();
+    EXPECT_TRUE(keypad->isVisible());
+    EXPECT_TRUE(app.settings()->viewPreference("lumo.showKeypad", false).toBool());
+    m_app.reset();
+
+    Application& again = launch();
+    window = again.windows().value(0);
+    EXPECT_TRUE(keypadOf(window)->isVisible());
+    EXPECT_TRUE(window->action(Command::showKeypad)->isChecked());
+    window->action(Command::showKeypad)->trigger();
+    EXPECT_FALSE(keypadOf(window)->isVisible());
+    EXPECT_FALSE(again.settings()->viewPreference("lumo.showKeypad", true).toBool());
+}
+
+TEST_F(KeypadWindow, TheSideSettingMovesTheKeypad) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    window->action(Command::showKeypad)->trigger();
+    const auto x = [window](QWidget* widget) { return widget->mapTo(window, QPoint(0, 0)).x(); };
+    for (KeypadSide side : {KeypadSide::left, KeypadSide::right, KeypadSide::left}) {
+        app.settings()->setKeypadSide(side);
+        QApplication::processEvents();
+        KeypadView* keypad = keypadOf(window);
+        EXPECT_EQ(x(keypad) < x(window->editor()), side == KeypadSide::left) << rawValue(side).toStdString();
+        EXPECT_EQ(keypad->width(), keypad->metrics().panelWidth());
+    }
+}
+
+TEST_F(KeypadWindow, KeysTypeIntoTheirOwnWindow) {
+    Application& app = launch();
+    MainWindow* first = app.windows().value(0);
+    app.store()->updateText(*first->session()->sheetID(), "");
+    MainWindow* second = app.openWindow();
+    app.store()->selectSheet(app.store()->document().sheets.at(1).id);
+    app.store()->updateText(*second->session()->sheetID(), "");
+    for (MainWindow* window : {first, second})
+        window->action(Command::showKeypad)->trigger();
+
+    // The first window's keypad, pressed while the second window was the active one.
+    QTest::mouseClick(keypadOf(first)->numberKey("4"), Qt::LeftButton);
+    QTest::mouseClick(keypadOf(first)->numberKey("2"), Qt::LeftButton);
+    app.store()->waitForIdle();
+    EXPECT_EQ(textOf(first), QStringLiteral("42"));
+    EXPECT_EQ(textOf(second), QString());
+}
+
+} // namespace
+} // namespace lumo::test
