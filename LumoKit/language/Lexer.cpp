@@ -132,18 +132,20 @@ bool isAscii(std::string_view text) {
 // Characters of the normalised text
 // ---------------------------------------------------------------------------------------------
 
-// The normalised line as a sequence of grapheme clusters. ASCII text needs no table: every
-// byte is its own cluster except a CR LF pair.
+// Where the grapheme clusters of a text begin, and its end. ASCII text needs no table (the
+// result is empty): every byte is its own cluster except a CR LF pair.
+std::vector<std::size_t> characterOffsets(std::string_view text) {
+    if (isAscii(text) && text.find("\r\n") == std::string_view::npos)
+        return {};
+    return unicode::graphemeBoundaries(text);
+}
+
+// The normalised line as a sequence of grapheme clusters.
 class Characters {
 public:
-    explicit Characters(std::string_view text) : m_text(text) {
-        if (isAscii(text) && text.find("\r\n") == std::string_view::npos) {
-            m_count = text.size();
-            return;
-        }
-        m_offsets = unicode::graphemeBoundaries(text);
-        m_count = m_offsets.size() - 1;
-    }
+    explicit Characters(std::string_view text)
+        : m_text(text), m_offsets(characterOffsets(text)),
+          m_count(m_offsets.empty() ? text.size() : m_offsets.size() - 1) {}
 
     std::size_t size() const { return m_count; }
 
@@ -178,6 +180,12 @@ bool isAsciiDigit(std::string_view c) {
 // Whether a character is the given ASCII one; the scanner asks this for nearly every character.
 bool isChar(std::string_view c, char ascii) {
     return c.size() == 1 && c[0] == ascii;
+}
+
+// The numeral rule: a number starts at an ASCII digit, or at "." followed by one. The next
+// character is asked for only after a ".".
+template <typename NextCharacter> bool startsNumber(std::string_view c, NextCharacter next) {
+    return isAsciiDigit(c) || (isChar(c, '.') && isAsciiDigit(next()));
 }
 
 char32_t firstScalar(std::string_view c) {
@@ -342,12 +350,19 @@ public:
         m_tokens.reserve(16);
         while (m_i < m_chars.size())
             scanOne();
-        m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
+        Token& eof = m_tokens.emplace_back(Token::make(Token::Kind::eof, position(m_chars.size())));
+        eof.range = range(m_chars.size(), m_chars.size());
         return std::move(m_tokens);
     }
 
 private:
     static std::int64_t position(std::size_t i) { return static_cast<std::int64_t>(i); }
+    // Lines beyond four billion characters can't be held anyway; their far ends share one index.
+    static SourceRange range(std::size_t from, std::size_t to) {
+        constexpr std::size_t last = std::numeric_limits<std::uint32_t>::max();
+        return {static_cast<std::uint32_t>(std::min(from, last)),
+                static_cast<std::uint32_t>(std::min(to, last))};
+    }
     std::string_view at(std::size_t i) const { return m_chars.at(i); }
 
     void scanOne() {
@@ -359,7 +374,7 @@ private:
             scanText(c);
         } else if (ascii == '#' && isAsciiDigit(at(m_i + 1))) {
             scanRef();
-        } else if (isAsciiDigit(c) || (ascii == '.' && isAsciiDigit(at(m_i + 1)))) {
+        } else if (startsNumber(c, [this] { return at(m_i + 1); })) {
             scanNumber();
         } else if (m_classes.startsName(c)) {
             scanName();
@@ -376,6 +391,7 @@ private:
             if (c == quote) {
                 ++m_i;
                 m_tokens.push_back(Token::makeString(std::move(content), position(start)));
+                m_tokens.back().range = range(start, m_i);
                 return;
             }
             if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
@@ -398,7 +414,7 @@ private:
     }
 
     void scanRef() {
-        ++m_i; // "#"
+        const std::size_t hash = m_i++;
         std::int64_t line = 0;
         bool overflow = false;
         while (isAsciiDigit(at(m_i))) {
@@ -411,6 +427,7 @@ private:
         }
         // The start is deliberately the index just after the digits.
         m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
+        m_tokens.back().range = range(hash, m_i);
     }
 
     // Digits with grouping commas and points, then at most one exponent.
@@ -478,6 +495,7 @@ private:
         if (!std::isfinite(total))
             failNumberTooLarge();
         m_tokens.push_back(Token::makeNumber(total, position(start)));
+        m_tokens.back().range = range(start, m_i);
     }
 
     void scanName() {
@@ -496,7 +514,7 @@ private:
                 end = partEnd;
         }
         m_i = end;
-        pushText(Token::Kind::identifier, start, m_chars.slice(start, end));
+        pushText(Token::Kind::identifier, start, end, m_chars.slice(start, end));
     }
 
     bool scanPunctuation(std::string_view c) {
@@ -534,20 +552,23 @@ private:
     }
 
     bool push(Token::Kind kind) {
-        m_tokens.push_back(Token::make(kind, position(m_i++)));
+        Token& token = m_tokens.emplace_back(Token::make(kind, position(m_i)));
+        token.range = range(m_i, m_i + 1);
+        ++m_i;
         return true;
     }
 
     bool pushOp(std::string_view op, std::size_t length) {
-        pushText(Token::Kind::op, m_i, op);
+        pushText(Token::Kind::op, m_i, m_i + length, op);
         m_i += length;
         return true;
     }
 
     // Tokens with text are built in place, so the text is copied once.
-    void pushText(Token::Kind kind, std::size_t start, std::string_view text) {
+    void pushText(Token::Kind kind, std::size_t start, std::size_t end, std::string_view text) {
         Token& token = m_tokens.emplace_back();
         token.kind = kind;
+        token.range = range(start, end);
         token.start = position(start);
         token.text = text;
     }
@@ -567,6 +588,14 @@ bool isAsciiDigit(std::string_view character) {
     return lumo::isAsciiDigit(character);
 }
 
+bool startsNumber(std::string_view character, std::string_view next) {
+    return lumo::startsNumber(character, [next] { return next; });
+}
+
+bool isNumeralUnit(std::string_view character) {
+    return japaneseFactor(character) != 0;
+}
+
 bool startsName(std::string_view character) {
     return CharClasses::shared().startsName(character);
 }
@@ -584,6 +613,29 @@ QuoteClass quoteClassOf(std::string_view character) {
 }
 
 } // namespace lexer
+
+SourceText::SourceText(std::string_view line)
+    : m_text(normalize(line)), m_offsets(characterOffsets(m_text)) {}
+
+std::size_t SourceText::size() const {
+    return m_offsets.empty() ? m_text.size() : m_offsets.size() - 1;
+}
+
+std::size_t SourceText::offset(std::size_t index) const {
+    return m_offsets.empty() ? index : m_offsets[index];
+}
+
+std::string_view SourceText::at(std::size_t index) const {
+    if (index >= size())
+        return {};
+    return std::string_view(m_text).substr(offset(index), offset(index + 1) - offset(index));
+}
+
+std::string_view SourceText::slice(SourceRange range) const {
+    const std::size_t end = std::min<std::size_t>(range.end, size());
+    const std::size_t begin = std::min<std::size_t>(range.begin, end);
+    return std::string_view(m_text).substr(offset(begin), offset(end) - offset(begin));
+}
 
 std::string normalize(std::string_view text) {
     if (isAscii(text))

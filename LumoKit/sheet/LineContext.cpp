@@ -157,8 +157,7 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     const Statement& statement = *parsedLine.statement;
     if (isPlotCall(*statement.expr)) {
         try {
-            return LineOutcome::makePlot(
-                buildPlot(*statement.expr->as<expr::Call>(), parsedLine.text, *this, m_options));
+            return LineOutcome::makePlot(buildPlot(*statement.expr, parsedLine.text, *this, m_options));
         } catch (const CalcError&) {
             // Samples that hit the run's limit are gaps to the plot builder; the line should
             // say why the run stopped rather than that the curve has no points.
