@@ -166,6 +166,56 @@ std::vector<std::string> sketchSurface(const PlotSpec& plot) {
     return rows;
 }
 
+// Invalid UTF-8 from the input is replaced rather than failing the whole run.
+std::string dumpJson(const nlohmann::ordered_json& json) {
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+// A JSON string exactly as dumpJson writes it: valid UTF-8 as it is, with quotes, backslashes
+// and control characters escaped; other text goes through the library.
+void appendJsonString(std::string& json, std::string_view text) {
+    if (!unicode::isValidUtf8(text)) {
+        json += dumpJson(nlohmann::ordered_json(std::string(text)));
+        return;
+    }
+    static constexpr char hexDigits[] = "0123456789abcdef";
+    json += '"';
+    for (const char c : text) {
+        switch (c) {
+        case '"':
+            json += "\\\"";
+            break;
+        case '\\':
+            json += "\\\\";
+            break;
+        case '\b':
+            json += "\\b";
+            break;
+        case '\f':
+            json += "\\f";
+            break;
+        case '\n':
+            json += "\\n";
+            break;
+        case '\r':
+            json += "\\r";
+            break;
+        case '\t':
+            json += "\\t";
+            break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20) {
+                json += "\\u00";
+                json += hexDigits[static_cast<unsigned char>(c) >> 4];
+                json += hexDigits[static_cast<unsigned char>(c) & 0xf];
+            } else {
+                json += c;
+            }
+        }
+    }
+    json += '"';
+}
+
 } // namespace
 
 std::string answerText(const LineResult& result, const EvaluationOptions& options, Grouping grouping) {
@@ -242,30 +292,43 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
 
 void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
                     const EvaluationOptions& options, Grouping grouping) {
+    // Each object is written straight into one buffer: building a JSON tree for every line
+    // cost more than the whole evaluation of the sheet.
+    std::string json;
     for (const auto& sheet : sheets) {
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];
-            nlohmann::ordered_json json;
-            json["sheet"] = sheet.name;
-            json["line"] = i + 1;
-            json["kind"] = kindWord(result.outcome.kind);
-            json["name"] = result.name ? nlohmann::ordered_json(*result.name) : nlohmann::ordered_json();
+            json.clear();
+            json += "{\"sheet\":";
+            appendJsonString(json, sheet.name);
+            json += ",\"line\":";
+            json += std::to_string(i + 1);
+            json += ",\"kind\":\"";
+            json += kindWord(result.outcome.kind);
+            json += "\",\"name\":";
+            if (result.name)
+                appendJsonString(json, *result.name);
+            else
+                json += "null";
             switch (result.outcome.kind) {
             case LineOutcome::Kind::value:
-                json["answer"] = ValueFormatter::format(result.outcome.value, options, grouping);
+                json += ",\"answer\":";
+                appendJsonString(json, ValueFormatter::format(result.outcome.value, options, grouping));
                 break;
             case LineOutcome::Kind::failure:
-                json["message"] = result.outcome.message;
+                json += ",\"message\":";
+                appendJsonString(json, result.outcome.message);
                 break;
             case LineOutcome::Kind::plot:
-                json["plot"] = plotJson(*result.outcome.plot);
+                json += ",\"plot\":";
+                json += dumpJson(plotJson(*result.outcome.plot));
                 break;
             case LineOutcome::Kind::blank:
             case LineOutcome::Kind::comment:
                 break;
             }
-            // Replace invalid UTF-8 from the input rather than failing the whole run.
-            out << json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+            json += "}\n";
+            out << json;
         }
     }
 }

@@ -248,6 +248,48 @@ std::string trim(std::string_view text) {
     return std::string(text.substr(begin, end - begin));
 }
 
+std::string_view trimView(std::string_view text) {
+    std::size_t begin = 0, end = text.size();
+    if (isAscii(text)) {
+        while (begin < end && isWhitespace(static_cast<unsigned char>(text[begin])))
+            ++begin;
+        while (end > begin && isWhitespace(static_cast<unsigned char>(text[end - 1])))
+            --end;
+        return text.substr(begin, end - begin);
+    }
+    std::size_t first = std::string_view::npos;
+    end = 0;
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = decodeFirst(text.substr(offset), c);
+        if (!isWhitespace(c)) {
+            first = std::min(first, offset);
+            end = offset + length;
+        }
+        offset += length;
+    }
+    if (first == std::string_view::npos)
+        return text.substr(0, 0);
+    return text.substr(first, end - first);
+}
+
+bool isValidUtf8(std::string_view text) {
+    if (isAscii(text))
+        return true;
+    for (std::size_t offset = 0; offset < text.size();) {
+        char32_t c;
+        const std::size_t length = decodeFirst(text.substr(offset), c);
+        if (length == 1 && c == replacementCharacter)
+            return false;
+        offset += length;
+    }
+    return true;
+}
+
+std::string repairUtf8(std::string_view text) {
+    return encode(decode(text));
+}
+
 std::size_t utf16Length(std::string_view text) {
     return utf16OffsetOfByte(text, text.size());
 }

@@ -41,6 +41,14 @@ std::size_t displayWidth(std::string_view text);
 
 /// Trims characters with the white-space property at both ends.
 std::string trim(std::string_view text);
+/// The same trim as a view into the text, for valid UTF-8 (an invalid byte is kept as it is,
+/// where trim would repair it).
+std::string_view trimView(std::string_view text);
+
+/// Whether the text is valid UTF-8.
+bool isValidUtf8(std::string_view text);
+/// The text with each invalid byte replaced by U+FFFD.
+std::string repairUtf8(std::string_view text);
 
 /// Offsets in UTF-16 code units, the unit of the desktop toolkit's text storage.
 std::size_t utf16Length(std::string_view text);

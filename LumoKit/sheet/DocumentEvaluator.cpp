@@ -43,14 +43,14 @@ std::string withoutTrailingEquals(std::string_view text) {
 std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
                                                     const std::vector<SharedSheet>& others,
                                                     const EvaluationOptions& options) {
-    return ProgramRunner(unicode::splitLines(text), others, options).run();
+    return ProgramRunner(SheetLines(text), others, options).run();
 }
 
 std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
                                                     const std::vector<SharedSheet>& others,
                                                     const EvaluationOptions& options,
                                                     SheetParseCache& parses) {
-    return ProgramRunner(unicode::splitLines(text), others, options, BudgetLimits{}, &parses).run();
+    return ProgramRunner(SheetLines(text), others, options, BudgetLimits{}, &parses).run();
 }
 
 // Asked for every name a line reads, so it compares the first byte before the rest.

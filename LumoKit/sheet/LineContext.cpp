@@ -108,26 +108,34 @@ void LineContext::assign(const std::string& name, Value value) {
     scope.insert_or_assign(name, std::move(value));
 }
 
-const ParsedLine& LineContext::parsed(const Program::Line& line) {
+bool LineContext::continues(const Program::Line& line) {
     LineParseCache& cache = line.cache;
     if (!cache.canContinue) {
         // Only the start matters here, so a line without a trailing "=" needs no copy.
         cache.canContinue = endsWithEquals(line.source) ? continuesPrevious(prepareLine(line.source, false))
                                                         : continuesPrevious(line.source);
     }
-    const bool continued = previous.has_value() && *cache.canContinue;
+    return previous.has_value() && *cache.canContinue;
+}
+
+const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued) {
+    LineParseCache& cache = line.cache;
     auto& slot = continued ? cache.continued : cache.asWritten;
     if (!slot) {
-        std::string prepared = prepareLine(line.source, continued);
-        slot = parses ? parses->parsed(prepared)
-                      : std::make_shared<const ParsedLine>(parseLine(std::move(prepared)));
+        // Most lines are parsed as written, straight from the sheet's text.
+        std::string prepared;
+        const std::string_view text = !continued && !endsWithEquals(line.source)
+                                          ? line.source
+                                          : std::string_view(prepared = prepareLine(line.source, continued));
+        slot = parses ? parses->parsed(text) : std::make_shared<const ParsedLine>(parseLine(text));
     }
     return *slot;
 }
 
 LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner) {
     mixedUnits = false;
-    const ParsedLine& parsedLine = parsed(line);
+    const bool continued = continues(line);
+    const ParsedLine& parsedLine = parsed(line, continued);
     if (!parsedLine.statement)
         return {LineOutcome::makeFailure(parsedLine.error, m_options.language), std::nullopt};
     const Statement& statement = *parsedLine.statement;
@@ -142,7 +150,7 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
         return {LineOutcome::makeFailure(MessageKind::unitsMixedInSum, m_options.language), statement.name};
     }
     try {
-        LineOutcome outcome = evaluateStatement(line, parsedLine, counting, owner);
+        LineOutcome outcome = evaluateStatement(line, *parsedLine.statement, continued, counting, owner);
         if (outcome.kind == LineOutcome::Kind::plot)
             return {std::move(outcome), std::nullopt};
         return {std::move(outcome), statement.name};
@@ -152,12 +160,12 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     }
 }
 
-LineOutcome LineContext::evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
-                                           LineCounting counting, LineOwner owner) {
-    const Statement& statement = *parsedLine.statement;
+LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Statement& statement,
+                                           bool continued, LineCounting counting, LineOwner owner) {
     if (isPlotCall(*statement.expr)) {
         try {
-            return LineOutcome::makePlot(buildPlot(*statement.expr, parsedLine.text, *this, m_options));
+            return LineOutcome::makePlot(
+                buildPlot(*statement.expr, prepareLine(line.source, continued), *this, m_options));
         } catch (const CalcError&) {
             // Samples that hit the run's limit are gaps to the plot builder; the line should
             // say why the run stopped rather than that the curve has no points.

@@ -79,8 +79,10 @@ public:
     LineResult evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner);
 
 private:
-    const ParsedLine& parsed(const Program::Line& line);
-    LineOutcome evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
+    /// Whether the line is calculated as a continuation of the previous answer ("prev " in front).
+    bool continues(const Program::Line& line);
+    const ParsedLine& parsed(const Program::Line& line, bool continued);
+    LineOutcome evaluateStatement(const Program::Line& line, const Statement& statement, bool continued,
                                   LineCounting counting, LineOwner owner);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 

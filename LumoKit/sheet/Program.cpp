@@ -49,7 +49,7 @@ bool keywordEndsAt(std::string_view rest, std::size_t length) {
 std::optional<Header> headerOf(const Program::Row& row) {
     if (row.kind != Program::Row::Kind::code || row.text.empty() || row.text.back() != ':')
         return std::nullopt;
-    const std::string rest = trimmed(std::string_view(row.text).substr(0, row.text.size() - 1));
+    const std::string rest = trimmed(row.text.substr(0, row.text.size() - 1));
     if (rest == keywords::spelling(Keyword::elseWord))
         return Header{Keyword::elseWord, {}};
     for (const Keyword keyword : headerWords) {
@@ -101,14 +101,16 @@ class TreeBuilder {
 public:
     explicit TreeBuilder(std::vector<Program::Row> rows) : m_rows(std::move(rows)) {}
 
-    ProgramBody parseAll() { return parseBlock(0); }
+    ProgramBody parseAll() { return parseBlock(0, m_rows.size()); }
 
 private:
     bool atEnd() const { return m_cursor >= m_rows.size(); }
     const Program::Row& row() const { return m_rows[m_cursor]; }
 
-    ProgramBody parseBlock(std::int64_t minimumIndent) {
+    // `expected` is the number of nodes to make room for at once.
+    ProgramBody parseBlock(std::int64_t minimumIndent, std::size_t expected = 0) {
         ProgramBody nodes;
+        nodes.reserve(expected);
         while (!atEnd()) {
             const Program::Row& current = row();
             if (current.kind == Program::Row::Kind::blank) {
@@ -144,7 +146,7 @@ private:
     }
 
     ProgramNode parseCodeRow() {
-        Program::Row& current = m_rows[m_cursor];
+        const Program::Row& current = m_rows[m_cursor];
         ++m_cursor;
         if (const auto header = headerOf(current))
             return parseHeader(current, *header);
@@ -274,9 +276,8 @@ private:
         return {std::move(define)};
     }
 
-    // A row is read once, so its text moves into the line.
-    static ProgramNode simpleStatement(Program::Row& current) {
-        const std::string& text = current.text;
+    static ProgramNode simpleStatement(const Program::Row& current) {
+        const std::string_view text = current.text;
         if (text == keywords::spelling(Keyword::breakWord))
             return {Program::BreakLoop{current.index}};
         if (text == keywords::spelling(Keyword::continueWord))
@@ -284,7 +285,7 @@ private:
         constexpr std::string_view returnWord = keywords::spelling(Keyword::returnWord);
         if (text == returnWord)
             return {Program::Return{current.index, nullptr}};
-        const std::string_view rest = std::string_view(text).substr(std::min(text.size(), returnWord.size()));
+        const std::string_view rest = text.substr(std::min(text.size(), returnWord.size()));
         if (startsWith(text, returnWord) && (startsWith(rest, " ") || startsWith(rest, "("))) {
             try {
                 return {Program::Return{current.index, Program::parseWholeExpression(rest)}};
@@ -292,7 +293,7 @@ private:
                 return invalidNode(current.index, MessageKind::badReturnValue);
             }
         }
-        return {Program::Line{current.index, std::move(current.text), {}}};
+        return {Program::Line{current.index, text, {}}};
     }
 
     std::vector<Program::Row> m_rows;
@@ -309,7 +310,7 @@ void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::opti
 } // namespace
 
 Program::Row Program::makeRow(std::int64_t index, std::string_view line) {
-    Row row{index, indentWidth(line), trimmed(line), Row::Kind::code};
+    Row row{index, indentWidth(line), unicode::trimView(line), Row::Kind::code};
     if (row.text.empty()) {
         row.kind = Row::Kind::blank;
     } else if (keywords::isNoteText(row.text)) {
@@ -318,7 +319,7 @@ Program::Row Program::makeRow(std::int64_t index, std::string_view line) {
     return row;
 }
 
-ProgramBody Program::parse(const std::vector<std::string>& lines) {
+ProgramBody Program::parse(const SheetLines& lines) {
     std::vector<Row> rows;
     rows.reserve(lines.size());
     for (std::size_t i = 0; i < lines.size(); ++i)

@@ -13,6 +13,7 @@
 
 #include "LumoKit/base/Messages.h"
 #include "LumoKit/language/Parser.h"
+#include "LumoKit/sheet/SheetLines.h"
 
 namespace lumo {
 
@@ -25,7 +26,6 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 /// The parse of one prepared line text, kept so that a line run many times (inside a loop or
 /// a function) is parsed once.
 struct ParsedLine {
-    std::string text;                   // the prepared text that was parsed
     std::optional<Statement> statement; // absent when the parse failed
     Message error;                      // the parser's message when it failed
 };
@@ -41,12 +41,13 @@ struct ProgramFunction;
 using FunctionTable = std::unordered_map<std::string, ProgramFunction>;
 
 /// A sheet's program: the cases of its tree, and the parse operations that build the tree
-/// from the sheet's lines. Stateless.
+/// from the sheet's lines. Stateless. A tree views the texts of the SheetLines it was parsed
+/// from, so those must outlive it.
 struct Program {
     /// An ordinary line to evaluate; `source` is the trimmed text.
     struct Line {
         std::int64_t index = 0;
-        std::string source;
+        std::string_view source;
         mutable LineParseCache cache; // filled while the run meets the line
     };
     struct Blank {
@@ -106,16 +107,16 @@ struct Program {
 
         std::int64_t index = 0;
         std::int64_t indent = 0; // space and ideographic space count 1, tab 4
-        std::string text;        // trimmed at both ends
+        std::string_view text;   // trimmed at both ends, a view into the line
         Kind kind = Kind::blank;
     };
 
-    /// The row of line `index`: its indentation width, trimmed text and kind.
+    /// The row of line `index` (valid UTF-8): its indentation width, trimmed text and kind.
     static Row makeRow(std::int64_t index, std::string_view line);
 
     /// Parses a whole sheet into its top-level nodes. Never fails: every structural mistake
     /// becomes an `invalid` node carrying its message.
-    static ProgramBody parse(const std::vector<std::string>& lines);
+    static ProgramBody parse(const SheetLines& lines);
 
     /// The top-level defs of a parsed sheet, each with the given home; a later def of the same
     /// name replaces an earlier one.

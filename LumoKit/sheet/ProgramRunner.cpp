@@ -63,12 +63,16 @@ private:
 
 } // namespace
 
-ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
+ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& others,
                              const EvaluationOptions& options, BudgetLimits limits, SheetParseCache* parses)
     : m_lines(std::move(lines)), m_context(options, limits), m_results(m_lines.size()),
       m_visited(m_lines.size(), false), m_others(others) {
     m_context.parses = parses;
 }
+
+ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
+                             const EvaluationOptions& options, BudgetLimits limits, SheetParseCache* parses)
+    : ProgramRunner(SheetLines(std::move(lines)), others, options, limits, parses) {}
 
 std::vector<LineResult> ProgramRunner::run() {
     m_context.findFunction = [this](const std::string& name) { return findFunction(name); };
@@ -111,8 +115,14 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
                               // A loop's pass can be slow however few passes it makes (a list that
                               // doubles), so its lines read the clock; a line of the sheet itself
                               // never does, so no plain line is cut however long the sheet.
-                              if (counting == LineCounting::uncounted)
+                              if (counting == LineCounting::uncounted) {
                                   m_context.budget.checkClock();
+                              } else {
+                                  // Outside loops and defs a line runs once: its parse can go now,
+                                  // so a long sheet never holds the trees of all its lines.
+                                  line.cache.asWritten.reset();
+                                  line.cache.continued.reset();
+                              }
                               return std::nullopt;
                           },
                           [&](const Program::Blank&) -> std::optional<ProgramFlow> {
@@ -352,8 +362,9 @@ Value ProgramRunner::runBody(const ProgramFunction& function) {
 const ProgramRunner::SharedDefinitions& ProgramRunner::sharedDefinitions() {
     if (!m_sharedCache) {
         m_sharedCache.emplace();
+        m_sharedLines.reserve(m_others.size());
         for (const auto& sheet : m_others) {
-            const ProgramBody nodes = Program::parse(unicode::splitLines(sheet.text));
+            const ProgramBody nodes = Program::parse(m_sharedLines.emplace_back(sheet.text));
             m_sharedCache->emplace_back(sheet.name, Program::collectDefinitions(nodes, sheet.name));
         }
     }
@@ -419,7 +430,7 @@ void ProgramRunner::fillUnreached() {
     const LineOutcome stopped =
         LineOutcome::makeFailure(m_context.budget.stopMessage(), m_context.options().language);
     for (std::size_t i = 0; i < m_lines.size(); ++i) {
-        if (!m_visited[i] && !unicode::trim(m_lines[i]).empty())
+        if (!m_visited[i] && !unicode::trimView(m_lines[i]).empty())
             m_results[i] = {stopped, std::nullopt};
     }
 }

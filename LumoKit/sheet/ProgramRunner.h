@@ -24,6 +24,8 @@ struct ProgramFlow {
 class ProgramRunner {
 public:
     /// `others` and `parses` must outlive the runner; `parses` may be null.
+    ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& others, const EvaluationOptions& options,
+                  BudgetLimits limits = {}, SheetParseCache* parses = nullptr);
     ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
                   const EvaluationOptions& options, BudgetLimits limits = {},
                   SheetParseCache* parses = nullptr);
@@ -64,12 +66,13 @@ private:
     void fillUnreached();
     void stopIfExhausted() const;
 
-    std::vector<std::string> m_lines;
+    SheetLines m_lines;
     LineContext m_context;
     std::vector<LineResult> m_results;
     std::vector<bool> m_visited;
     const std::vector<SharedSheet>& m_others;
     std::optional<SharedDefinitions> m_sharedCache;
+    std::vector<SheetLines> m_sharedLines; // the lines the shared definitions' bodies view
     // The home sheet of each function being run, innermost last; absent for this sheet's own.
     std::vector<std::optional<std::string>> m_homeStack;
 };

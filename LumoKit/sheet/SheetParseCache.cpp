@@ -6,20 +6,22 @@
 
 namespace lumo {
 
-ParsedLine parseLine(std::string text) {
-    ParsedLine parsedLine{std::move(text), std::nullopt, {}};
+ParsedLine parseLine(std::string_view text) {
+    ParsedLine parsedLine{std::nullopt, {}};
     try {
-        parsedLine.statement = parseStatement(parsedLine.text);
+        parsedLine.statement = parseStatement(text);
     } catch (const CalcError& error) {
         parsedLine.error = error.message();
     }
     return parsedLine;
 }
 
-std::shared_ptr<const ParsedLine> SheetParseCache::parsed(const std::string& text) {
-    auto [entry, added] = m_entries.try_emplace(text);
-    if (added)
-        entry->second.parse = std::make_shared<const ParsedLine>(parseLine(text));
+std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text) {
+    auto entry = m_entries.find(text);
+    if (entry == m_entries.end())
+        entry = m_entries
+                    .emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
+                    .first;
     entry->second.lastRun = m_run;
     return entry->second.parse;
 }

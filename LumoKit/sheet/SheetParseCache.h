@@ -3,14 +3,16 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 
 #include "LumoKit/sheet/Program.h"
+#include "LumoKit/values/Units.h"
 
 namespace lumo {
 
 /// Parses a prepared line text; a failure is kept as the parser's message.
-ParsedLine parseLine(std::string text);
+ParsedLine parseLine(std::string_view text);
 
 /// The parses of one sheet's lines kept from one run to the next, so that a run after a
 /// keystroke parses only the lines that changed.
@@ -23,7 +25,7 @@ ParsedLine parseLine(std::string text);
 class SheetParseCache {
 public:
     /// The parse of `text`, from the cache or made now.
-    std::shared_ptr<const ParsedLine> parsed(const std::string& text);
+    std::shared_ptr<const ParsedLine> parsed(std::string_view text);
 
     /// Called by the run around its use of the cache.
     void beginRun();
@@ -37,7 +39,7 @@ private:
         std::uint64_t lastRun = 0;
     };
 
-    std::unordered_map<std::string, Entry> m_entries;
+    std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> m_entries;
     std::uint64_t m_run = 0;
 };
 

@@ -64,7 +64,7 @@ std::string describe(const ProgramBody& body, Language language) {
 }
 
 std::string tree(const std::string& text, Language language = Language::english) {
-    return describe(Program::parse(unicode::splitLines(text)), language);
+    return describe(Program::parse(SheetLines(text)), language);
 }
 
 struct TreeCase {
@@ -178,8 +178,9 @@ TEST(Program, StructuralMistakes) {
 }
 
 TEST(Program, CollectDefinitions) {
-    const ProgramBody nodes = Program::parse(unicode::splitLines(
-        "def f(x):\n  return 1\nif a:\n  def g():\n    return 2\ndef f(y, z):\n  return 3"));
+    const SheetLines lines(
+        "def f(x):\n  return 1\nif a:\n  def g():\n    return 2\ndef f(y, z):\n  return 3");
+    const ProgramBody nodes = Program::parse(lines);
     const FunctionTable table = Program::collectDefinitions(nodes, std::string("Other"));
     ASSERT_EQ(table.size(), 1u); // g is nested in a block and is not collected
     const ProgramFunction& f = table.at("f");
