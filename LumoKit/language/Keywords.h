@@ -4,7 +4,6 @@
 // read: one list of each, so that what is coloured as a keyword or a note is exactly what
 // evaluation takes as one.
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -50,8 +49,14 @@ inline constexpr std::array<std::string_view, 2> truthWords = {"True", "False"};
 /// The function a for loop counts with, in any letter case: for i in range(1, 4).
 inline constexpr std::string_view rangeWord = "range";
 
+// A plain loop rather than std::find: the parser asks this for every name it meets, and the
+// loop is small enough to be inlined there.
 template <std::size_t N> bool isAmong(std::string_view word, const std::array<std::string_view, N>& words) {
-    return std::find(words.begin(), words.end(), word) != words.end();
+    for (const std::string_view candidate : words) {
+        if (candidate == word)
+            return true;
+    }
+    return false;
 }
 
 inline bool isStatementWord(std::string_view word) {

@@ -132,20 +132,23 @@ bool isAscii(std::string_view text) {
 // Characters of the normalised text
 // ---------------------------------------------------------------------------------------------
 
-// Where the grapheme clusters of a text begin, and its end. ASCII text needs no table (the
-// result is empty): every byte is its own cluster except a CR LF pair.
-std::vector<std::size_t> characterOffsets(std::string_view text) {
-    if (isAscii(text) && text.find("\r\n") == std::string_view::npos)
-        return {};
-    return unicode::graphemeBoundaries(text);
+// Whether each byte of a text is one character (grapheme cluster): in ASCII it is, except in
+// a CR LF pair. Such text needs no table of where its characters begin.
+bool bytesAreCharacters(std::string_view text) {
+    return isAscii(text) && text.find("\r\n") == std::string_view::npos;
 }
 
 // The normalised line as a sequence of grapheme clusters.
 class Characters {
 public:
-    explicit Characters(std::string_view text)
-        : m_text(text), m_offsets(characterOffsets(text)),
-          m_count(m_offsets.empty() ? text.size() : m_offsets.size() - 1) {}
+    explicit Characters(std::string_view text) : m_text(text) {
+        if (bytesAreCharacters(text)) {
+            m_count = text.size();
+            return;
+        }
+        m_offsets = unicode::graphemeBoundaries(text);
+        m_count = m_offsets.size() - 1;
+    }
 
     std::size_t size() const { return m_count; }
 
@@ -258,13 +261,16 @@ private:
 };
 
 // The Japanese numeral units that scale the number before them.
-double japaneseFactor(std::string_view c) {
+double japaneseFactorOf(std::string_view c) {
     static const std::unordered_map<std::string_view, double> factors{
         {"\u5343", 1e3}, {"\u4E07", 1e4}, {"\u5104", 1e8}, {"\u5146", 1e12}};
-    if (c.size() != 3)
-        return 0;
     auto found = factors.find(c);
     return found == factors.end() ? 0 : found->second;
+}
+
+// Asked after every number, so the common answer (not a three-byte character) is found inline.
+double japaneseFactor(std::string_view c) {
+    return c.size() == 3 ? japaneseFactorOf(c) : 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -350,18 +356,14 @@ public:
         m_tokens.reserve(16);
         while (m_i < m_chars.size())
             scanOne();
-        Token& eof = m_tokens.emplace_back(Token::make(Token::Kind::eof, position(m_chars.size())));
-        eof.range = range(m_chars.size(), m_chars.size());
+        m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
         return std::move(m_tokens);
     }
 
 private:
     static std::int64_t position(std::size_t i) { return static_cast<std::int64_t>(i); }
-    // Lines beyond four billion characters can't be held anyway; their far ends share one index.
-    static SourceRange range(std::size_t from, std::size_t to) {
-        constexpr std::size_t last = std::numeric_limits<std::uint32_t>::max();
-        return {static_cast<std::uint32_t>(std::min(from, last)),
-                static_cast<std::uint32_t>(std::min(to, last))};
+    static std::uint32_t charactersBetween(std::size_t from, std::size_t to) {
+        return static_cast<std::uint32_t>(to - from);
     }
     std::string_view at(std::size_t i) const { return m_chars.at(i); }
 
@@ -391,7 +393,7 @@ private:
             if (c == quote) {
                 ++m_i;
                 m_tokens.push_back(Token::makeString(std::move(content), position(start)));
-                m_tokens.back().range = range(start, m_i);
+                m_tokens.back().length = charactersBetween(start, m_i);
                 return;
             }
             if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
@@ -427,7 +429,7 @@ private:
         }
         // The start is deliberately the index just after the digits.
         m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
-        m_tokens.back().range = range(hash, m_i);
+        m_tokens.back().length = charactersBetween(hash, m_i);
     }
 
     // Digits with grouping commas and points, then at most one exponent.
@@ -495,7 +497,7 @@ private:
         if (!std::isfinite(total))
             failNumberTooLarge();
         m_tokens.push_back(Token::makeNumber(total, position(start)));
-        m_tokens.back().range = range(start, m_i);
+        m_tokens.back().length = charactersBetween(start, m_i);
     }
 
     void scanName() {
@@ -553,7 +555,7 @@ private:
 
     bool push(Token::Kind kind) {
         Token& token = m_tokens.emplace_back(Token::make(kind, position(m_i)));
-        token.range = range(m_i, m_i + 1);
+        token.length = 1;
         ++m_i;
         return true;
     }
@@ -568,7 +570,7 @@ private:
     void pushText(Token::Kind kind, std::size_t start, std::size_t end, std::string_view text) {
         Token& token = m_tokens.emplace_back();
         token.kind = kind;
-        token.range = range(start, end);
+        token.length = charactersBetween(start, end);
         token.start = position(start);
         token.text = text;
     }
@@ -614,8 +616,10 @@ QuoteClass quoteClassOf(std::string_view character) {
 
 } // namespace lexer
 
-SourceText::SourceText(std::string_view line)
-    : m_text(normalize(line)), m_offsets(characterOffsets(m_text)) {}
+SourceText::SourceText(std::string_view line) : m_text(normalize(line)) {
+    if (!bytesAreCharacters(m_text))
+        m_offsets = unicode::graphemeBoundaries(m_text);
+}
 
 std::size_t SourceText::size() const {
     return m_offsets.empty() ? m_text.size() : m_offsets.size() - 1;

@@ -23,13 +23,20 @@ struct Token {
     enum class Kind { number, identifier, string, ref, op, lparen, rparen, lbracket, rbracket, comma, eof };
 
     Kind kind = Kind::eof;
-    SourceRange range; // every character it was read from: for `ref`, the "#" and the digits
+    std::uint32_t length = 0; // characters read: ending at `start` for `ref`, beginning there otherwise
     std::int64_t start = 0;
     double number = 0;    // payload of `number`
     std::int64_t ref = 0; // payload of `ref`
     std::string text;     // payload of `identifier`, `string` and `op`
 
     bool operator==(const Token&) const = default;
+
+    /// Every character the token was read from: for `ref`, the "#" and the digits.
+    SourceRange range() const {
+        const std::int64_t first = kind == Kind::ref ? start - length : start;
+        const auto begin = static_cast<std::uint32_t>(first);
+        return {begin, begin + length};
+    }
 
     static Token makeNumber(double value, std::int64_t start);
     static Token makeString(std::string content, std::int64_t start);

@@ -299,13 +299,6 @@ bool Parser::atEnd() const {
     return current().kind == Kind::eof;
 }
 
-void Parser::advance() {
-    if (m_index + 1 < m_tokens.size()) {
-        m_consumedEnd = m_tokens[m_index].range.end;
-        ++m_index;
-    }
-}
-
 Statement Parser::parseStatement() {
     Statement statement;
     if (current().kind == Kind::identifier && isOp(peek(), "=") && !isReservedWord(current().text)) {
@@ -326,7 +319,7 @@ ExprPtr Parser::parseExpression() {
 }
 
 ExprPtr Parser::parseConversion() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseOr();
     ChainScope chain(m_chain);
     for (;;) {
@@ -350,7 +343,7 @@ ExprPtr Parser::parseConversion() {
 }
 
 ExprPtr Parser::parseOr() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseAnd();
     while (isWord(current(), keywords::orWord)) {
         advance();
@@ -361,7 +354,7 @@ ExprPtr Parser::parseOr() {
 }
 
 ExprPtr Parser::parseAnd() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseNot();
     while (isWord(current(), keywords::andWord)) {
         advance();
@@ -374,7 +367,7 @@ ExprPtr Parser::parseAnd() {
 ExprPtr Parser::parseNot() {
     if (!isWord(current(), keywords::notWord))
         return parseComparison();
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     advance();
     NestingScope nesting(m_depth);
     ExprPtr operand = parseNot();
@@ -382,7 +375,7 @@ ExprPtr Parser::parseNot() {
 }
 
 ExprPtr Parser::parseComparison() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseAdditive();
     while (current().kind == Kind::op && isComparisonOperator(current().text)) {
         std::string op = current().text;
@@ -394,7 +387,7 @@ ExprPtr Parser::parseComparison() {
 }
 
 ExprPtr Parser::parseAdditive() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseMultiplicative();
     while (isOp(current(), "+") || isOp(current(), "-")) {
         std::string op = current().text;
@@ -406,7 +399,7 @@ ExprPtr Parser::parseAdditive() {
 }
 
 ExprPtr Parser::parseMultiplicative() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr left = parseUnary();
     for (;;) {
         const Token& token = current();
@@ -427,7 +420,7 @@ ExprPtr Parser::parseMultiplicative() {
 
 ExprPtr Parser::parseUnary() {
     if (isOp(current(), "-")) {
-        const std::uint32_t first = begin();
+        const std::size_t first = m_index;
         advance();
         NestingScope nesting(m_depth);
         ExprPtr operand = parseUnary();
@@ -442,7 +435,7 @@ ExprPtr Parser::parseUnary() {
 }
 
 ExprPtr Parser::parsePower() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr base = parsePostfix();
     if (!isOp(current(), "^"))
         return base;
@@ -453,7 +446,7 @@ ExprPtr Parser::parsePower() {
 }
 
 ExprPtr Parser::parsePostfix() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     ExprPtr e = parsePrimary();
     ChainScope chain(m_chain);
     for (;;) {
@@ -461,16 +454,15 @@ ExprPtr Parser::parsePostfix() {
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
             std::string unit = token.text;
-            const SourceRange unitRange = token.range;
+            const std::size_t unitToken = m_index;
             advance();
             chain.lengthen();
             if (isOp(current(), "^")) {
                 advance();
                 NestingScope nesting(m_depth);
-                ExprPtr name = makeExpr(expr::Identifier{std::move(unit)}, unitRange);
+                ExprPtr name = makeExpr(expr::Identifier{std::move(unit)}, m_tokens[unitToken].range());
                 ExprPtr exponent = parseUnary();
-                ExprPtr power =
-                    makeBinary("^", std::move(name), std::move(exponent), rangeFrom(unitRange.begin));
+                ExprPtr power = makeBinary("^", std::move(name), std::move(exponent), rangeFrom(unitToken));
                 e = makeBinary("*", std::move(e), std::move(power), rangeFrom(first));
             } else {
                 e = makeExpr(expr::UnitApply{std::move(e), std::move(unit)}, rangeFrom(first));
@@ -496,7 +488,8 @@ ExprPtr Parser::parsePostfix() {
 
 ExprPtr Parser::parsePrimary() {
     const Token& token = current();
-    const SourceRange range = token.range;
+    const std::size_t first = m_index;
+    const SourceRange range = token.range();
     switch (token.kind) {
     case Kind::number: {
         double value = token.number;
@@ -517,12 +510,12 @@ ExprPtr Parser::parsePrimary() {
         std::string name = token.text;
         advance();
         if (current().kind == Kind::lparen)
-            return parseCall(std::move(name), range.begin);
+            return parseCall(std::move(name), first);
         if (current().kind == Kind::number && isKnownUnit(name)) {
             // A unit written before its value: $5, ¥1200.
             NestingScope nesting(m_depth);
             ExprPtr operand = parsePostfix();
-            return makeExpr(expr::UnitApply{std::move(operand), std::move(name)}, rangeFrom(range.begin));
+            return makeExpr(expr::UnitApply{std::move(operand), std::move(name)}, rangeFrom(first));
         }
         return makeExpr(expr::Identifier{std::move(name)}, range);
     }
@@ -551,7 +544,7 @@ ExprPtr Parser::parsePrimary() {
     failMisplacedOperator(token.text);
 }
 
-ExprPtr Parser::parseCall(std::string name, std::uint32_t first) {
+ExprPtr Parser::parseCall(std::string name, std::size_t first) {
     advance(); // "("
     NestingScope nesting(m_depth);
     std::vector<ExprPtr> args;
@@ -569,7 +562,7 @@ ExprPtr Parser::parseCall(std::string name, std::uint32_t first) {
 }
 
 ExprPtr Parser::parseList() {
-    const std::uint32_t first = begin();
+    const std::size_t first = m_index;
     advance(); // "["
     NestingScope nesting(m_depth);
     std::vector<ExprPtr> items;

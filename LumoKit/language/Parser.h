@@ -155,13 +155,18 @@ private:
     ExprPtr parsePostfix();
     ExprPtr parsePrimary();
     std::string parseUnitTarget();
-    ExprPtr parseCall(std::string name, std::uint32_t begin);
+    ExprPtr parseCall(std::string name, std::size_t first);
     ExprPtr parseList();
 
-    void advance();
-    /// From `begin` to the end of the last token consumed.
-    SourceRange rangeFrom(std::uint32_t begin) const { return {begin, m_consumedEnd}; }
-    std::uint32_t begin() const { return current().range.begin; }
+    // Called for every token, so it is defined here to be inlined.
+    void advance() {
+        if (m_index + 1 < m_tokens.size()) {
+            m_consumedEnd = m_tokens[m_index].range().end;
+            ++m_index;
+        }
+    }
+    /// From the start of the token at `first` to the end of the last token consumed.
+    SourceRange rangeFrom(std::size_t first) const { return {m_tokens[first].range().begin, m_consumedEnd}; }
 
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;

@@ -154,7 +154,7 @@ TEST(Lexer, RangesCoverEachTokensCharacters) {
         const SourceText source(c.input);
         std::vector<std::string> texts;
         for (const Token& token : tokenize(c.input))
-            texts.emplace_back(source.slice(token.range));
+            texts.emplace_back(source.slice(token.range()));
         EXPECT_EQ(texts, c.expected) << c.input;
     }
 }
