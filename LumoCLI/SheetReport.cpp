@@ -180,7 +180,13 @@ void appendJsonString(std::string& json, std::string_view text) {
     }
     static constexpr char hexDigits[] = "0123456789abcdef";
     json += '"';
-    for (const char c : text) {
+    std::size_t copied = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c >= 0x20 && c != '"' && c != '\\')
+            continue;
+        json.append(text, copied, i - copied);
+        copied = i + 1;
         switch (c) {
         case '"':
             json += "\\\"";
@@ -204,15 +210,12 @@ void appendJsonString(std::string& json, std::string_view text) {
             json += "\\t";
             break;
         default:
-            if (static_cast<unsigned char>(c) < 0x20) {
-                json += "\\u00";
-                json += hexDigits[static_cast<unsigned char>(c) >> 4];
-                json += hexDigits[static_cast<unsigned char>(c) & 0xf];
-            } else {
-                json += c;
-            }
+            json += "\\u00";
+            json += hexDigits[c >> 4];
+            json += hexDigits[c & 0xf];
         }
     }
+    json.append(text, copied);
     json += '"';
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "LumoKit/sheet/Program.h"
 #include "LumoKit/values/Units.h"
@@ -38,9 +39,21 @@ private:
         std::shared_ptr<const ParsedLine> parse;
         std::uint64_t lastRun = 0;
     };
+    using Entries = std::unordered_map<std::string, Entry, TextHash, std::equal_to<>>;
+    using Slot = Entries::value_type;
 
-    std::unordered_map<std::string, Entry, TextHash, std::equal_to<>> m_entries;
+    // The entry for `text` if the asks follow the last run's order: a run after a keystroke
+    // asks for nearly the same texts in the same order, and walking that order costs less than
+    // hashing every text into a table the size of the sheet.
+    Slot* inSequence(std::string_view text);
+
+    Entries m_entries;
     std::uint64_t m_run = 0;
+    // The entries in the order the last run asked for them (slots of a node-based table
+    // don't move), the order of the asks since, and where the asks are in the last run's order.
+    std::vector<Slot*> m_lastOrder;
+    std::vector<Slot*> m_order;
+    std::size_t m_cursor = 0;
 };
 
 } // namespace lumo

@@ -143,6 +143,31 @@ TEST(Cli, JsonLinesFromStandardInput) {
     EXPECT_EQ(plot["segments"][0].size(), 241u);
 }
 
+// Texts that need escaping come out as the JSON library itself writes them, invalid UTF-8
+// replaced: each line is its own canonical form, and the text survives the round trip.
+TEST(Cli, JsonStringsAreEscapedAsTheLibraryWritesThem) {
+    const struct {
+        std::string line;
+        std::string answer;
+    } cases[] = {
+        {R"("say \"hi\"")", R"("say "hi"")"},
+        {R"("a\\b")", R"("a\b")"},
+        {R"("tab\there")", "\"tab\there\""},
+        {R"("two\nlines")", "\"two\nlines\""},
+        {"\"bell\x07 del\x7f\"", "\"bell\x07 del\x7f\""},
+        {"\"漢字 é\"", "\"漢字 é\""},
+        {"\"bad \xff\xfe byte\"", "\"bad \uFFFD\uFFFD byte\""},
+    };
+    for (const auto& c : cases) {
+        const auto result = runLumo("--json --lang en", c.line + "\n");
+        ASSERT_EQ(result.status, 0) << c.line;
+        const std::string out = result.out.substr(0, result.out.find('\n'));
+        const auto json = nlohmann::ordered_json::parse(out);
+        EXPECT_EQ(json.dump(), out) << c.line;
+        EXPECT_EQ(json["answer"], c.answer) << c.line;
+    }
+}
+
 TEST(Cli, FormattingOptions) {
     struct Case {
         std::string arguments;

@@ -43,3 +43,28 @@ TEST(SheetParseCache, KeepsOnlyTheLastRunsLines) {
     const auto parsed = cache.parsed("1 + 1");
     EXPECT_EQ(cache.parsed("1 + 1"), parsed); // the same parse, not a new one
 }
+
+TEST(SheetParseCache, KeepsParsesOfLinesThatMovedAndDropsTheRest) {
+    // Edits that move lines: the parse of "a = 1" must be the same object throughout, and only
+    // the texts of the latest run stay, however far the lines moved.
+    const struct Step {
+        std::string text;
+        std::size_t distinctTexts;
+    } steps[] = {
+        {"a = 1\n2\n3\n4\n5\n6\n7\n8\nsum", 9},
+        {"0\na = 1\n2\n3\n4\n5\n6\n7\n8\nsum", 10}, // a line inserted above
+        {"0\na = 1\n8\nsum", 4},                    // more lines deleted than are looked ahead
+        {"sum\n8\na = 1\n0", 4},                    // the order reversed
+        {"a = 1\na = 1\nsum\nsum", 2},              // repeated texts share their parse
+    };
+    SheetParseCache cache;
+    DocumentEvaluator::evaluate(steps[0].text, {}, sheetOptions(), cache);
+    const auto first = cache.parsed("a = 1");
+    for (const auto& step : steps) {
+        const auto cached = DocumentEvaluator::evaluate(step.text, {}, sheetOptions(), cache);
+        EXPECT_EQ(cache.size(), step.distinctTexts) << step.text;
+        EXPECT_EQ(showResults(cached, sheetOptions()),
+                  showResults(DocumentEvaluator::evaluate(step.text, {}, sheetOptions()), sheetOptions()));
+        EXPECT_EQ(cache.parsed("a = 1"), first) << step.text;
+    }
+}
