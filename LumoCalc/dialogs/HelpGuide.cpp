@@ -6,12 +6,16 @@
 
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoKit/document/BuiltinDocuments.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 #include "LumoKit/values/ValueFormatter.h"
 
 namespace lumo {
 
 namespace {
+
+// The tutorial's notes, which the guide turns into headings and paragraphs.
+const QLatin1String noteMarker(keywords::noteMarker.data(), qsizetype(keywords::noteMarker.size()));
 
 struct HelpTopic {
     Bilingual heading;
@@ -83,9 +87,9 @@ public:
         for (qsizetype index = 0; index < lines.size(); ++index) {
             const QString& line = lines[index];
             const QString trimmed = line.trimmed();
-            if (trimmed.startsWith(QLatin1String("//"))) {
+            if (trimmed.startsWith(noteMarker)) {
                 finishExample();
-                QString note = trimmed.mid(2).trimmed();
+                QString note = trimmed.mid(noteMarker.size()).trimmed();
                 if (note.startsWith(QChar(0x25A0))) // ■ marks a topic of the sheet
                     m_guide.html += QStringLiteral("<h3>%1</h3>").arg(note.mid(1).trimmed().toHtmlEscaped());
                 else if (!note.isEmpty())

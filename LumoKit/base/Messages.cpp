@@ -167,6 +167,7 @@ constexpr MessageTexts messageTexts[] = {
      "“{0}” is a constant and can’t be used"},
     {MessageKind::nameUsedOnLine, "「{0}」は {1} 行目で使っています", "“{0}” is already used on line {1}"},
     {MessageKind::newSheetName, "新しいシート", "New Sheet"},
+    {MessageKind::conflictCopyName, "{0}（競合）", "{0} (conflict)"},
 
     {MessageKind::documentUnreadable, "文書ファイルを読み込めません: {0}",
      "The document file can’t be read: {0}"},

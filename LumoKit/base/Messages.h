@@ -135,6 +135,7 @@ enum class MessageKind {
     constantNameClash,
     nameUsedOnLine,
     newSheetName,
+    conflictCopyName,
 
     // Reading a document file
     documentUnreadable,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "LumoKit/base/Language.h"
+#include "LumoKit/base/Messages.h"
 
 namespace lumo {
 
@@ -174,7 +175,7 @@ Uuid conflictIdentifier(const Sheet& loser) {
 Sheet conflictSheet(const Sheet& loser) {
     Sheet copy = loser;
     copy.id = conflictIdentifier(loser);
-    copy.name = L10n::pick(loser.name + "（競合）", loser.name + " (conflict)");
+    copy.name = Message(MessageKind::conflictCopyName, {loser.name}).text(L10n::resolved());
     return copy;
 }
 
@@ -361,7 +362,8 @@ ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument
     std::erase_if(merged.deletedSheets, [&](const auto& entry) { return entry.second <= cutoff; });
 
     if (merged.sheets.empty()) {
-        merged.sheets.push_back(Sheet{Uuid::random(), L10n::pick("新しいシート", "New Sheet"), "", now, {}});
+        merged.sheets.push_back(
+            Sheet{Uuid::random(), Message(MessageKind::newSheetName).text(L10n::resolved()), "", now, {}});
         merged.selectedSheetID = merged.sheets.front().id;
     }
     return result;

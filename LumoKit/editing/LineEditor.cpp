@@ -4,6 +4,8 @@
 #include <array>
 
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Keywords.h"
+#include "LumoKit/language/Lexer.h"
 
 namespace lumo {
 
@@ -103,11 +105,10 @@ bool isWordCharacter(std::string_view cluster) {
     return c == U'_' || unicode::isLetter(c) || unicode::isNumber(c);
 }
 
+// Any script's digits, as the sign key reads a number: 12, １２, 3万5000, 1,234.5.
 bool isNumberCharacter(std::string_view cluster) {
-    static constexpr std::array<std::string_view, 6> extras{".", ",", "万", "億", "兆", "千"};
-    if (std::find(extras.begin(), extras.end(), cluster) != extras.end())
-        return true;
-    return unicode::isNumber(leadingScalar(cluster));
+    return cluster == "." || cluster == "," || lexer::isNumeralUnit(cluster) ||
+           keywords::startsWithNumeral(cluster);
 }
 
 std::string join(const std::vector<std::string>& clusters) {
@@ -240,7 +241,7 @@ std::string LineEditor::multiplySign(std::string_view text, std::int64_t caret) 
     for (auto i = lineStart; i < p; ++i)
         beforeCaretOnLine += clusters[static_cast<std::size_t>(i)];
     // The sign inside a note would only be noise in the text, so nothing is inserted there.
-    if (beforeCaretOnLine.find("//") != std::string::npos)
+    if (beforeCaretOnLine.find(keywords::noteMarker) != std::string::npos)
         return {};
     if (p == 0)
         return "× ";

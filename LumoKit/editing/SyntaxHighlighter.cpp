@@ -47,8 +47,9 @@ QuoteClass quoteClass(std::string_view c) {
     return lexer::quoteClassOf(c);
 }
 
+// Looser than the lexer's number, so that 1,234.5 and 3万5000 are coloured whole while typed.
 bool continuesNumber(std::string_view c) {
-    return isAsciiDigit(c) || c == "." || c == "," || c == "万" || c == "億" || c == "兆" || c == "千";
+    return isAsciiDigit(c) || c == "." || c == "," || lexer::isNumeralUnit(c);
 }
 
 bool isOperatorMark(std::string_view c) {
@@ -57,15 +58,8 @@ bool isOperatorMark(std::string_view c) {
     return marks.contains(c);
 }
 
-// Coloured as keywords: the program's statement words, the logic words, "in" (of for and of
-// conversions alike), the truth values and range, which only loops take.
-bool isProgramWord(std::string_view word) {
-    return keywords::isStatementWord(word) || keywords::isAmong(word, keywords::truthWords) || word == "in" ||
-           word == "and" || word == "or" || word == "not" || word == "range";
-}
-
 SyntaxKind wordKind(const std::string& word) {
-    if (isProgramWord(word))
+    if (keywords::isProgramWord(word))
         return SyntaxKind::keyword;
     if (isBuiltinFunction(unicode::toLower(word)))
         return SyntaxKind::function;
@@ -94,7 +88,7 @@ public:
 
     std::vector<SyntaxRange> scan() {
         while (m_i < m_chars.size()) {
-            if (at(m_i) == "/" && at(m_i + 1) == "/") {
+            if (startsNote(m_i)) {
                 emit(m_i, m_chars.size(), SyntaxKind::comment);
                 break;
             }
@@ -107,6 +101,15 @@ public:
 private:
     std::string_view at(std::size_t i) const {
         return i < m_chars.size() ? std::string_view(m_chars[i]) : "";
+    }
+
+    // Whether a note starts at character i. The marker is ASCII: one character per byte.
+    bool startsNote(std::size_t i) const {
+        for (std::size_t k = 0; k < keywords::noteMarker.size(); ++k) {
+            if (at(i + k) != keywords::noteMarker.substr(k, 1))
+                return false;
+        }
+        return true;
     }
 
     void emit(std::size_t from, std::size_t to, SyntaxKind kind) {
@@ -134,8 +137,7 @@ private:
     }
 
     bool scanNumber() {
-        bool starts = isAsciiDigit(at(m_i)) || (at(m_i) == "." && isAsciiDigit(at(m_i + 1)));
-        if (!starts)
+        if (!lexer::startsNumber(at(m_i), at(m_i + 1)))
             return false;
         std::size_t end = m_i + 1;
         while (end < m_chars.size() && continuesNumber(at(end)))

@@ -13,7 +13,7 @@ bool startsWithNumeral(std::string_view text) {
 }
 
 bool isNoteText(std::string_view trimmed) {
-    if (trimmed.starts_with("//") || trimmed.starts_with("＃"))
+    if (trimmed.starts_with(noteMarker) || trimmed.starts_with("＃"))
         return true;
     return trimmed.starts_with('#') && !startsWithNumeral(trimmed.substr(1));
 }

@@ -132,12 +132,17 @@ bool isAscii(std::string_view text) {
 // Characters of the normalised text
 // ---------------------------------------------------------------------------------------------
 
-// The normalised line as a sequence of grapheme clusters. ASCII text needs no table: every
-// byte is its own cluster except a CR LF pair.
+// Whether each byte of a text is one character (grapheme cluster): in ASCII it is, except in
+// a CR LF pair. Such text needs no table of where its characters begin.
+bool bytesAreCharacters(std::string_view text) {
+    return isAscii(text) && text.find("\r\n") == std::string_view::npos;
+}
+
+// The normalised line as a sequence of grapheme clusters.
 class Characters {
 public:
     explicit Characters(std::string_view text) : m_text(text) {
-        if (isAscii(text) && text.find("\r\n") == std::string_view::npos) {
+        if (bytesAreCharacters(text)) {
             m_count = text.size();
             return;
         }
@@ -178,6 +183,12 @@ bool isAsciiDigit(std::string_view c) {
 // Whether a character is the given ASCII one; the scanner asks this for nearly every character.
 bool isChar(std::string_view c, char ascii) {
     return c.size() == 1 && c[0] == ascii;
+}
+
+// The numeral rule: a number starts at an ASCII digit, or at "." followed by one. The next
+// character is asked for only after a ".".
+template <typename NextCharacter> bool startsNumber(std::string_view c, NextCharacter next) {
+    return isAsciiDigit(c) || (isChar(c, '.') && isAsciiDigit(next()));
 }
 
 char32_t firstScalar(std::string_view c) {
@@ -250,13 +261,16 @@ private:
 };
 
 // The Japanese numeral units that scale the number before them.
-double japaneseFactor(std::string_view c) {
+double japaneseFactorOf(std::string_view c) {
     static const std::unordered_map<std::string_view, double> factors{
         {"\u5343", 1e3}, {"\u4E07", 1e4}, {"\u5104", 1e8}, {"\u5146", 1e12}};
-    if (c.size() != 3)
-        return 0;
     auto found = factors.find(c);
     return found == factors.end() ? 0 : found->second;
+}
+
+// Asked after every number, so the common answer (not a three-byte character) is found inline.
+double japaneseFactor(std::string_view c) {
+    return c.size() == 3 ? japaneseFactorOf(c) : 0;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -348,6 +362,9 @@ public:
 
 private:
     static std::int64_t position(std::size_t i) { return static_cast<std::int64_t>(i); }
+    static std::uint32_t charactersBetween(std::size_t from, std::size_t to) {
+        return static_cast<std::uint32_t>(to - from);
+    }
     std::string_view at(std::size_t i) const { return m_chars.at(i); }
 
     void scanOne() {
@@ -359,7 +376,7 @@ private:
             scanText(c);
         } else if (ascii == '#' && isAsciiDigit(at(m_i + 1))) {
             scanRef();
-        } else if (isAsciiDigit(c) || (ascii == '.' && isAsciiDigit(at(m_i + 1)))) {
+        } else if (startsNumber(c, [this] { return at(m_i + 1); })) {
             scanNumber();
         } else if (m_classes.startsName(c)) {
             scanName();
@@ -376,6 +393,7 @@ private:
             if (c == quote) {
                 ++m_i;
                 m_tokens.push_back(Token::makeString(std::move(content), position(start)));
+                m_tokens.back().length = charactersBetween(start, m_i);
                 return;
             }
             if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
@@ -398,7 +416,7 @@ private:
     }
 
     void scanRef() {
-        ++m_i; // "#"
+        const std::size_t hash = m_i++;
         std::int64_t line = 0;
         bool overflow = false;
         while (isAsciiDigit(at(m_i))) {
@@ -411,6 +429,7 @@ private:
         }
         // The start is deliberately the index just after the digits.
         m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
+        m_tokens.back().length = charactersBetween(hash, m_i);
     }
 
     // Digits with grouping commas and points, then at most one exponent.
@@ -478,6 +497,7 @@ private:
         if (!std::isfinite(total))
             failNumberTooLarge();
         m_tokens.push_back(Token::makeNumber(total, position(start)));
+        m_tokens.back().length = charactersBetween(start, m_i);
     }
 
     void scanName() {
@@ -496,7 +516,7 @@ private:
                 end = partEnd;
         }
         m_i = end;
-        pushText(Token::Kind::identifier, start, m_chars.slice(start, end));
+        pushText(Token::Kind::identifier, start, end, m_chars.slice(start, end));
     }
 
     bool scanPunctuation(std::string_view c) {
@@ -534,20 +554,23 @@ private:
     }
 
     bool push(Token::Kind kind) {
-        m_tokens.push_back(Token::make(kind, position(m_i++)));
+        Token& token = m_tokens.emplace_back(Token::make(kind, position(m_i)));
+        token.length = 1;
+        ++m_i;
         return true;
     }
 
     bool pushOp(std::string_view op, std::size_t length) {
-        pushText(Token::Kind::op, m_i, op);
+        pushText(Token::Kind::op, m_i, m_i + length, op);
         m_i += length;
         return true;
     }
 
     // Tokens with text are built in place, so the text is copied once.
-    void pushText(Token::Kind kind, std::size_t start, std::string_view text) {
+    void pushText(Token::Kind kind, std::size_t start, std::size_t end, std::string_view text) {
         Token& token = m_tokens.emplace_back();
         token.kind = kind;
+        token.length = charactersBetween(start, end);
         token.start = position(start);
         token.text = text;
     }
@@ -567,6 +590,14 @@ bool isAsciiDigit(std::string_view character) {
     return lumo::isAsciiDigit(character);
 }
 
+bool startsNumber(std::string_view character, std::string_view next) {
+    return lumo::startsNumber(character, [next] { return next; });
+}
+
+bool isNumeralUnit(std::string_view character) {
+    return japaneseFactor(character) != 0;
+}
+
 bool startsName(std::string_view character) {
     return CharClasses::shared().startsName(character);
 }
@@ -584,6 +615,31 @@ QuoteClass quoteClassOf(std::string_view character) {
 }
 
 } // namespace lexer
+
+SourceText::SourceText(std::string_view line) : m_text(normalize(line)) {
+    if (!bytesAreCharacters(m_text))
+        m_offsets = unicode::graphemeBoundaries(m_text);
+}
+
+std::size_t SourceText::size() const {
+    return m_offsets.empty() ? m_text.size() : m_offsets.size() - 1;
+}
+
+std::size_t SourceText::offset(std::size_t index) const {
+    return m_offsets.empty() ? index : m_offsets[index];
+}
+
+std::string_view SourceText::at(std::size_t index) const {
+    if (index >= size())
+        return {};
+    return std::string_view(m_text).substr(offset(index), offset(index + 1) - offset(index));
+}
+
+std::string_view SourceText::slice(SourceRange range) const {
+    const std::size_t end = std::min<std::size_t>(range.end, size());
+    const std::size_t begin = std::min<std::size_t>(range.begin, end);
+    return std::string_view(m_text).substr(offset(begin), offset(end) - offset(begin));
+}
 
 std::string normalize(std::string_view text) {
     if (isAscii(text))

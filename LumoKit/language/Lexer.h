@@ -7,18 +7,36 @@
 
 namespace lumo {
 
+/// A stretch of a line, in characters (grapheme clusters) of its normalised text, end
+/// excluded: the unit of Token::start. Two 32-bit indices, since every node of a parsed tree
+/// carries one.
+struct SourceRange {
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+
+    bool operator==(const SourceRange&) const = default;
+};
+
 /// One token of a line. `start` is a character (grapheme cluster) index into the normalised
 /// text; for `ref` it is deliberately the index just after the last digit.
 struct Token {
     enum class Kind { number, identifier, string, ref, op, lparen, rparen, lbracket, rbracket, comma, eof };
 
     Kind kind = Kind::eof;
+    std::uint32_t length = 0; // characters read: ending at `start` for `ref`, beginning there otherwise
     std::int64_t start = 0;
     double number = 0;    // payload of `number`
     std::int64_t ref = 0; // payload of `ref`
     std::string text;     // payload of `identifier`, `string` and `op`
 
     bool operator==(const Token&) const = default;
+
+    /// Every character the token was read from: for `ref`, the "#" and the digits.
+    SourceRange range() const {
+        const std::int64_t first = kind == Kind::ref ? start - length : start;
+        const auto begin = static_cast<std::uint32_t>(first);
+        return {begin, begin + length};
+    }
 
     static Token makeNumber(double value, std::int64_t start);
     static Token makeString(std::string content, std::int64_t start);
@@ -33,6 +51,10 @@ enum class NameDigits { allowed, notAllowed };
 enum class QuoteClass { none, doubleQuote, singleQuote };
 
 bool isAsciiDigit(std::string_view character);
+/// A number starts at an ASCII digit, or at "." followed by one.
+bool startsNumber(std::string_view character, std::string_view next);
+/// 千, 万, 億 and 兆, which scale the number written before them (3万5000).
+bool isNumeralUnit(std::string_view character);
 /// A letter, "_" or one of the signs ° ¥ ￥ $ € ℃ ℉.
 bool startsName(std::string_view character);
 /// Letters, "_", the signs, superscript digits, and ASCII digits when allowed.
@@ -41,6 +63,25 @@ bool continuesName(std::string_view character, NameDigits digits);
 bool isNameSign(std::string_view character);
 QuoteClass quoteClassOf(std::string_view character);
 } // namespace lexer
+
+/// A line's normalised text, to be cut by the ranges that tokens and parsed trees carry.
+class SourceText {
+public:
+    explicit SourceText(std::string_view line);
+
+    /// The number of characters.
+    std::size_t size() const;
+    /// The character at `index`, or an empty view past the end.
+    std::string_view at(std::size_t index) const;
+    /// The text of the characters in `range`, cut to the line's end.
+    std::string_view slice(SourceRange range) const;
+
+private:
+    std::size_t offset(std::size_t index) const;
+
+    std::string m_text;
+    std::vector<std::size_t> m_offsets; // of each character and the end; empty when characters are bytes
+};
 
 /// The first pass: full-width forms, typographic signs and quotes rewritten outside quotes.
 std::string normalize(std::string_view text);

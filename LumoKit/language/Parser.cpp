@@ -79,7 +79,7 @@ bool isWord(const Token& token, std::string_view word) {
 }
 
 bool isPercentOfWord(const Token& token) {
-    return isWord(token, "of") || isWord(token, "の");
+    return isWord(token, keywords::ofWord) || isWord(token, keywords::japaneseOfWord);
 }
 
 // One level of nesting for as long as it lives.
@@ -117,8 +117,8 @@ private:
     int m_saved;
 };
 
-ExprPtr makeBinary(std::string op, ExprPtr left, ExprPtr right) {
-    return makeExpr(expr::Binary{std::move(op), std::move(left), std::move(right)});
+ExprPtr makeBinary(std::string op, ExprPtr left, ExprPtr right, SourceRange range) {
+    return makeExpr(expr::Binary{std::move(op), std::move(left), std::move(right)}, range);
 }
 
 // A whole exponent small enough for a unit target ("m^2").
@@ -299,11 +299,6 @@ bool Parser::atEnd() const {
     return current().kind == Kind::eof;
 }
 
-void Parser::advance() {
-    if (m_index + 1 < m_tokens.size())
-        ++m_index;
-}
-
 Statement Parser::parseStatement() {
     Statement statement;
     if (current().kind == Kind::identifier && isOp(peek(), "=") && !isReservedWord(current().text)) {
@@ -324,6 +319,7 @@ ExprPtr Parser::parseExpression() {
 }
 
 ExprPtr Parser::parseConversion() {
+    const std::size_t first = m_index;
     ExprPtr left = parseOr();
     ChainScope chain(m_chain);
     for (;;) {
@@ -333,12 +329,13 @@ ExprPtr Parser::parseConversion() {
         if (convertWord || isOp(token, "→")) {
             advance();
             chain.lengthen();
-            left = makeExpr(expr::Convert{std::move(left), parseUnitTarget()});
+            std::string target = parseUnitTarget();
+            left = makeExpr(expr::Convert{std::move(left), std::move(target)}, rangeFrom(first));
         } else if (isPercentOfWord(token)) {
             advance();
             chain.lengthen();
             ExprPtr base = parseAdditive();
-            left = makeExpr(expr::PercentOf{std::move(left), std::move(base)});
+            left = makeExpr(expr::PercentOf{std::move(left), std::move(base)}, rangeFrom(first));
         } else {
             return left;
         }
@@ -346,52 +343,63 @@ ExprPtr Parser::parseConversion() {
 }
 
 ExprPtr Parser::parseOr() {
+    const std::size_t first = m_index;
     ExprPtr left = parseAnd();
-    while (isWord(current(), "or")) {
+    while (isWord(current(), keywords::orWord)) {
         advance();
-        left = makeBinary("or", std::move(left), parseAnd());
+        ExprPtr right = parseAnd();
+        left = makeBinary("or", std::move(left), std::move(right), rangeFrom(first));
     }
     return left;
 }
 
 ExprPtr Parser::parseAnd() {
+    const std::size_t first = m_index;
     ExprPtr left = parseNot();
-    while (isWord(current(), "and")) {
+    while (isWord(current(), keywords::andWord)) {
         advance();
-        left = makeBinary("and", std::move(left), parseNot());
+        ExprPtr right = parseNot();
+        left = makeBinary("and", std::move(left), std::move(right), rangeFrom(first));
     }
     return left;
 }
 
 ExprPtr Parser::parseNot() {
-    if (!isWord(current(), "not"))
+    if (!isWord(current(), keywords::notWord))
         return parseComparison();
+    const std::size_t first = m_index;
     advance();
     NestingScope nesting(m_depth);
-    return makeExpr(expr::Unary{"not", parseNot()});
+    ExprPtr operand = parseNot();
+    return makeExpr(expr::Unary{"not", std::move(operand)}, rangeFrom(first));
 }
 
 ExprPtr Parser::parseComparison() {
+    const std::size_t first = m_index;
     ExprPtr left = parseAdditive();
     while (current().kind == Kind::op && isComparisonOperator(current().text)) {
         std::string op = current().text;
         advance();
-        left = makeBinary(std::move(op), std::move(left), parseAdditive());
+        ExprPtr right = parseAdditive();
+        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
     }
     return left;
 }
 
 ExprPtr Parser::parseAdditive() {
+    const std::size_t first = m_index;
     ExprPtr left = parseMultiplicative();
     while (isOp(current(), "+") || isOp(current(), "-")) {
         std::string op = current().text;
         advance();
-        left = makeBinary(std::move(op), std::move(left), parseMultiplicative());
+        ExprPtr right = parseMultiplicative();
+        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
     }
     return left;
 }
 
 ExprPtr Parser::parseMultiplicative() {
+    const std::size_t first = m_index;
     ExprPtr left = parseUnary();
     for (;;) {
         const Token& token = current();
@@ -405,15 +413,18 @@ ExprPtr Parser::parseMultiplicative() {
         } else {
             return left;
         }
-        left = makeBinary(std::move(op), std::move(left), parseUnary());
+        ExprPtr right = parseUnary();
+        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
     }
 }
 
 ExprPtr Parser::parseUnary() {
     if (isOp(current(), "-")) {
+        const std::size_t first = m_index;
         advance();
         NestingScope nesting(m_depth);
-        return makeExpr(expr::Unary{"-", parseUnary()});
+        ExprPtr operand = parseUnary();
+        return makeExpr(expr::Unary{"-", std::move(operand)}, rangeFrom(first));
     }
     if (isOp(current(), "+")) {
         advance();
@@ -424,36 +435,42 @@ ExprPtr Parser::parseUnary() {
 }
 
 ExprPtr Parser::parsePower() {
+    const std::size_t first = m_index;
     ExprPtr base = parsePostfix();
     if (!isOp(current(), "^"))
         return base;
     advance();
     NestingScope nesting(m_depth);
-    return makeBinary("^", std::move(base), parseUnary());
+    ExprPtr exponent = parseUnary();
+    return makeBinary("^", std::move(base), std::move(exponent), rangeFrom(first));
 }
 
 ExprPtr Parser::parsePostfix() {
+    const std::size_t first = m_index;
     ExprPtr e = parsePrimary();
     ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
-        if (token.kind == Kind::identifier && !isReservedWord(token.text) && !sameText(token.text, "の") &&
-            peek().kind != Kind::lparen) {
+        if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
+            !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
             std::string unit = token.text;
+            const std::size_t unitToken = m_index;
             advance();
             chain.lengthen();
             if (isOp(current(), "^")) {
                 advance();
                 NestingScope nesting(m_depth);
-                ExprPtr power = makeBinary("^", makeExpr(expr::Identifier{std::move(unit)}), parseUnary());
-                e = makeBinary("*", std::move(e), std::move(power));
+                ExprPtr name = makeExpr(expr::Identifier{std::move(unit)}, m_tokens[unitToken].range());
+                ExprPtr exponent = parseUnary();
+                ExprPtr power = makeBinary("^", std::move(name), std::move(exponent), rangeFrom(unitToken));
+                e = makeBinary("*", std::move(e), std::move(power), rangeFrom(first));
             } else {
-                e = makeExpr(expr::UnitApply{std::move(e), std::move(unit)});
+                e = makeExpr(expr::UnitApply{std::move(e), std::move(unit)}, rangeFrom(first));
             }
         } else if (isOp(token, "%")) {
             advance();
             chain.lengthen();
-            e = makeExpr(expr::Percent{std::move(e)});
+            e = makeExpr(expr::Percent{std::move(e)}, rangeFrom(first));
         } else if (token.kind == Kind::lbracket) {
             advance();
             chain.lengthen();
@@ -462,7 +479,7 @@ ExprPtr Parser::parsePostfix() {
             if (current().kind != Kind::rbracket)
                 fail(MessageKind::missingBracket);
             advance();
-            e = makeExpr(expr::Index{std::move(e), std::move(position)});
+            e = makeExpr(expr::Index{std::move(e), std::move(position)}, rangeFrom(first));
         } else {
             return e;
         }
@@ -471,34 +488,36 @@ ExprPtr Parser::parsePostfix() {
 
 ExprPtr Parser::parsePrimary() {
     const Token& token = current();
+    const std::size_t first = m_index;
+    const SourceRange range = token.range();
     switch (token.kind) {
     case Kind::number: {
         double value = token.number;
         advance();
-        return makeExpr(expr::Number{value});
+        return makeExpr(expr::Number{value}, range);
     }
     case Kind::string: {
         std::string text = token.text;
         advance();
-        return makeExpr(expr::Text{std::move(text)});
+        return makeExpr(expr::Text{std::move(text)}, range);
     }
     case Kind::ref: {
         std::int64_t line = token.ref;
         advance();
-        return makeExpr(expr::Ref{line});
+        return makeExpr(expr::Ref{line}, range);
     }
     case Kind::identifier: {
         std::string name = token.text;
         advance();
         if (current().kind == Kind::lparen)
-            return parseCall(std::move(name));
+            return parseCall(std::move(name), first);
         if (current().kind == Kind::number && isKnownUnit(name)) {
             // A unit written before its value: $5, ¥1200.
             NestingScope nesting(m_depth);
             ExprPtr operand = parsePostfix();
-            return makeExpr(expr::UnitApply{std::move(operand), std::move(name)});
+            return makeExpr(expr::UnitApply{std::move(operand), std::move(name)}, rangeFrom(first));
         }
-        return makeExpr(expr::Identifier{std::move(name)});
+        return makeExpr(expr::Identifier{std::move(name)}, range);
     }
     case Kind::lparen: {
         advance();
@@ -525,7 +544,7 @@ ExprPtr Parser::parsePrimary() {
     failMisplacedOperator(token.text);
 }
 
-ExprPtr Parser::parseCall(std::string name) {
+ExprPtr Parser::parseCall(std::string name, std::size_t first) {
     advance(); // "("
     NestingScope nesting(m_depth);
     std::vector<ExprPtr> args;
@@ -539,10 +558,11 @@ ExprPtr Parser::parseCall(std::string name) {
     if (current().kind != Kind::rparen)
         failMissingCallParen(name);
     advance();
-    return makeExpr(expr::Call{std::move(name), std::move(args)});
+    return makeExpr(expr::Call{std::move(name), std::move(args)}, rangeFrom(first));
 }
 
 ExprPtr Parser::parseList() {
+    const std::size_t first = m_index;
     advance(); // "["
     NestingScope nesting(m_depth);
     std::vector<ExprPtr> items;
@@ -556,7 +576,7 @@ ExprPtr Parser::parseList() {
     if (current().kind != Kind::rbracket)
         fail(MessageKind::missingListBracket);
     advance();
-    return makeExpr(expr::List{std::move(items)});
+    return makeExpr(expr::List{std::move(items)}, rangeFrom(first));
 }
 
 std::string Parser::parseUnitTarget() {

@@ -85,10 +85,13 @@ struct Expr {
                               expr::Unary, expr::Binary, expr::Percent, expr::UnitApply, expr::Call,
                               expr::Convert, expr::PercentOf>;
     Node node;
+    /// The characters of the parsed text this node was read from, from its first token to its
+    /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".
+    SourceRange range;
 
     // Built from any of its cases. Spelled out because clang does not yet build aggregates
     // from parentheses, which std::make_shared needs.
-    Expr(Node n) : node(std::move(n)) {}
+    Expr(Node n, SourceRange r = {}) : node(std::move(n)), range(r) {}
     /// Releases the children without recursion, so that a chain of any length is freed
     /// in constant stack.
     ~Expr();
@@ -97,11 +100,11 @@ struct Expr {
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
-template <typename T> ExprPtr makeExpr(T node) {
-    return std::make_shared<const Expr>(std::move(node));
+template <typename T> ExprPtr makeExpr(T node, SourceRange range = {}) {
+    return std::make_shared<const Expr>(std::move(node), range);
 }
 
-/// Structural equality of two trees (numbers compared exactly).
+/// Structural equality of two trees (numbers compared exactly; ranges are not compared).
 bool sameTree(const Expr& a, const Expr& b);
 
 /// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
@@ -152,14 +155,23 @@ private:
     ExprPtr parsePostfix();
     ExprPtr parsePrimary();
     std::string parseUnitTarget();
-    ExprPtr parseCall(std::string name);
+    ExprPtr parseCall(std::string name, std::size_t first);
     ExprPtr parseList();
 
-    void advance();
+    // Called for every token, so it is defined here to be inlined.
+    void advance() {
+        if (m_index + 1 < m_tokens.size()) {
+            m_consumedEnd = m_tokens[m_index].range().end;
+            ++m_index;
+        }
+    }
+    /// From the start of the token at `first` to the end of the last token consumed.
+    SourceRange rangeFrom(std::size_t first) const { return {m_tokens[first].range().begin, m_consumedEnd}; }
 
     std::vector<Token> m_tokens;
     std::size_t m_index = 0;
-    int m_depth = 0; // guards the recursion against deeply nested input
+    std::uint32_t m_consumedEnd = 0; // where the last token consumed ends
+    int m_depth = 0;                 // guards the recursion against deeply nested input
     int m_chain = 0; // operators chained to the left on the current path, bounding the tree's height
 };
 

@@ -164,8 +164,8 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Stat
                                            bool continued, LineCounting counting, LineOwner owner) {
     if (isPlotCall(*statement.expr)) {
         try {
-            return LineOutcome::makePlot(buildPlot(*statement.expr->as<expr::Call>(),
-                                                   prepareLine(line.source, continued), *this, m_options));
+            return LineOutcome::makePlot(
+                buildPlot(*statement.expr, prepareLine(line.source, continued), *this, m_options));
         } catch (const CalcError&) {
             // Samples that hit the run's limit are gaps to the plot builder; the line should
             // say why the run stopped rather than that the curve has no points.

@@ -1,15 +1,15 @@
 #include "LumoKit/sheet/Naming.h"
 
-#include <algorithm>
-#include <array>
 #include <vector>
 
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/language/Parser.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/PlotBuilder.h"
 #include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Evaluator.h"
 #include "LumoKit/values/Units.h"
@@ -18,11 +18,10 @@ namespace lumo {
 
 namespace {
 
-// The words of the conversion and plot syntax that a line name would hide.
-constexpr std::array<std::string_view, 7> syntaxWords{"in", "to", "as", "of", "へ", "で", "x"};
-
+// The words of the conversion and plot syntax that a line name would hide: the conversion
+// words, "of" and the plotted variable x.
 bool isSyntaxWord(std::string_view word) {
-    return std::find(syntaxWords.begin(), syntaxWords.end(), word) != syntaxWords.end();
+    return keywords::isConversionWord(word) || word == keywords::ofWord || word == plotVariable;
 }
 
 // Naming happens in the interface, outside any run, so it answers in the interface's language.

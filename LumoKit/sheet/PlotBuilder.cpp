@@ -44,92 +44,50 @@ struct CallSource {
     std::vector<std::string> listItems; // items of a single literal list argument
 };
 
-// One bracketed group of tokens: where it closes and the character ranges of its
-// comma-separated items. Token starts are grapheme indices; delimiters are single characters.
-struct Group {
-    std::size_t close = 0;
-    std::vector<std::pair<std::int64_t, std::int64_t>> items;
-};
-
-std::optional<Group> readGroup(const std::vector<Token>& tokens, std::size_t open) {
-    Group group;
-    int depth = 0;
-    std::int64_t itemStart = tokens[open].start + 1;
-    for (std::size_t i = open; i < tokens.size(); ++i) {
-        const Token& token = tokens[i];
-        switch (token.kind) {
-        case Token::Kind::lparen:
-        case Token::Kind::lbracket:
-            ++depth;
-            break;
-        case Token::Kind::rparen:
-        case Token::Kind::rbracket:
-            if (--depth == 0) {
-                // "()" has no item, "(a)" one.
-                if (i != open + 1 || !group.items.empty())
-                    group.items.emplace_back(itemStart, token.start);
-                group.close = i;
-                return group;
-            }
-            break;
-        case Token::Kind::comma:
-            if (depth == 1) {
-                group.items.emplace_back(itemStart, token.start);
-                itemStart = token.start + 1;
-            }
-            break;
-        default:
-            break;
-        }
-    }
-    return std::nullopt;
+// The first character at or after `from` that is `wanted`.
+std::uint32_t findCharacter(const SourceText& source, std::uint32_t from, std::uint32_t to,
+                            std::string_view wanted) {
+    while (from < to && source.at(from) != wanted)
+        ++from;
+    return from;
 }
 
-std::optional<CallSource> readCallSource(const expr::Call& call, std::string_view sourceText) {
-    std::vector<Token> tokens;
-    try {
-        tokens = tokenize(sourceText);
-    } catch (const CalcError&) {
-        return std::nullopt;
+// The items of a bracketed group as written, each from the delimiter before it to the one
+// after it, so that brackets and signs around an item ("(a)", "+5") stay in its text. A
+// tree's ranges stop at an item's own first and last character: between two items lie only
+// such brackets and signs, white space and the one comma.
+std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t open, std::uint32_t close,
+                                      const std::vector<ExprPtr>& items) {
+    std::vector<std::string> texts;
+    std::uint32_t from = open + 1;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const std::uint32_t to =
+            i + 1 < items.size() ? findCharacter(source, items[i]->range.end, items[i + 1]->range.begin, ",")
+                                 : close;
+        texts.push_back(unicode::trim(source.slice({from, to})));
+        from = to + 1;
     }
-    std::size_t nameIndex = 0;
-    while (nameIndex + 1 < tokens.size() &&
-           !(tokens[nameIndex].kind == Token::Kind::identifier && tokens[nameIndex].text == call.name &&
-             tokens[nameIndex + 1].kind == Token::Kind::lparen))
-        ++nameIndex;
-    if (nameIndex + 1 >= tokens.size())
-        return std::nullopt;
-    const auto arguments = readGroup(tokens, nameIndex + 1);
-    if (!arguments)
-        return std::nullopt;
+    return texts;
+}
 
-    const std::string normalized = normalize(sourceText);
-    std::vector<std::size_t> offsets{0};
-    for (const std::string& cluster : unicode::graphemes(normalized))
-        offsets.push_back(offsets.back() + cluster.size());
-    const auto slice = [&](std::int64_t from, std::int64_t to) {
-        const auto last = static_cast<std::int64_t>(offsets.size() - 1);
-        from = std::clamp<std::int64_t>(from, 0, last);
-        to = std::clamp<std::int64_t>(to, from, last);
-        const std::size_t begin = offsets[static_cast<std::size_t>(from)];
-        return unicode::trim(
-            std::string_view(normalized).substr(begin, offsets[static_cast<std::size_t>(to)] - begin));
-    };
-
-    CallSource source;
-    source.title = slice(tokens[nameIndex].start, tokens[arguments->close].start + 1);
-    for (const auto& [from, to] : arguments->items)
-        source.arguments.push_back(slice(from, to));
+CallSource readCallSource(const Expr& callExpression, const expr::Call& call, std::string_view sourceText) {
+    const SourceText source(sourceText);
+    const SourceRange range = callExpression.range;
+    CallSource written;
+    written.title = std::string(source.slice(range));
+    // The name holds no "(", so the first one is the call's; the range ends at its ")".
+    const std::uint32_t open = findCharacter(source, range.begin, range.end, "(");
+    written.arguments = writtenItems(source, open, range.end - 1, call.args);
 
     // chart([a, b, c]): the list literal fills the whole argument list.
-    const std::size_t listOpen = nameIndex + 2;
-    if (arguments->items.size() == 1 && tokens[listOpen].kind == Token::Kind::lbracket) {
-        const auto list = readGroup(tokens, listOpen);
-        if (list && list->close + 1 == arguments->close)
-            for (const auto& [from, to] : list->items)
-                source.listItems.push_back(slice(from, to));
+    if (call.args.size() == 1) {
+        const Expr& argument = *call.args.front();
+        if (const auto* list = argument.as<expr::List>();
+            list && source.slice(argument.range) == written.arguments[0])
+            written.listItems =
+                writtenItems(source, argument.range.begin, argument.range.end - 1, list->items);
     }
-    return source;
+    return written;
 }
 
 // ---- Values as plotted numbers ------------------------------------------------------------
@@ -322,7 +280,7 @@ bool refersToName(const Expr& start, std::string_view name) {
 
 bool isSurfaceCall(const expr::Call& call) {
     const auto count = call.args.size();
-    return count >= 4 || (count >= 1 && refersToName(*call.args[0], "y"));
+    return count >= 4 || (count >= 1 && refersToName(*call.args[0], surfaceVariable));
 }
 
 PlotSpec buildSurface(const expr::Call& call, EvalContext& context, const EvaluationOptions& options) {
@@ -386,7 +344,7 @@ std::vector<std::string> positionLabels(std::size_t count) {
     return labels;
 }
 
-PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& source, EvalContext& context,
+PlotSpec buildBars(const expr::Call& call, const CallSource& source, EvalContext& context,
                    const EvaluationOptions& options) {
     const Evaluator evaluator(options, &context);
     std::vector<Value> values;
@@ -396,10 +354,10 @@ PlotSpec buildBars(const expr::Call& call, const std::optional<CallSource>& sour
     std::vector<std::string> labels;
     if (values.size() == 1 && values.front().isList()) {
         values = std::vector<Value>(values.front().items);
-        if (source && source->listItems.size() == values.size())
-            labels = source->listItems;
-    } else if (source && source->arguments.size() == values.size()) {
-        labels = source->arguments;
+        if (source.listItems.size() == values.size())
+            labels = source.listItems;
+    } else if (source.arguments.size() == values.size()) {
+        labels = source.arguments;
     }
     if (values.empty())
         fail(MessageKind::chartNoValues);
@@ -431,9 +389,9 @@ bool isChartWord(std::string_view name) {
 }
 
 std::optional<Value> PlotContext::valueOf(const std::string& name) {
-    if (name == "x")
+    if (name == plotVariable)
         return Value::plain(m_x);
-    if (m_y && name == "y")
+    if (m_y && name == surfaceVariable)
         return Value::plain(*m_y);
     return m_base.valueOf(name);
 }
@@ -446,9 +404,10 @@ std::optional<Value> PlotContext::callUserFunction(const std::string& name, cons
     return m_base.callUserFunction(name, args);
 }
 
-PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context,
+PlotSpec buildPlot(const Expr& callExpression, std::string_view sourceText, EvalContext& context,
                    const EvaluationOptions& options) {
-    const auto source = readCallSource(call, sourceText);
+    const auto& call = std::get<expr::Call>(callExpression.node);
+    const CallSource source = readCallSource(callExpression, call, sourceText);
     PlotSpec result;
     if (isChartWord(call.name))
         result = buildBars(call, source, context, options);
@@ -456,7 +415,7 @@ PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalCont
         result = buildSurface(call, context, options);
     else
         result = buildCurve(call, context, options);
-    result.title = source ? source->title : unicode::trim(sourceText);
+    result.title = source.title;
     return result;
 }
 

@@ -10,16 +10,21 @@
 
 namespace lumo {
 
+/// The names a plotted expression runs over: x along a curve, and y too across a surface.
+inline constexpr std::string_view plotVariable = "x";
+inline constexpr std::string_view surfaceVariable = "y";
+
 /// "plot", "graph" and "グラフ": calls drawn as a curve or a three-axis surface.
 bool isPlotWord(std::string_view name);
 /// "chart", "bars" and "棒グラフ": calls drawn as bars.
 bool isChartWord(std::string_view name);
 
-/// Builds the plot for a call of a plot or chart word; throws CalcError with the message.
-/// `sourceText` is the line's prepared text: the title is the call as written in it, and bar
-/// labels are the argument texts as written (for a single list argument, the item texts of a
-/// literal list, otherwise the positions "0", "1", … as indexing counts them).
-PlotSpec buildPlot(const expr::Call& call, std::string_view sourceText, EvalContext& context,
+/// Builds the plot for a call of a plot or chart word (an expression holding an expr::Call);
+/// throws CalcError with the message. `sourceText` is the text the call was parsed from: the
+/// title is the call as written in it, and bar labels are the argument texts as written (for a
+/// single list argument, the item texts of a literal list, otherwise the positions "0", "1", …
+/// as indexing counts them).
+PlotSpec buildPlot(const Expr& call, std::string_view sourceText, EvalContext& context,
                    const EvaluationOptions& options);
 
 /// The context in which a plotted expression is evaluated at one point: x (and y for a

@@ -28,17 +28,16 @@ std::string trimmed(std::string_view text) {
     return unicode::trim(text);
 }
 
-enum class Keyword { ifWord, elifWord, elseWord, forWord, whileWord, defWord };
+using Keyword = keywords::StatementWord;
 
 struct Header {
     Keyword keyword;
     std::string argument;
 };
 
-constexpr std::pair<std::string_view, Keyword> headerWords[] = {
-    {"if", Keyword::ifWord},       {"elif", Keyword::elifWord}, {"for", Keyword::forWord},
-    {"while", Keyword::whileWord}, {"def", Keyword::defWord},
-};
+// The words that open a block with an argument after them; else stands alone.
+constexpr Keyword headerWords[] = {Keyword::ifWord, Keyword::elifWord, Keyword::forWord, Keyword::whileWord,
+                                   Keyword::defWord};
 
 // A keyword counts only when a space, an ideographic space, "(" or the end follows it,
 // so that "ifx:" stays an ordinary line.
@@ -51,9 +50,10 @@ std::optional<Header> headerOf(const Program::Row& row) {
     if (row.kind != Program::Row::Kind::code || row.text.empty() || row.text.back() != ':')
         return std::nullopt;
     const std::string rest = trimmed(row.text.substr(0, row.text.size() - 1));
-    if (rest == "else")
+    if (rest == keywords::spelling(Keyword::elseWord))
         return Header{Keyword::elseWord, {}};
-    for (const auto& [word, keyword] : headerWords) {
+    for (const Keyword keyword : headerWords) {
+        const std::string_view word = keywords::spelling(keyword);
         if (startsWith(rest, word) && keywordEndsAt(rest, word.size()))
             return Header{keyword, trimmed(std::string_view(rest).substr(word.size()))};
     }
@@ -166,6 +166,10 @@ private:
             return parseWhile(headerRow, header.argument);
         case Keyword::defWord:
             return parseDefine(headerRow, header.argument);
+        case Keyword::returnWord:
+        case Keyword::breakWord:
+        case Keyword::continueWord:
+            break; // never headers
         }
         return invalidNode(headerRow.index, MessageKind::badCondition, parseBody(headerRow.indent));
     }
@@ -217,7 +221,8 @@ private:
     }
 
     ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument) {
-        const std::size_t in = argument.find(" in ");
+        static const std::string separator = " " + std::string(keywords::inWord) + " ";
+        const std::size_t in = argument.find(separator);
         if (in == std::string::npos) {
             return invalidNode(headerRow.index, MessageKind::badLoopRange, parseBody(headerRow.indent));
         }
@@ -227,7 +232,8 @@ private:
             mistake = MessageKind::forNeedsOneName;
         } else {
             try {
-                loop.iterable = Program::parseWholeExpression(trimmed(argument.substr(in + 4)));
+                loop.iterable =
+                    Program::parseWholeExpression(trimmed(argument.substr(in + separator.size())));
             } catch (const CalcError&) {
                 mistake = MessageKind::badLoopRange;
             }
@@ -272,15 +278,17 @@ private:
 
     static ProgramNode simpleStatement(const Program::Row& current) {
         const std::string_view text = current.text;
-        if (text == "break")
+        if (text == keywords::spelling(Keyword::breakWord))
             return {Program::BreakLoop{current.index}};
-        if (text == "continue")
+        if (text == keywords::spelling(Keyword::continueWord))
             return {Program::ContinueLoop{current.index}};
-        if (text == "return")
+        constexpr std::string_view returnWord = keywords::spelling(Keyword::returnWord);
+        if (text == returnWord)
             return {Program::Return{current.index, nullptr}};
-        if (startsWith(text, "return ") || startsWith(text, "return(")) {
+        const std::string_view rest = text.substr(std::min(text.size(), returnWord.size()));
+        if (startsWith(text, returnWord) && (startsWith(rest, " ") || startsWith(rest, "("))) {
             try {
-                return {Program::Return{current.index, Program::parseWholeExpression(text.substr(6))}};
+                return {Program::Return{current.index, Program::parseWholeExpression(rest)}};
             } catch (const CalcError&) {
                 return invalidNode(current.index, MessageKind::badReturnValue);
             }

@@ -6,6 +6,7 @@
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/builtins/Builtins.h"
 
@@ -253,7 +254,8 @@ std::optional<ProgramFlow> ProgramRunner::executeReturn(const Program::Return& s
 }
 
 std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
-    if (const auto* call = iterable.as<expr::Call>(); call && unicode::toLower(call->name) == "range")
+    if (const auto* call = iterable.as<expr::Call>();
+        call && unicode::toLower(call->name) == keywords::rangeWord)
         return rangeItems(*call);
     Value value = Evaluator(m_context.options(), &m_context).evaluate(iterable);
     if (value.isList())

@@ -138,6 +138,27 @@ TEST(Lexer, StartsCountCharactersOfTheNormalisedText) {
         EXPECT_EQ(starts(tokenize(c.input)), c.expected) << c.input;
 }
 
+TEST(Lexer, RangesCoverEachTokensCharacters) {
+    struct RangeCase {
+        const char* input;
+        std::vector<std::string> expected; // the text of each token's range, eof last
+    };
+    const RangeCase cases[] = {
+        {"#12 * km/h", {"#12", "*", "km/h", ""}}, // a ref's range starts at "#", unlike its start
+        {"a≠b", {"a", "!=", "b", ""}},
+        {"“ab” + 1,234", {"\"ab\"", "+", "1,234", ""}},
+        {"3万5000円（x）", {"3万5000", "円", "(", "x", ")", ""}},
+        {"e\u0301 >= 1e3", {"e\u0301", ">=", "1e3", ""}},
+    };
+    for (const auto& c : cases) {
+        const SourceText source(c.input);
+        std::vector<std::string> texts;
+        for (const Token& token : tokenize(c.input))
+            texts.emplace_back(source.slice(token.range()));
+        EXPECT_EQ(texts, c.expected) << c.input;
+    }
+}
+
 TEST(Lexer, Failures) {
     const Case cases[] = {
         {"5!", "The character “!” can’t be used"},

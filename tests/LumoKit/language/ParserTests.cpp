@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <charconv>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -197,6 +198,62 @@ TEST(Parser, SameTreeComparesStructure) {
     for (const auto& c : cases)
         EXPECT_EQ(sameTree(*parseStatement(c.a).expr, *parseStatement(c.b).expr), c.same)
             << c.a << " / " << c.b;
+}
+
+TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
+    // Each node's text, parents before their children. Brackets that only group a node are
+    // outside it; signs and names before a value belong to the node that reads them.
+    const struct {
+        const char* input;
+        std::vector<std::string> expected;
+    } cases[] = {
+        {"2 * (3 + 4)", {"2 * (3 + 4)", "2", "3 + 4", "3", "4"}},
+        {"total = -x^2 %", {"-x^2 %", "x^2 %", "x", "2 %", "2"}},
+        {"3x^2", {"3x^2", "3", "x^2", "x", "2"}},
+        {"$5 + #12", {"$5 + #12", "$5", "5", "#12"}},
+        {"f(a, (b)) and not [1][0]",
+         {"f(a, (b)) and not [1][0]", "f(a, (b))", "a", "b", "not [1][0]", "[1][0]", "[1]", "1", "0"}},
+        {"10% of 3000 in km/h", {"10% of 3000 in km/h", "10% of 3000", "10%", "10", "3000"}},
+        {"１２３＋“ｘ”", {"123+\"ｘ\"", "123", "\"ｘ\""}},
+        {"日本 × 2", {"日本 * 2", "日本", "2"}},
+    };
+    for (const auto& c : cases) {
+        const SourceText source(c.input);
+        std::vector<std::string> texts;
+        std::function<void(const Expr&)> walk = [&](const Expr& e) {
+            texts.emplace_back(source.slice(e.range));
+            std::visit(overloaded{
+                           [&](const expr::List& l) {
+                               for (const auto& item : l.items)
+                                   walk(*item);
+                           },
+                           [&](const expr::Index& i) {
+                               walk(*i.target);
+                               walk(*i.position);
+                           },
+                           [&](const expr::Unary& u) { walk(*u.operand); },
+                           [&](const expr::Binary& b) {
+                               walk(*b.left);
+                               walk(*b.right);
+                           },
+                           [&](const expr::Percent& p) { walk(*p.operand); },
+                           [&](const expr::UnitApply& u) { walk(*u.operand); },
+                           [&](const expr::Call& call) {
+                               for (const auto& argument : call.args)
+                                   walk(*argument);
+                           },
+                           [&](const expr::Convert& convert) { walk(*convert.operand); },
+                           [&](const expr::PercentOf& p) {
+                               walk(*p.percentage);
+                               walk(*p.base);
+                           },
+                           [](const auto&) {},
+                       },
+                       e.node);
+        };
+        walk(*parseStatement(c.input).expr);
+        EXPECT_EQ(texts, c.expected) << c.input;
+    }
 }
 
 TEST(Parser, ExpressionRuleLeavesTheRestForTheCaller) {

@@ -16,7 +16,7 @@ PlotSpec plot(const std::string& line, const EvaluationOptions& options = englis
                      {"家賃", Value::plain(80000)},
                      {"光熱費", Value::plain(12000)},
                      {"costs", Value::list({Value::plain(5), Value::plain(9)})}};
-    return buildPlot(std::get<expr::Call>(parseStatement(line).expr->node), line, context, options);
+    return buildPlot(*parseStatement(line).expr, line, context, options);
 }
 
 std::string failure(const std::string& line, Language language) {
@@ -158,4 +158,28 @@ TEST(PlotBuilder, BarsLabelsAndUnits) {
     }
     EXPECT_EQ(plot("plot(x m)").unitLabel, "m");
     EXPECT_EQ(plot("グラフ（x＾2， 0， 1）").title, "グラフ(x^2, 0, 1)");
+}
+
+TEST(PlotBuilder, TitlesAndLabelsAsWritten) {
+    // Labels run from comma to comma, so brackets and signs around an argument stay in them;
+    // the title is the call itself, without brackets around it.
+    const struct {
+        std::string line;
+        std::string title;
+        std::vector<std::string> labels;
+    } cases[] = {
+        {"chart((a), +3 , -a)", "chart((a), +3 , -a)", {"(a)", "+3", "-a"}},
+        {"(bars([(a) , 2 ]))", "bars([(a) , 2 ])", {"(a)", "2"}},
+        {"chart(([1, 2]))", "chart(([1, 2]))", {"0", "1"}}, // not a literal list argument
+        {"棒グラフ（［家賃、 光熱費］）", "棒グラフ([家賃, 光熱費])", {"家賃", "光熱費"}},
+        {"(plot(x^2))", "plot(x^2)", {}},
+    };
+    for (const auto& c : cases) {
+        const PlotSpec drawn = plot(c.line);
+        EXPECT_EQ(drawn.title, c.title) << c.line;
+        std::vector<std::string> labels;
+        for (const PlotBar& bar : drawn.bars)
+            labels.push_back(bar.label);
+        EXPECT_EQ(labels, c.labels) << c.line;
+    }
 }
