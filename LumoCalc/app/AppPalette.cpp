@@ -1,6 +1,6 @@
 #include "LumoCalc/app/AppPalette.h"
 
-namespace lumo::AppPalette {
+namespace lumo::appPalette {
 
 namespace {
 
@@ -99,4 +99,4 @@ bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128;
 }
 
-} // namespace lumo::AppPalette
+} // namespace lumo::appPalette

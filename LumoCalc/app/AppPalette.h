@@ -8,7 +8,7 @@ namespace lumo {
 
 /// Light and dark for the whole application: the Fusion style with a palette of either kind,
 /// or for "auto" the palette the platform started with.
-namespace AppPalette {
+namespace appPalette {
 
 QPalette lightPalette();
 QPalette darkPalette();
@@ -16,6 +16,6 @@ QPalette darkPalette();
 QPalette paletteFor(AppearanceSetting setting, const QPalette& system);
 bool isDark(const QPalette& palette);
 
-} // namespace AppPalette
+} // namespace appPalette
 
 } // namespace lumo

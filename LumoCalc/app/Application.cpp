@@ -74,7 +74,7 @@ Application::Application(Setup setup, QObject* parent)
         m_systemStyle = style->name();
     applyAppearance();
     connect(m_settings.get(), &AppSettings::appearanceChanged, this, &Application::applyAppearance);
-    m_notifications->observe(Notification::languageChanged, this, [this] { retranslateDialogs(); });
+    m_notifications->observe(notification::languageChanged, this, [this] { retranslateDialogs(); });
 
     connect(m_store.get(), &DocumentStore::clearSheetPromptChanged, this,
             &Application::clearSheetPromptChanged);
@@ -325,7 +325,7 @@ void Application::applyAppearance() {
     // Fusion draws with the palette it is given on every platform, so light and dark look
     // the same everywhere.
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-    QApplication::setPalette(AppPalette::paletteFor(setting, QPalette()));
+    QApplication::setPalette(appPalette::paletteFor(setting, QPalette()));
 }
 
 bool Application::renderScreenshot(const QString& file, std::optional<AppearanceSetting> appearance) {

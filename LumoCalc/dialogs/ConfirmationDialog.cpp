@@ -50,7 +50,7 @@ ConfirmationDialog* ConfirmationDialog::clearSheet(QWidget* parent) {
     return new ConfirmationDialog(
         [] {
             return Texts{pickText("このシートを消去しますか？", "Clear This Sheet?"),
-                         QString::fromStdString(StoreTexts::clearSheetPrompt()), pickText("消去", "Clear")};
+                         QString::fromStdString(storeTexts::clearSheetPrompt()), pickText("消去", "Clear")};
         },
         Kind::destructive, parent);
 }

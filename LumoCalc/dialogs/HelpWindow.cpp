@@ -53,7 +53,7 @@ HelpWindow::HelpWindow(NotificationCenter* notifications, QWidget* parent) : QWi
     addAction(close);
 
     if (notifications)
-        notifications->observe(Notification::languageChanged, this, [this] { rebuild(); });
+        notifications->observe(notification::languageChanged, this, [this] { rebuild(); });
     rebuild();
 }
 

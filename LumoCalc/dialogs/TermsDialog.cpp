@@ -100,7 +100,7 @@ TermsDialog::TermsDialog(Mode mode, AppSettings* settings, NotificationCenter* n
     layout->addLayout(bottom);
 
     if (notifications)
-        notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     retranslate();
     m_accept->setFocus();
 }

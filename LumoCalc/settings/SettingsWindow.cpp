@@ -96,8 +96,8 @@ SettingsWindow::SettingsWindow(AppSettings* settings, NotificationCenter* notifi
         connect(m_settings, &AppSettings::languageChanged, this, &SettingsWindow::refresh);
     }
     if (notifications) {
-        notifications->observe(Notification::resultWidthChanged, this, [this] { refresh(); });
-        notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        notifications->observe(notification::resultWidthChanged, this, [this] { refresh(); });
+        notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     }
     retranslate();
     refresh();

@@ -79,7 +79,7 @@ NamedValuesPanel::NamedValuesPanel(SheetSession* session, NotificationCenter* no
     if (m_session)
         connect(m_session, &SheetSession::resultsChanged, this, &NamedValuesPanel::refresh);
     if (m_notifications)
-        m_notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        m_notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     retranslate();
     refresh();
 }
@@ -121,7 +121,7 @@ void NamedValuesPanel::insert(QTreeWidgetItem* item) {
         return;
     // The editor takes snippets only in the active window, which is this panel's window.
     m_session->activate();
-    m_notifications->post(QString::fromLatin1(Notification::insertSnippet),
+    m_notifications->post(QString::fromLatin1(notification::insertSnippet),
                           QVariantMap{{QStringLiteral("text"), item->data(0, Qt::UserRole).toString()},
                                       {QStringLiteral("isNamedValue"), true}});
 }

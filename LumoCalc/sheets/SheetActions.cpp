@@ -67,7 +67,7 @@ void SheetActions::clear(const Uuid& sheetID) {
     if (!m_session || !m_notifications)
         return;
     m_session->activate();
-    m_notifications->post(QString::fromLatin1(Notification::clearSheet),
+    m_notifications->post(QString::fromLatin1(notification::clearSheet),
                           QString::fromStdString(sheetID.toString()));
 }
 

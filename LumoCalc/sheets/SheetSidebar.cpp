@@ -148,7 +148,7 @@ SheetSidebar::SheetSidebar(SheetListModel* model, SheetActions* actions, Notific
     connect(model, &QAbstractItemModel::rowsMoved, this, &SheetSidebar::showCurrentSheet);
 
     if (notifications)
-        notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     retranslate();
     showCurrentSheet();
 }

@@ -253,7 +253,7 @@ SheetTabs::SheetTabs(SheetListModel* model, SheetActions* actions, NotificationC
     row->addWidget(m_addButton, 0, Qt::AlignVCenter);
     row->addStretch(1);
     if (notifications)
-        notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     retranslate();
 }
 

@@ -65,7 +65,7 @@ MainWindow::MainWindow(DocumentStore* store, AppSettings* settings, Notification
         }
     }
     if (m_notifications)
-        m_notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        m_notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
 
     retranslate();
     updateTitle();
@@ -162,10 +162,10 @@ void MainWindow::perform(Command command) {
         close();
         return;
     case Command::undo:
-        post(Notification::undo);
+        post(notification::undo);
         return;
     case Command::redo:
-        post(Notification::redo);
+        post(notification::redo);
         return;
     case Command::cut:
         text->cut();
@@ -185,7 +185,7 @@ void MainWindow::perform(Command command) {
         return;
     case Command::clearSheet:
         if (m_session->sheetID())
-            post(Notification::clearSheet, QString::fromStdString(m_session->sheetID()->toString()));
+            post(notification::clearSheet, QString::fromStdString(m_session->sheetID()->toString()));
         return;
     case Command::newWindow:
     case Command::settings:

@@ -160,7 +160,7 @@ void print(MainWindow* window, AppSettings* settings) {
 void installSheetCommands(MainWindow* window, AppSettings* settings, NotificationCenter* notifications) {
     auto* bar = new FindBar(window->session(), window->editor()->textView(), window);
     if (notifications)
-        notifications->observe(Notification::languageChanged, bar, [bar] { bar->retranslate(); });
+        notifications->observe(notification::languageChanged, bar, [bar] { bar->retranslate(); });
     window->setBarAboveSheet(bar);
     window->setCommandHandler(Command::find, [bar](bool) { bar->open(FindBar::Mode::find); });
     window->setCommandHandler(Command::replace, [bar](bool) { bar->open(FindBar::Mode::replace); });

@@ -415,8 +415,8 @@ void CalcTextView::keyPressEvent(QKeyEvent* event) {
 void CalcTextView::regroupAfterEdit(const QString& lineBefore, int blockNumber) {
     QTextCursor cursor = textCursor();
     const QTextBlock block = document()->findBlockByNumber(blockNumber);
-    const std::optional<TextRewrites::LineRewrite> rewrite =
-        TextRewrites::regroupDigits(lineBefore, block.text(), cursor.positionInBlock());
+    const std::optional<textRewrites::LineRewrite> rewrite =
+        textRewrites::regroupDigits(lineBefore, block.text(), cursor.positionInBlock());
     if (!rewrite)
         return;
     // Only the number changes; replacing the differing middle keeps the rest of the line's

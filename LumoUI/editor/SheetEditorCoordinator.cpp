@@ -47,13 +47,13 @@ SheetEditor::Coordinator::Coordinator(SheetEditor* parent, SheetSession* session
     connect(textView, &CalcTextView::lockToggled, this, &Coordinator::toggleLock);
     connect(textView, &CalcTextView::undoRequested, this, [this] {
         if (m_notifications)
-            m_notifications->post(Notification::undo);
+            m_notifications->post(notification::undo);
         else if (store())
             store()->undo();
     });
     connect(textView, &CalcTextView::redoRequested, this, [this] {
         if (m_notifications)
-            m_notifications->post(Notification::redo);
+            m_notifications->post(notification::redo);
         else if (store())
             store()->redo();
     });
@@ -100,20 +100,20 @@ bool SheetEditor::Coordinator::isActiveEditor() const {
 void SheetEditor::Coordinator::observeNotifications() {
     if (!m_notifications)
         return;
-    m_snippetObserver = m_notifications->observe(Notification::insertSnippet, this,
+    m_snippetObserver = m_notifications->observe(notification::insertSnippet, this,
                                                  [this](const QVariant& payload) { insertSnippet(payload); });
-    m_widthObserver = m_notifications->observe(Notification::resultWidthChanged, this, [this] {
+    m_widthObserver = m_notifications->observe(notification::resultWidthChanged, this, [this] {
         if (m_textView)
             m_textView->relayout();
     });
     m_colorObserver =
-        m_notifications->observe(Notification::syntaxColorsChanged, this, [this] { applyAppearance(); });
+        m_notifications->observe(notification::syntaxColorsChanged, this, [this] { applyAppearance(); });
     m_deleteObserver =
-        m_notifications->observe(Notification::deleteBackward, this, [this] { deleteBackward(); });
-    m_signObserver = m_notifications->observe(Notification::toggleSign, this, [this] { toggleSign(); });
-    m_moveObserver = m_notifications->observe(Notification::moveCursor, this,
+        m_notifications->observe(notification::deleteBackward, this, [this] { deleteBackward(); });
+    m_signObserver = m_notifications->observe(notification::toggleSign, this, [this] { toggleSign(); });
+    m_moveObserver = m_notifications->observe(notification::moveCursor, this,
                                               [this](const QVariant& payload) { moveCursor(payload); });
-    m_caretObserver = m_notifications->observe(Notification::setCaret, this,
+    m_caretObserver = m_notifications->observe(notification::setCaret, this,
                                                [this](const QVariant& payload) { setCaret(payload); });
 }
 
@@ -251,8 +251,8 @@ void SheetEditor::Coordinator::insertAnswer(int line) {
     const QTextBlock named = m_textView->document()->findBlockByNumber(line);
     if (name.isEmpty() && named.isValid()) {
         // The line gets a short name first, so that the reference stays valid when lines move.
-        name = TextRewrites::unusedLineName(text, line);
-        const QString renamed = TextRewrites::nameLine(named.text(), name);
+        name = textRewrites::unusedLineName(text, line);
+        const QString renamed = textRewrites::nameLine(named.text(), name);
         const int added = int(renamed.size() - named.text().size());
         text.replace(named.position(), named.text().size(), renamed);
         if (start >= named.position())
@@ -264,7 +264,7 @@ void SheetEditor::Coordinator::insertAnswer(int line) {
     const QString head = start > 0 ? text.mid(lineStart, start - lineStart) : QString();
     const std::string spaced =
         LineEditor::snippetSpacing(name.toStdString(), head.toStdString(),
-                                   TextPositions::characterIndex(head, int(head.size())), SnippetRole::plain);
+                                   textPositions::characterIndex(head, int(head.size())), SnippetRole::plain);
     QString insertion = QString::fromStdString(spaced);
     // A reference never sticks to what precedes it, except after a blank or at a line's start.
     if (!head.isEmpty() && !head.back().isSpace() && !insertion.startsWith(u' '))
@@ -286,7 +286,7 @@ void SheetEditor::Coordinator::requestName(int line) {
     const QString oldName = answer ? answer->name : QString();
     const QString text = m_textView->toPlainText();
     const auto purpose = oldName.isEmpty() ? NameLineDialog::Purpose::name : NameLineDialog::Purpose::rename;
-    const QString proposed = oldName.isEmpty() ? TextRewrites::unusedLineName(text, line) : oldName;
+    const QString proposed = oldName.isEmpty() ? textRewrites::unusedLineName(text, line) : oldName;
     auto* dialog = new NameLineDialog(
         purpose, block.text(), proposed,
         [view = m_textView, line](const QString& name) -> std::optional<QString> {
@@ -312,10 +312,10 @@ void SheetEditor::Coordinator::rename(int line, const QString& oldName, const QS
         QStringList lines = before.split(u'\n');
         if (line >= lines.size())
             return;
-        lines[line] = TextRewrites::nameLine(lines[line], newName);
+        lines[line] = textRewrites::nameLine(lines[line], newName);
         text = lines.join(u'\n');
     } else {
-        text = TextRewrites::renameIdentifier(before, oldName, newName);
+        text = textRewrites::renameIdentifier(before, oldName, newName);
     }
     if (text == before || refuseIfAnyLocked(before, text))
         return;
@@ -377,7 +377,7 @@ void SheetEditor::Coordinator::insertSnippet(const QVariant& payload) {
     const QTextCursor cursor = m_textView->textCursor();
     const QString line = cursor.block().text();
     const QString head = line.left(cursor.selectionStart() - cursor.block().position());
-    const int headCharacters = TextPositions::characterIndex(head, int(head.size()));
+    const int headCharacters = textPositions::characterIndex(head, int(head.size()));
     if (snippet.text == "×") {
         // The sign is spaced by what precedes it; inside a note it goes in as it is.
         const std::string sign = LineEditor::multiplySign(head.toStdString(), headCharacters);
@@ -391,8 +391,8 @@ void SheetEditor::Coordinator::insertSnippet(const QVariant& payload) {
     const QString spaced = QString::fromStdString(
         isNumeral ? snippet.text : LineEditor::snippetSpacing(snippet, head.toStdString(), headCharacters));
     // The caret lands before the last `caretBack` characters of the snippet.
-    const int characters = TextPositions::characterIndex(spaced, int(spaced.size()));
-    const int tailStart = TextPositions::utf16Offset(
+    const int characters = textPositions::characterIndex(spaced, int(spaced.size()));
+    const int tailStart = textPositions::utf16Offset(
         spaced, std::max(0, characters - int(std::max<std::int64_t>(0, snippet.caretBack))));
     QString before = spaced.left(tailStart);
     QString after = spaced.mid(tailStart);
@@ -431,7 +431,7 @@ void SheetEditor::Coordinator::toggleSign() {
     const QString line = block.text();
     const int column = cursor.position() - block.position();
     const SignToggle toggled =
-        LineEditor::toggleSign(line.toStdString(), TextPositions::characterIndex(line, column));
+        LineEditor::toggleSign(line.toStdString(), textPositions::characterIndex(line, column));
     const QString newLine = QString::fromStdString(toggled.text);
     if (newLine == line)
         return;
@@ -447,7 +447,7 @@ void SheetEditor::Coordinator::toggleSign() {
     if (!m_textView->insertAtSelection(newLine))
         return;
     cursor = m_textView->textCursor();
-    cursor.setPosition(lineStart + TextPositions::utf16Offset(newLine, int(toggled.caret)));
+    cursor.setPosition(lineStart + textPositions::utf16Offset(newLine, int(toggled.caret)));
     m_textView->setTextCursor(cursor);
 }
 

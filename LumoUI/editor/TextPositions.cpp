@@ -4,7 +4,7 @@
 
 #include "LumoKit/base/Unicode.h"
 
-namespace lumo::TextPositions {
+namespace lumo::textPositions {
 
 std::string toEngine(const QString& text) {
     return text.toStdString();
@@ -30,4 +30,4 @@ int utf16Offset(const QString& text, int characterIndex) {
     return int(unicode::utf16OffsetOfByte(utf8, boundaries[index]));
 }
 
-} // namespace lumo::TextPositions
+} // namespace lumo::textPositions

@@ -9,7 +9,7 @@
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/sheet/Naming.h"
 
-namespace lumo::TextRewrites {
+namespace lumo::textRewrites {
 
 namespace {
 
@@ -203,4 +203,4 @@ QString nameLine(const QString& line, const QString& name) {
     return line.left(indent) + name + QStringLiteral(" = ") + line.mid(indent);
 }
 
-} // namespace lumo::TextRewrites
+} // namespace lumo::textRewrites

@@ -4,7 +4,7 @@
 
 #include <optional>
 
-namespace lumo::TextRewrites {
+namespace lumo::textRewrites {
 
 /// A line rewritten around the caret, with where the caret goes (UTF-16 offsets in the line).
 struct LineRewrite {
@@ -32,4 +32,4 @@ QString unusedLineName(const QString& text, int lineIndex);
 /// Writes "name = " in front of a line's content, after its indentation.
 QString nameLine(const QString& line, const QString& name);
 
-} // namespace lumo::TextRewrites
+} // namespace lumo::textRewrites

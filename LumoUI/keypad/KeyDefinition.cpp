@@ -33,17 +33,17 @@ QVariant snippetPayload(const InsertSnippet& snippet) {
 KeyNotification notificationFor(const KeyDefinition& key) {
     switch (key.action) {
     case KeyAction::insert:
-        return {QString::fromLatin1(Notification::insertSnippet), snippetPayload(key.snippet)};
+        return {QString::fromLatin1(notification::insertSnippet), snippetPayload(key.snippet)};
     case KeyAction::deleteBackward:
-        return {QString::fromLatin1(Notification::deleteBackward), {}};
+        return {QString::fromLatin1(notification::deleteBackward), {}};
     case KeyAction::toggleSign:
-        return {QString::fromLatin1(Notification::toggleSign), {}};
+        return {QString::fromLatin1(notification::toggleSign), {}};
     case KeyAction::moveCursor:
-        return {QString::fromLatin1(Notification::moveCursor), QString::fromUtf8(rawValue(key.move))};
+        return {QString::fromLatin1(notification::moveCursor), QString::fromUtf8(rawValue(key.move))};
     case KeyAction::undo:
-        return {QString::fromLatin1(Notification::undo), {}};
+        return {QString::fromLatin1(notification::undo), {}};
     case KeyAction::redo:
-        return {QString::fromLatin1(Notification::redo), {}};
+        return {QString::fromLatin1(notification::redo), {}};
     }
     return {};
 }

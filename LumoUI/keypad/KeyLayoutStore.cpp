@@ -13,7 +13,7 @@ KeyLayoutStore::KeyLayoutStore(AppSettings* settings, NotificationCenter* notifi
         m_arrangements.emplace(kind, KeyArrangement(KeyCatalog::groups(kind)));
     reload();
     if (m_notifications)
-        m_notifications->observe(Notification::keyLayoutChanged, this, [this] { reload(); });
+        m_notifications->observe(notification::keyLayoutChanged, this, [this] { reload(); });
 }
 
 const KeyArrangement& KeyLayoutStore::arrangement(KeyKind kind) const {
@@ -62,7 +62,7 @@ void KeyLayoutStore::store(const KeyLayouts& layouts) {
         return;
     m_settings->setKeyLayouts(layouts, m_clock());
     if (m_notifications)
-        m_notifications->post(Notification::keyLayoutChanged);
+        m_notifications->post(notification::keyLayoutChanged);
 }
 
 } // namespace lumo

@@ -115,8 +115,8 @@ KeypadView::KeypadView(SheetSession* session, AppSettings* settings, Notificatio
     restorePanel();
 
     if (m_notifications) {
-        m_notifications->observe(Notification::keypadSizeChanged, this, [this] { applySize(); });
-        m_notifications->observe(Notification::languageChanged, this, [this] { retranslate(); });
+        m_notifications->observe(notification::keypadSizeChanged, this, [this] { applySize(); });
+        m_notifications->observe(notification::languageChanged, this, [this] { retranslate(); });
     }
     if (m_session) {
         connect(m_session, &SheetSession::resultsChanged, this, &KeypadView::updateNamedValues);

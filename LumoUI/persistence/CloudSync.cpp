@@ -10,7 +10,7 @@ namespace lumo {
 
 CloudSync::CloudSync(const QString& folder, QObject* parent)
     : QObject(parent), m_directory(QDir(folder).filePath(QStringLiteral("Documents"))),
-      m_fileURL(QDir(m_directory).filePath(QLatin1String(DocumentFile::fileName))) {
+      m_fileURL(QDir(m_directory).filePath(QLatin1String(documentFile::fileName))) {
     QDir().mkpath(m_directory);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &CloudSync::onChanged);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &CloudSync::onChanged);
@@ -19,7 +19,7 @@ CloudSync::CloudSync(const QString& folder, QObject* parent)
 }
 
 QStringList CloudSync::conflictCopies() const {
-    return DocumentFile::conflictCopies(m_directory);
+    return documentFile::conflictCopies(m_directory);
 }
 
 void CloudSync::onChanged() {

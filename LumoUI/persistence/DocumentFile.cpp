@@ -5,7 +5,7 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
-namespace lumo::DocumentFile {
+namespace lumo::documentFile {
 
 std::optional<QByteArray> read(const QString& path) {
     QFile file(path);
@@ -45,7 +45,7 @@ QString moveAside(const QString& path, const QDateTime& when) {
 bool isConflictCopyName(const QString& fileName) {
     if (!fileName.startsWith(QLatin1String("document")) || !fileName.endsWith(QLatin1String(".json")))
         return false;
-    if (fileName == QLatin1String(DocumentFile::fileName) ||
+    if (fileName == QLatin1String(documentFile::fileName) ||
         fileName.startsWith(QLatin1String("document.unreadable-")))
         return false;
     // What follows "document" must start a decoration, not another word ("documents.json").
@@ -63,4 +63,4 @@ QStringList conflictCopies(const QString& directory) {
     return copies;
 }
 
-} // namespace lumo::DocumentFile
+} // namespace lumo::documentFile

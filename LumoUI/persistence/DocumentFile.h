@@ -11,7 +11,7 @@ namespace lumo {
 
 /// File operations of the document store: whole-file reads, atomic writes, moving an
 /// unreadable file out of the way and finding the conflict copies that sync clients leave.
-namespace DocumentFile {
+namespace documentFile {
 
 /// The name of the document file, locally and in the cloud folder.
 inline constexpr auto fileName = "document.json";
@@ -35,5 +35,5 @@ bool isConflictCopyName(const QString& fileName);
 /// Full paths of the conflict copies in `directory`, sorted by name.
 QStringList conflictCopies(const QString& directory);
 
-} // namespace DocumentFile
+} // namespace documentFile
 } // namespace lumo

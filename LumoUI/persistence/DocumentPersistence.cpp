@@ -65,7 +65,7 @@ DocumentPersistence::~DocumentPersistence() {
 std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now) {
     if (m_options.localFile.isEmpty())
         return std::nullopt;
-    const std::optional<QByteArray> bytes = DocumentFile::read(m_options.localFile);
+    const std::optional<QByteArray> bytes = documentFile::read(m_options.localFile);
     std::optional<LumoDocument> document = bytes ? decodeBytes(*bytes) : std::nullopt;
     if (document && !document->sheets.empty()) {
         m_lastSyncedData = *bytes;
@@ -79,7 +79,7 @@ std::optional<LumoDocument> DocumentPersistence::loadLocal(Timestamp now) {
         return std::nullopt;
     const char* problem = !bytes ? "could not read" : document ? "found no sheets in" : "could not decode";
     const auto when = QDateTime::fromSecsSinceEpoch(qint64(now.seconds));
-    const QString aside = DocumentFile::moveAside(m_options.localFile, when);
+    const QString aside = documentFile::moveAside(m_options.localFile, when);
     if (aside.isEmpty())
         qWarning().noquote() << "Lumo:" << problem << m_options.localFile << "and could not move it aside";
     else
@@ -159,7 +159,7 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const WriteJob& job)
         QLockFile lock(lockFilePath(job.cloudFile));
         lock.setStaleLockTime(std::chrono::seconds(30));
         lock.lock();
-        const std::optional<QByteArray> onDisk = DocumentFile::read(job.cloudFile);
+        const std::optional<QByteArray> onDisk = documentFile::read(job.cloudFile);
         if (onDisk != job.expectedCloudBytes && onDisk != cloudBytes) {
             // Another device wrote in the meantime: its copy is merged before anything is written,
             // the local file included, which must never get ahead of what the cloud file held.
@@ -167,7 +167,7 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const WriteJob& job)
             return result;
         }
         if (onDisk != cloudBytes) {
-            if (QString error = DocumentFile::writeAtomically(job.cloudFile, cloudBytes); !error.isEmpty())
+            if (QString error = documentFile::writeAtomically(job.cloudFile, cloudBytes); !error.isEmpty())
                 errors.append(error);
             else
                 result.wrote = true;
@@ -178,7 +178,7 @@ DocumentPersistence::WriteResult DocumentPersistence::write(const WriteJob& job)
     // The local file is attempted even when the cloud copy failed, so a full cloud disk does not
     // also hold back the local copy.
     if (!job.localFile.isEmpty() && job.localBytes != result.localBytes) {
-        if (QString error = DocumentFile::writeAtomically(job.localFile, result.localBytes); !error.isEmpty())
+        if (QString error = documentFile::writeAtomically(job.localFile, result.localBytes); !error.isEmpty())
             errors.append(error);
         else
             result.wrote = true;
@@ -266,7 +266,7 @@ void DocumentPersistence::checkRemote() {
 bool DocumentPersistence::readRemote() {
     RemoteCopies copies;
     copies.base = m_syncedDocument;
-    const std::optional<QByteArray> bytes = DocumentFile::read(m_cloud->fileURL());
+    const std::optional<QByteArray> bytes = documentFile::read(m_cloud->fileURL());
     if (bytes && bytes != m_lastSyncedData) {
         m_lastSyncedData = *bytes;
         copies.cloud = decodeBytes(*bytes);
@@ -277,7 +277,7 @@ bool DocumentPersistence::readRemote() {
     QStringList mergedCopies;
     for (const QString& path : m_cloud->conflictCopies()) {
         // A copy that does not decode may still be arriving; it is looked at again next time.
-        const std::optional<QByteArray> copyBytes = DocumentFile::read(path);
+        const std::optional<QByteArray> copyBytes = documentFile::read(path);
         std::optional<LumoDocument> copy = copyBytes ? decodeBytes(*copyBytes) : std::nullopt;
         if (!copy)
             continue;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 
 namespace lumo {
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 #include "LumoUI/plot/AxisTicks.h"
 #include "LumoUI/plot/PlotStyle.h"
 

@@ -7,7 +7,7 @@
 #include <map>
 #include <memory>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 #include "LumoUI/plot/PlotPainter.h"
 #include "LumoUI/plot/PlotStyle.h"
 

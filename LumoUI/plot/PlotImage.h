@@ -3,7 +3,7 @@
 #include <QImage>
 #include <QSize>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 #include "LumoUI/plot/PlotPainter.h"
 #include "LumoUI/plot/PlotStyle.h"
 

@@ -2,7 +2,7 @@
 
 #include <QRectF>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 #include "LumoUI/plot/CurvePainter.h"
 
 class QPainter;

@@ -9,7 +9,7 @@
 #include <initializer_list>
 #include <utility>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 #include "LumoUI/plot/AxisTicks.h"
 #include "LumoUI/plot/PlotStyle.h"
 #include "LumoUI/plot/SurfaceProjection.h"

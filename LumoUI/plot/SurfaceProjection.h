@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "LumoKit/sheet/PlotDescription.h"
+#include "LumoKit/sheet/PlotSpec.h"
 
 namespace lumo {
 

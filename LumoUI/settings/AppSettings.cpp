@@ -18,7 +18,7 @@ namespace lumo {
 
 namespace {
 
-namespace Key {
+namespace keys {
 constexpr auto appearance = "lumo.appearance";
 constexpr auto keypadSize = "lumo.keypadSize";
 constexpr auto textSize = "lumo.textSize";
@@ -36,7 +36,7 @@ constexpr auto acceptedTermsVersion = "lumo.acceptedTermsVersion";
 constexpr auto cloudFolder = "lumo.cloudFolder";
 constexpr auto keyLayoutPrefix = "lumo.keyLayout.";
 constexpr auto keyLayoutUpdatedAt = "lumo.keyLayout.updatedAt";
-} // namespace Key
+} // namespace keys
 
 template <typename Enum, std::size_t N> using RawTable = std::array<std::pair<Enum, const char*>, N>;
 
@@ -165,7 +165,7 @@ std::vector<std::string> qtPreferredLanguages() {
 }
 
 QString keyLayoutKey(const std::string& kind) {
-    return QString::fromLatin1(Key::keyLayoutPrefix) + QString::fromStdString(kind);
+    return QString::fromLatin1(keys::keyLayoutPrefix) + QString::fromStdString(kind);
 }
 
 } // namespace
@@ -197,27 +197,28 @@ AppSettings::AppSettings(QSettings& store, NotificationCenter* notifications, QO
 }
 
 void AppSettings::load() {
-    m_appearance = decodeEnum(m_store.value(Key::appearance), appearanceRaw, AppearanceSetting::dark);
+    m_appearance = decodeEnum(m_store.value(keys::appearance), appearanceRaw, AppearanceSetting::dark);
     // Only the exact raw values count; "Dark" and other spellings fall back to the defaults.
-    m_keypadSize = decodeEnum(m_store.value(Key::keypadSize), keypadSizeRaw, KeypadSizeSetting::large);
-    m_textSize = decodeEnum(m_store.value(Key::textSize), textSizeRaw, TextSizeSetting::standard);
+    m_keypadSize = decodeEnum(m_store.value(keys::keypadSize), keypadSizeRaw, KeypadSizeSetting::large);
+    m_textSize = decodeEnum(m_store.value(keys::textSize), textSizeRaw, TextSizeSetting::standard);
     m_resultColumnWidth =
-        clampWidth(decodeDouble(m_store.value(Key::resultColumnWidth)).value_or(defaultResultColumnWidth));
-    m_maxFractionDigits = decodeInt(m_store.value(Key::maxFractionDigits)).value_or(defaultMaxFractionDigits);
-    m_angle = decodeEnum(m_store.value(Key::angle), angleRaw, AngleSetting::radians);
+        clampWidth(decodeDouble(m_store.value(keys::resultColumnWidth)).value_or(defaultResultColumnWidth));
+    m_maxFractionDigits =
+        decodeInt(m_store.value(keys::maxFractionDigits)).value_or(defaultMaxFractionDigits);
+    m_angle = decodeEnum(m_store.value(keys::angle), angleRaw, AngleSetting::radians);
     m_sheetListStyle =
-        decodeEnum(m_store.value(Key::sheetListStyle), sheetListStyleRaw, SheetListStyle::both);
-    m_showsNamedValues = decodeBool(m_store.value(Key::showsNamedValues), true);
-    m_syntaxColors = decodeColors(m_store.value(Key::syntaxColors));
-    m_keypadSide = decodeEnum(m_store.value(Key::keypadSide), keypadSideRaw, KeypadSide::right);
-    m_groupsDigits = decodeBool(m_store.value(Key::groupsDigits), true);
-    m_hapticFeedback = decodeBool(m_store.value(Key::hapticFeedback), true);
-    const QVariant language = m_store.value(Key::language);
+        decodeEnum(m_store.value(keys::sheetListStyle), sheetListStyleRaw, SheetListStyle::both);
+    m_showsNamedValues = decodeBool(m_store.value(keys::showsNamedValues), true);
+    m_syntaxColors = decodeColors(m_store.value(keys::syntaxColors));
+    m_keypadSide = decodeEnum(m_store.value(keys::keypadSide), keypadSideRaw, KeypadSide::right);
+    m_groupsDigits = decodeBool(m_store.value(keys::groupsDigits), true);
+    m_hapticFeedback = decodeBool(m_store.value(keys::hapticFeedback), true);
+    const QVariant language = m_store.value(keys::language);
     m_language = isText(language)
                      ? appLanguageFromRaw(language.toString().toStdString()).value_or(AppLanguage::system)
                      : AppLanguage::system;
-    m_acceptedTermsVersion = decodeInt(m_store.value(Key::acceptedTermsVersion)).value_or(0);
-    const QVariant cloudFolder = m_store.value(Key::cloudFolder);
+    m_acceptedTermsVersion = decodeInt(m_store.value(keys::acceptedTermsVersion)).value_or(0);
+    const QVariant cloudFolder = m_store.value(keys::cloudFolder);
     m_cloudFolder = isText(cloudFolder) ? cloudFolder.toString() : QString();
 }
 
@@ -250,83 +251,84 @@ void AppSettings::write(Value& field, Value value, const char* key, const QVaria
 }
 
 void AppSettings::setAppearance(AppearanceSetting value) {
-    write(m_appearance, value, Key::appearance, rawValue(value), &AppSettings::appearanceChanged);
+    write(m_appearance, value, keys::appearance, rawValue(value), &AppSettings::appearanceChanged);
 }
 
 void AppSettings::setKeypadSize(KeypadSizeSetting value) {
-    write(m_keypadSize, value, Key::keypadSize, rawValue(value), &AppSettings::keypadSizeChanged,
-          Notification::keypadSizeChanged);
+    write(m_keypadSize, value, keys::keypadSize, rawValue(value), &AppSettings::keypadSizeChanged,
+          notification::keypadSizeChanged);
 }
 
 void AppSettings::setTextSize(TextSizeSetting value) {
-    write(m_textSize, value, Key::textSize, rawValue(value), &AppSettings::textSizeChanged);
+    write(m_textSize, value, keys::textSize, rawValue(value), &AppSettings::textSizeChanged);
 }
 
 void AppSettings::setResultColumnWidth(double width) {
     const double clamped = clampWidth(std::isfinite(width) ? width : defaultResultColumnWidth);
-    write(m_resultColumnWidth, clamped, Key::resultColumnWidth, clamped, noSignal,
-          Notification::resultWidthChanged);
+    write(m_resultColumnWidth, clamped, keys::resultColumnWidth, clamped, noSignal,
+          notification::resultWidthChanged);
 }
 
 void AppSettings::setMaxFractionDigits(int digits) {
     ValueFormatter::setMaxFractionDigits(digits);
-    write(m_maxFractionDigits, digits, Key::maxFractionDigits, digits,
+    write(m_maxFractionDigits, digits, keys::maxFractionDigits, digits,
           &AppSettings::maxFractionDigitsChanged);
 }
 
 void AppSettings::setAngle(AngleSetting value) {
     AngleMode::setDegrees(value == AngleSetting::degrees);
-    write(m_angle, value, Key::angle, rawValue(value), &AppSettings::angleChanged);
+    write(m_angle, value, keys::angle, rawValue(value), &AppSettings::angleChanged);
 }
 
 void AppSettings::setSheetListStyle(SheetListStyle value) {
-    write(m_sheetListStyle, value, Key::sheetListStyle, rawValue(value), &AppSettings::sheetListStyleChanged);
+    write(m_sheetListStyle, value, keys::sheetListStyle, rawValue(value),
+          &AppSettings::sheetListStyleChanged);
 }
 
 void AppSettings::setShowsNamedValues(bool shows) {
-    write(m_showsNamedValues, shows, Key::showsNamedValues, shows, &AppSettings::showsNamedValuesChanged);
+    write(m_showsNamedValues, shows, keys::showsNamedValues, shows, &AppSettings::showsNamedValuesChanged);
 }
 
 void AppSettings::setSyntaxColors(const QMap<QString, QString>& colors) {
     QVariantMap stored;
     for (auto it = colors.cbegin(); it != colors.cend(); ++it)
         stored.insert(it.key(), it.value());
-    write(m_syntaxColors, colors, Key::syntaxColors, stored, &AppSettings::syntaxColorsChanged,
-          Notification::syntaxColorsChanged);
+    write(m_syntaxColors, colors, keys::syntaxColors, stored, &AppSettings::syntaxColorsChanged,
+          notification::syntaxColorsChanged);
 }
 
 void AppSettings::setKeypadSide(KeypadSide value) {
-    write(m_keypadSide, value, Key::keypadSide, rawValue(value), &AppSettings::keypadSideChanged);
+    write(m_keypadSide, value, keys::keypadSide, rawValue(value), &AppSettings::keypadSideChanged);
 }
 
 void AppSettings::setGroupsDigits(bool groups) {
-    write(m_groupsDigits, groups, Key::groupsDigits, groups, &AppSettings::groupsDigitsChanged);
+    write(m_groupsDigits, groups, keys::groupsDigits, groups, &AppSettings::groupsDigitsChanged);
 }
 
 void AppSettings::setHapticFeedback(bool enabled) {
-    write(m_hapticFeedback, enabled, Key::hapticFeedback, enabled, &AppSettings::hapticFeedbackChanged);
+    write(m_hapticFeedback, enabled, keys::hapticFeedback, enabled, &AppSettings::hapticFeedbackChanged);
 }
 
 void AppSettings::setLanguage(AppLanguage language) {
     L10n::setCurrent(language);
-    write(m_language, language, Key::language, QString::fromStdString(std::string(lumo::rawValue(language))),
-          &AppSettings::languageChanged, Notification::languageChanged);
+    write(m_language, language, keys::language, QString::fromStdString(std::string(lumo::rawValue(language))),
+          &AppSettings::languageChanged, notification::languageChanged);
 }
 
 void AppSettings::acceptTerms() {
-    write(m_acceptedTermsVersion, int(currentTermsVersion), Key::acceptedTermsVersion, currentTermsVersion,
+    write(m_acceptedTermsVersion, int(currentTermsVersion), keys::acceptedTermsVersion, currentTermsVersion,
           &AppSettings::acceptedTermsVersionChanged);
 }
 
 void AppSettings::setCloudFolder(const QString& folder) {
-    write(m_cloudFolder, folder, Key::cloudFolder, folder, noSignal);
+    write(m_cloudFolder, folder, keys::cloudFolder, folder, noSignal);
 }
 
 KeyLayouts AppSettings::keyLayouts() const {
     KeyLayouts layouts;
-    const QString prefix = QString::fromLatin1(Key::keyLayoutPrefix);
+    const QString prefix = QString::fromLatin1(keys::keyLayoutPrefix);
     for (const QString& key : m_store.allKeys()) {
-        if (!key.startsWith(prefix) || key == QLatin1String(Key::keyLayoutUpdatedAt))
+        if (!key.startsWith(prefix) || key == QLatin1String(keys::keyLayoutUpdatedAt))
             continue;
         const QVariant stored = m_store.value(key);
         if (stored.typeId() != QMetaType::QVariantMap)
@@ -344,14 +346,14 @@ KeyLayouts AppSettings::keyLayouts() const {
 }
 
 std::optional<Timestamp> AppSettings::keyLayoutsUpdatedAt() const {
-    const std::optional<double> seconds = decodeDouble(m_store.value(Key::keyLayoutUpdatedAt));
+    const std::optional<double> seconds = decodeDouble(m_store.value(keys::keyLayoutUpdatedAt));
     if (!seconds)
         return std::nullopt;
     return Timestamp::fromSeconds(*seconds);
 }
 
 void AppSettings::setKeyLayouts(const KeyLayouts& layouts, std::optional<Timestamp> updatedAt) {
-    const QString prefix = QString::fromLatin1(Key::keyLayoutPrefix);
+    const QString prefix = QString::fromLatin1(keys::keyLayoutPrefix);
     for (const QString& key : m_store.allKeys()) {
         if (key.startsWith(prefix))
             m_store.remove(key);
@@ -367,7 +369,7 @@ void AppSettings::setKeyLayouts(const KeyLayouts& layouts, std::optional<Timesta
         m_store.setValue(keyLayoutKey(kind), stored);
     }
     if (updatedAt)
-        m_store.setValue(Key::keyLayoutUpdatedAt, updatedAt->seconds);
+        m_store.setValue(keys::keyLayoutUpdatedAt, updatedAt->seconds);
 }
 
 QVariant AppSettings::viewPreference(const QString& key, const QVariant& fallback) const {

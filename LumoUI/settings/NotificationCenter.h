@@ -10,7 +10,7 @@ namespace lumo {
 
 /// The names of the process's notifications. They are part of the product's interface:
 /// keypads, menus and views post and observe them by these exact strings.
-namespace Notification {
+namespace notification {
 inline constexpr auto languageChanged = "lumo.languageChanged";
 inline constexpr auto keypadSizeChanged = "lumo.keypadSizeChanged";
 inline constexpr auto resultWidthChanged = "lumo.resultWidthChanged";
@@ -24,7 +24,7 @@ inline constexpr auto setCaret = "lumo.setCaret";
 inline constexpr auto undo = "lumo.undo";
 inline constexpr auto redo = "lumo.redo";
 inline constexpr auto clearSheet = "lumo.clearSheet";
-} // namespace Notification
+} // namespace notification
 
 /// Posts named notifications to whoever observes them. The application creates one and hands
 /// it to the objects that post or observe; there is no global instance.

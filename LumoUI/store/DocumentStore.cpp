@@ -47,7 +47,7 @@ DocumentStore::DocumentStore(Options options, NotificationCenter* notifications,
         DocumentPersistence::Options where;
         if (!options.storageDirectory.isEmpty()) {
             QDir().mkpath(options.storageDirectory);
-            where.localFile = QDir(options.storageDirectory).filePath(QLatin1String(DocumentFile::fileName));
+            where.localFile = QDir(options.storageDirectory).filePath(QLatin1String(documentFile::fileName));
         }
         where.cloudFolder = options.cloudFolder;
         where.saveDelay = options.saveDelay;
@@ -97,9 +97,9 @@ void DocumentStore::observeNotifications() {
         connect(application, &QCoreApplication::aboutToQuit, this, &DocumentStore::flush);
     if (!m_notifications)
         return;
-    m_notifications->observe(Notification::undo, this, [this] { undo(); });
-    m_notifications->observe(Notification::redo, this, [this] { redo(); });
-    m_notifications->observe(Notification::clearSheet, this, [this](const QVariant& payload) {
+    m_notifications->observe(notification::undo, this, [this] { undo(); });
+    m_notifications->observe(notification::redo, this, [this] { redo(); });
+    m_notifications->observe(notification::clearSheet, this, [this](const QVariant& payload) {
         // The command may name the sheet; otherwise it means the active window's sheet.
         std::optional<Uuid> target = Uuid::fromString(payload.toString().toStdString());
         if (!target)
@@ -109,8 +109,8 @@ void DocumentStore::observeNotifications() {
         if (target)
             requestClearSheet(*target);
     });
-    m_notifications->observe(Notification::languageChanged, this, [this] { languageChanged(); });
-    m_notifications->observe(Notification::keyLayoutChanged, this, [this] { reconcileKeyLayouts(); });
+    m_notifications->observe(notification::languageChanged, this, [this] { languageChanged(); });
+    m_notifications->observe(notification::keyLayoutChanged, this, [this] { reconcileKeyLayouts(); });
 }
 
 // MARK: - Lookup
@@ -176,7 +176,7 @@ Uuid DocumentStore::resolved(const Uuid& id) const {
 }
 
 Uuid DocumentStore::addSheet() {
-    const Uuid id = m_edits.appendSheet(StoreTexts::numberedSheetName(document().sheets.size() + 1));
+    const Uuid id = m_edits.appendSheet(storeTexts::numberedSheetName(document().sheets.size() + 1));
     showInActiveSession(id);
     changed();
     return id;
@@ -186,7 +186,7 @@ std::optional<Uuid> DocumentStore::duplicateSheet(const Uuid& sheetID) {
     const Sheet* original = sheet(sheetID);
     if (!original)
         return std::nullopt;
-    const std::optional<Uuid> id = m_edits.duplicateSheet(sheetID, StoreTexts::copyName(original->name));
+    const std::optional<Uuid> id = m_edits.duplicateSheet(sheetID, storeTexts::copyName(original->name));
     showInActiveSession(*id);
     changed();
     return id;
@@ -203,7 +203,7 @@ void DocumentStore::moveSheet(const Uuid& sheetID, int toIndex) {
 }
 
 void DocumentStore::deleteSheet(const Uuid& sheetID) {
-    const std::optional<Uuid> neighbour = m_edits.deleteSheet(sheetID, StoreTexts::newSheetName());
+    const std::optional<Uuid> neighbour = m_edits.deleteSheet(sheetID, storeTexts::newSheetName());
     if (!neighbour)
         return;
     if (m_pendingClearSheetID == sheetID)
@@ -230,7 +230,7 @@ void DocumentStore::requestClearSheet(const Uuid& sheetID) {
     if (!sheet(sheetID))
         return;
     m_pendingClearSheetID = sheetID;
-    m_clearSheetPrompt = StoreTexts::clearSheetPrompt();
+    m_clearSheetPrompt = storeTexts::clearSheetPrompt();
     emit clearSheetPromptChanged();
 }
 
@@ -253,7 +253,7 @@ void DocumentStore::cancelClearSheet() {
 }
 
 void DocumentStore::eraseAllContent() {
-    const Uuid id = m_edits.eraseAll(StoreTexts::newSheetName());
+    const Uuid id = m_edits.eraseAll(storeTexts::newSheetName());
     cancelClearSheet();
     for (SheetSession* session : m_router->liveSessions())
         session->assignSheet(id);
@@ -261,15 +261,15 @@ void DocumentStore::eraseAllContent() {
 }
 
 std::string DocumentStore::eraseAllContentTitle() {
-    return StoreTexts::eraseAllContentTitle();
+    return storeTexts::eraseAllContentTitle();
 }
 
 std::string DocumentStore::eraseAllContentMessage() {
-    return StoreTexts::eraseAllContentMessage();
+    return storeTexts::eraseAllContentMessage();
 }
 
 std::string DocumentStore::eraseAllContentButton() {
-    return StoreTexts::eraseAllContentButton();
+    return storeTexts::eraseAllContentButton();
 }
 
 // MARK: - Undo

@@ -31,7 +31,7 @@ std::optional<KeyLayoutBridge::DatedLayouts> KeyLayoutBridge::reconcile(const Lu
         // Newer layouts came with the document: the keypad learns of them like of its own.
         m_settings->setKeyLayouts(document.keyLayouts, document.keyLayoutsUpdatedAt);
         if (m_notifications)
-            m_notifications->post(Notification::keyLayoutChanged);
+            m_notifications->post(notification::keyLayoutChanged);
         return std::nullopt;
     }
     if (storedTime == documentTime && stored == document.keyLayouts)

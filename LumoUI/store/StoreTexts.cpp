@@ -3,7 +3,7 @@
 #include "LumoKit/base/Language.h"
 #include "LumoKit/base/Messages.h"
 
-namespace lumo::StoreTexts {
+namespace lumo::storeTexts {
 
 std::string newSheetName() {
     return Message(MessageKind::newSheetName).text(L10n::resolved());
@@ -40,4 +40,4 @@ std::string eraseAllContentButton() {
     return L10n::pick("全ての内容を消去", "Erase All Content");
 }
 
-} // namespace lumo::StoreTexts
+} // namespace lumo::storeTexts

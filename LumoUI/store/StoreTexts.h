@@ -7,7 +7,7 @@ namespace lumo {
 
 /// The texts the document store gives its sheets and shows in its prompts, in the current
 /// language.
-namespace StoreTexts {
+namespace storeTexts {
 
 /// The name of the sheet that replaces the last one deleted or erased.
 std::string newSheetName();
@@ -23,6 +23,6 @@ std::string eraseAllContentTitle();
 std::string eraseAllContentMessage();
 std::string eraseAllContentButton();
 
-} // namespace StoreTexts
+} // namespace storeTexts
 
 } // namespace lumo

@@ -84,7 +84,7 @@ TEST_F(Shell, PendingSaveIsWrittenOnQuitAndOnDeactivation) {
         window->editor()->textView()->selectAll();
         type(window, QStringLiteral("2 + 3"));
 
-        const QString file = QDir(dataDirectory()).filePath(QLatin1String(DocumentFile::fileName));
+        const QString file = QDir(dataDirectory()).filePath(QLatin1String(documentFile::fileName));
         switch (trigger) {
         case Trigger::quitCommand:
             QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);

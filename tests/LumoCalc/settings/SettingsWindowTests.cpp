@@ -105,7 +105,7 @@ TEST_F(Settings, EachControlWritesItsKeyAndTellsItsListeners) {
         {"textSize", Edit::choose, int(TextSizeSetting::xlarge), "", "lumo.textSize", "xlarge",
          SIGNAL(textSizeChanged(lumo::TextSizeSetting)), nullptr},
         {"resultColumnWidth", Edit::type, 0, "300", "lumo.resultColumnWidth", "300", nullptr,
-         Notification::resultWidthChanged},
+         notification::resultWidthChanged},
         {"maxFractionDigits", Edit::type, 0, "3", "lumo.maxFractionDigits", "3",
          SIGNAL(maxFractionDigitsChanged(int)), nullptr},
         {"angle", Edit::choose, int(AngleSetting::degrees), "", "lumo.angle", "degrees",
@@ -117,11 +117,11 @@ TEST_F(Settings, EachControlWritesItsKeyAndTellsItsListeners) {
         {"groupsDigits", Edit::toggle, 0, "", "lumo.groupsDigits", "false", SIGNAL(groupsDigitsChanged(bool)),
          nullptr},
         {"keypadSize", Edit::choose, int(KeypadSizeSetting::small), "", "lumo.keypadSize", "small",
-         SIGNAL(keypadSizeChanged(lumo::KeypadSizeSetting)), Notification::keypadSizeChanged},
+         SIGNAL(keypadSizeChanged(lumo::KeypadSizeSetting)), notification::keypadSizeChanged},
         {"keypadSide", Edit::choose, int(KeypadSide::left), "", "lumo.keypadSide", "left",
          SIGNAL(keypadSideChanged(lumo::KeypadSide)), nullptr},
         {"language", Edit::choose, int(AppLanguage::japanese), "", "lumo.language", "japanese",
-         SIGNAL(languageChanged(lumo::AppLanguage)), Notification::languageChanged},
+         SIGNAL(languageChanged(lumo::AppLanguage)), notification::languageChanged},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.control) + " " + c.typed);
@@ -204,7 +204,7 @@ TEST_F(Settings, ColoursAreChosenAndReset) {
     QSignalSpy posted(app.notifications(), &NotificationCenter::posted);
     const auto colorsPosted = [&posted] {
         return std::count_if(posted.begin(), posted.end(), [](const QList<QVariant>& post) {
-            return post.value(0).toString() == QLatin1String(Notification::syntaxColorsChanged);
+            return post.value(0).toString() == QLatin1String(notification::syntaxColorsChanged);
         });
     };
     const auto choose = [page](SyntaxKind kind, Appearance appearance, const QColor& color) {
@@ -399,9 +399,9 @@ TEST_F(Settings, AppearanceColoursEveryWidgetAndAutoFollowsTheDesktop) {
         {AppearanceSetting::dark, std::nullopt, Appearance::dark},
         {AppearanceSetting::automatic, std::nullopt, Appearance::light},
         {AppearanceSetting::dark, std::nullopt, Appearance::dark},
-        {AppearanceSetting::automatic, AppPalette::darkPalette(), Appearance::dark},
-        {AppearanceSetting::automatic, AppPalette::lightPalette(), Appearance::light},
-        {AppearanceSetting::automatic, AppPalette::darkPalette(), Appearance::dark},
+        {AppearanceSetting::automatic, appPalette::darkPalette(), Appearance::dark},
+        {AppearanceSetting::automatic, appPalette::lightPalette(), Appearance::light},
+        {AppearanceSetting::automatic, appPalette::darkPalette(), Appearance::dark},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(rawValue(c.setting).toStdString() + " on a " +

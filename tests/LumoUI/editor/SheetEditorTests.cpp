@@ -114,7 +114,7 @@ TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
         EXPECT_EQ(sheetText(), c.expected);
         EXPECT_EQ(view->textCursor().position(), textLength()) << "the caret follows the reference";
         // Naming and inserting are one step of the sheet's history.
-        notifications->post(Notification::undo);
+        notifications->post(notification::undo);
         EXPECT_EQ(sheetText(), before) << c.expected;
         EXPECT_EQ(text(), before);
     }
@@ -123,7 +123,7 @@ TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
 TEST_F(SheetEditorTest, DraggingTheColumnEdgeResizesWithinBounds) {
     typeLines({"1200 * 3"});
     int announced = 0;
-    notifications->observe(Notification::resultWidthChanged, editor, [&] { ++announced; });
+    notifications->observe(notification::resultWidthChanged, editor, [&] { ++announced; });
     ResultColumnHandle* handle = view->columnHandle();
     EXPECT_EQ(handle->cursor().shape(), Qt::SizeHorCursor);
     const QPoint grip = handle->rect().center();
@@ -211,7 +211,7 @@ TEST_F(SheetEditorTest, NamingAndRenamingThroughTheDialog) {
     advanceClock(2);
     QTest::keyClick(dialog->nameField(), Qt::Key_Return);
     EXPECT_EQ(text(), "1200\nsize = 2 * 3\n\"1200\" // 1200\nsize * 2 + \"area\" // area");
-    notifications->post(Notification::undo);
+    notifications->post(notification::undo);
     EXPECT_EQ(text(), "1200\narea = 2 * 3\n\"1200\" // 1200\narea * 2 + \"area\" // area");
 }
 
@@ -410,17 +410,17 @@ TEST_F(SheetEditorTest, AnswersAreAccessibleObjectsTiedToTheirLines) {
 
 TEST_F(SheetEditorTest, KeypadCommandsActOnTheCaret) {
     typeLines({"a = 12"});
-    notifications->post(Notification::toggleSign);
+    notifications->post(notification::toggleSign);
     EXPECT_EQ(text(), "a = -12");
-    notifications->post(Notification::insertSnippet, QVariantMap{{"text", "sqrt()"}, {"caretBack", 1}});
+    notifications->post(notification::insertSnippet, QVariantMap{{"text", "sqrt()"}, {"caretBack", 1}});
     EXPECT_EQ(text(), "a = -12 sqrt()");
     EXPECT_EQ(view->textCursor().position(), textLength() - 1);
-    notifications->post(Notification::moveCursor, "lineStart");
+    notifications->post(notification::moveCursor, "lineStart");
     EXPECT_EQ(view->textCursor().position(), 0);
-    notifications->post(Notification::setCaret, 4);
-    notifications->post(Notification::deleteBackward);
+    notifications->post(notification::setCaret, 4);
+    notifications->post(notification::deleteBackward);
     EXPECT_EQ(text(), "a =-12 sqrt()");
-    notifications->post(Notification::insertSnippet, "\n");
+    notifications->post(notification::insertSnippet, "\n");
     EXPECT_EQ(text(), "a =\n-12 sqrt()");
     editor->copyAnswerAtCaret();
 }

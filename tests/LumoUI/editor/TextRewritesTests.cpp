@@ -5,7 +5,7 @@
 #include "LumoUI/editor/TextRewrites.h"
 
 using namespace lumo;
-using TextRewrites::LineRewrite;
+using textRewrites::LineRewrite;
 
 namespace {
 
@@ -44,7 +44,7 @@ TEST(TextRewrites, RegroupsTheNumberBeingTyped) {
     for (const Case& c : cases) {
         const auto [after, caret] = withCaret(c.after);
         const std::optional<LineRewrite> rewrite =
-            TextRewrites::regroupDigits(QString::fromUtf8(c.before).remove(u'|'), after, caret);
+            textRewrites::regroupDigits(QString::fromUtf8(c.before).remove(u'|'), after, caret);
         if (*c.expected == '\0') {
             EXPECT_FALSE(rewrite) << c.after << " became " << rewrite->line.toStdString();
             continue;
@@ -69,7 +69,7 @@ TEST(TextRewrites, RenamesWordsOnly) {
         {"a=3\na2 + a", "cost=3\na2 + cost"},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(TextRewrites::renameIdentifier(QString::fromUtf8(c.text), "a", "cost"),
+        EXPECT_EQ(textRewrites::renameIdentifier(QString::fromUtf8(c.text), "a", "cost"),
                   QString::fromUtf8(c.expected))
             << c.text;
 }
@@ -87,10 +87,10 @@ TEST(TextRewrites, ProposesShortUnusedNames) {
         {"for a in range(3):\n    b + a\n5", 2, "c"}, // taken by a loop, and used
     };
     for (const Case& c : cases)
-        EXPECT_EQ(TextRewrites::unusedLineName(QString::fromUtf8(c.text), c.line),
+        EXPECT_EQ(textRewrites::unusedLineName(QString::fromUtf8(c.text), c.line),
                   QString::fromUtf8(c.expected))
             << c.text;
-    EXPECT_EQ(TextRewrites::nameLine("    1200 * 3", "b"), "    b = 1200 * 3");
+    EXPECT_EQ(textRewrites::nameLine("    1200 * 3", "b"), "    b = 1200 * 3");
 }
 
 TEST(ResultColumn, ClampsAndLaysOut) {

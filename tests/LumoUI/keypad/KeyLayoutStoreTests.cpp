@@ -64,7 +64,7 @@ struct Device {
     void start(const QString& cloudFolder = {}) {
         settingsFile = std::make_unique<QSettings>(settingsPath(), QSettings::IniFormat);
         notifications = std::make_unique<NotificationCenter>();
-        notifications->observe(Notification::keyLayoutChanged, notifications.get(),
+        notifications->observe(notification::keyLayoutChanged, notifications.get(),
                                [this] { ++layoutPosts; });
         settings = std::make_unique<AppSettings>(*settingsFile, notifications.get());
         DocumentStore::Options options;
@@ -167,7 +167,7 @@ TEST(KeyLayoutStore, LayoutsFromANewerVersionKeepWhatTheyDoNotKnow) {
     stored["functions"]["quantum"] = {"bra", "ket"};
     stored["shapes"]["main"] = {"circle"};
     device.settings->setKeyLayouts(stored, Timestamp{startSeconds + 5});
-    device.notifications->post(Notification::keyLayoutChanged);
+    device.notifications->post(notification::keyLayoutChanged);
 
     const auto shown = device.functions().shownKeys("trigonometry");
     ASSERT_EQ(shown.size(), 6u);
@@ -191,7 +191,7 @@ TEST(KeyLayoutStore, LayoutsFromANewerVersionKeepWhatTheyDoNotKnow) {
 
 void writeDocument(const QString& folder, const LumoDocument& document) {
     ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(DocumentFile::writeAtomically(QDir(folder).filePath("document.json"),
+    ASSERT_TRUE(documentFile::writeAtomically(QDir(folder).filePath("document.json"),
                                               QByteArray::fromStdString(encodeDocument(document)))
                     .isEmpty());
 }

@@ -306,7 +306,7 @@ TEST_F(KeypadTest, AnArrangementFromElsewhereIsShownAtOnce) {
     arrangement.hide("area", "坪");
     // Another window's keypad, or a merge, writes the settings and posts the change.
     settings->setKeyLayouts({{"units", arrangement.panels()}}, Timestamp::now());
-    notifications->post(Notification::keyLayoutChanged);
+    notifications->post(notification::keyLayoutChanged);
     EXPECT_EQ(shownIDs(KeyKind::units, "area").front(), "畳");
     const auto area = shownIDs(KeyKind::units, "area");
     EXPECT_EQ(std::count(area.begin(), area.end(), "坪"), 0);

@@ -21,7 +21,7 @@ struct SavedDocument {
     QTemporaryDir folder;
     QString path = folder.filePath("document.json");
 
-    SavedDocument() { EXPECT_TRUE(DocumentFile::writeAtomically(path, original).isEmpty()); }
+    SavedDocument() { EXPECT_TRUE(documentFile::writeAtomically(path, original).isEmpty()); }
     QStringList entries() const {
         return QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     }
@@ -41,10 +41,10 @@ TEST(DocumentFile, AWriteThatFailsHalfWayLeavesTheOldFile) {
         QString error;
         {
             test::FileSizeLimit limit(1000);
-            error = DocumentFile::writeAtomically(saved.path, QByteArray(c.size, 'x'));
+            error = documentFile::writeAtomically(saved.path, QByteArray(c.size, 'x'));
         }
         EXPECT_TRUE(error.startsWith(saved.path)) << c.what << ": " << error.toStdString();
-        EXPECT_EQ(DocumentFile::read(saved.path), original) << c.what;
+        EXPECT_EQ(documentFile::read(saved.path), original) << c.what;
         EXPECT_EQ(saved.entries(), QStringList{"document.json"})
             << c.what << ": no half-written file is left";
     }
@@ -65,10 +65,10 @@ TEST(DocumentFile, AReadOnlyFolderRefusesTheWriteAndKeepsTheFile) {
     {
         test::PermissionChecksApply asAnyUser;
         for (const Case& c : cases) {
-            const QString error = DocumentFile::writeAtomically(c.path, "new");
+            const QString error = documentFile::writeAtomically(c.path, "new");
             EXPECT_TRUE(error.startsWith(c.path)) << c.what << ": " << error.toStdString();
         }
-        EXPECT_EQ(DocumentFile::read(saved.path), original);
+        EXPECT_EQ(documentFile::read(saved.path), original);
     }
     QFile::setPermissions(saved.folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     EXPECT_EQ(saved.entries(), QStringList{"document.json"});
@@ -83,13 +83,13 @@ TEST(DocumentFile, AFileReplacedWhileReadingIsReadWhole) {
     std::atomic<bool> done = false;
     std::thread replacer([&] {
         for (int i = 0; i < 100; ++i)
-            DocumentFile::writeAtomically(saved.path, i % 2 ? shorter : longer);
+            documentFile::writeAtomically(saved.path, i % 2 ? shorter : longer);
         done = true;
     });
     int reads = 0;
     int torn = 0;
     while (!done) {
-        const std::optional<QByteArray> bytes = DocumentFile::read(saved.path);
+        const std::optional<QByteArray> bytes = documentFile::read(saved.path);
         ++reads;
         if (!bytes || (*bytes != longer && *bytes != shorter && *bytes != original))
             ++torn;

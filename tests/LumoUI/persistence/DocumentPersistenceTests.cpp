@@ -74,7 +74,7 @@ TEST(DocumentPersistence, AFailedSaveKeepsTheChangeUntilASaveSucceeds) {
         QTemporaryDir folder;
         const QString path = folder.filePath("document.json");
         const LumoDocument before = documentWith("1 + 1\n");
-        ASSERT_TRUE(DocumentFile::writeAtomically(path, bytesOf(before)).isEmpty());
+        ASSERT_TRUE(documentFile::writeAtomically(path, bytesOf(before)).isEmpty());
 
         LumoDocument current = documentWith(std::string(5000, '7') + "\n");
         DocumentPersistence::Options options;
@@ -92,7 +92,7 @@ TEST(DocumentPersistence, AFailedSaveKeepsTheChangeUntilASaveSucceeds) {
             ASSERT_TRUE(waitUntil([&] { return failures == 1; })) << c.what;
         }
         EXPECT_TRUE(persistence.hasUnsavedChanges()) << c.what;
-        EXPECT_EQ(DocumentFile::read(path), bytesOf(before)) << c.what << ": the saved file is untouched";
+        EXPECT_EQ(documentFile::read(path), bytesOf(before)) << c.what << ": the saved file is untouched";
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList{"document.json"}) << c.what;
 
         // The next change is saved once the folder takes writes again.
@@ -100,7 +100,7 @@ TEST(DocumentPersistence, AFailedSaveKeepsTheChangeUntilASaveSucceeds) {
         persistence.scheduleSave();
         ASSERT_TRUE(waitUntil([&] { return saves == 1; })) << c.what;
         EXPECT_FALSE(persistence.hasUnsavedChanges()) << c.what;
-        EXPECT_EQ(DocumentFile::read(path), bytesOf(current)) << c.what;
+        EXPECT_EQ(documentFile::read(path), bytesOf(current)) << c.what;
     }
 }
 
@@ -142,7 +142,7 @@ TEST(DocumentPersistence, ACloudCopyReplacedWhileArrivingIsMergedOnlyOnceComplet
         EXPECT_TRUE(arrived.empty()) << c.what;
         EXPECT_TRUE(QFile::exists(path)) << c.what << ": a copy still arriving is not removed";
 
-        ASSERT_TRUE(DocumentFile::writeAtomically(path, complete).isEmpty());
+        ASSERT_TRUE(documentFile::writeAtomically(path, complete).isEmpty());
         ASSERT_TRUE(waitUntil([&] { return !arrived.empty(); })) << c.what;
         ASSERT_EQ(arrived.size(), 1u) << c.what;
         EXPECT_EQ(arrived.front(), remote) << c.what;

@@ -29,7 +29,7 @@ PlotSpec build(const std::string& line) {
                      {"food", Value::withUnit(41500, yen)},
                      {"travel", Value::withUnit(23000, yen)},
                      {"refund", Value::withUnit(-12000, yen)}};
-    return buildPlot(std::get<expr::Call>(parseStatement(line).expr->node), line, context, englishOptions());
+    return buildPlot(*parseStatement(line).expr, line, context, englishOptions());
 }
 
 // Sizes in pixels, so the references do not depend on the screen's resolution.

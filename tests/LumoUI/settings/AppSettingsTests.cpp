@@ -167,8 +167,8 @@ TEST(AppSettings, PostsItsNotifications) {
     NotificationCenter center;
     AppSettings settings(*store, &center);
     QStringList posted;
-    for (const char* name : {Notification::languageChanged, Notification::keypadSizeChanged,
-                             Notification::resultWidthChanged, Notification::syntaxColorsChanged}) {
+    for (const char* name : {notification::languageChanged, notification::keypadSizeChanged,
+                             notification::resultWidthChanged, notification::syntaxColorsChanged}) {
         center.observe(name, &center, [&posted, name] { posted.append(name); });
     }
     // Settings without a notification of their own post nothing.
@@ -178,7 +178,7 @@ TEST(AppSettings, PostsItsNotifications) {
 
     // The language notification arrives after the engine already speaks the new language.
     std::optional<AppLanguage> languageWhenPosted;
-    center.observe(Notification::languageChanged, &center, [&] { languageWhenPosted = L10n::current(); });
+    center.observe(notification::languageChanged, &center, [&] { languageWhenPosted = L10n::current(); });
     settings.setLanguage(AppLanguage::japanese);
     settings.setKeypadSize(KeypadSizeSetting::small);
     settings.setResultColumnWidth(200);

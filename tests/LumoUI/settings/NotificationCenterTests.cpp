@@ -12,8 +12,8 @@ TEST(NotificationCenter, DeliversByNameUntilTheObserverGoes) {
     NotificationCenter center;
     QStringList seen;
     auto receiver = std::make_unique<QObject>();
-    center.observe(Notification::undo, receiver.get(), [&] { seen.append("undo"); });
-    auto token = center.observe(Notification::insertSnippet, receiver.get(),
+    center.observe(notification::undo, receiver.get(), [&] { seen.append("undo"); });
+    auto token = center.observe(notification::insertSnippet, receiver.get(),
                                 [&](const QVariant& payload) { seen.append(payload.toString()); });
 
     center.post("lumo.undo");

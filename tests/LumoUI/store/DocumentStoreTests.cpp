@@ -94,11 +94,11 @@ LumoDocument baseDocument(Timestamp at) {
 
 void writeDocument(const QString& path, const LumoDocument& document) {
     ASSERT_TRUE(
-        DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
+        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
 }
 
 LumoDocument readDocument(const QString& path) {
-    return decodeDocument(DocumentFile::read(path).value_or(QByteArray()).toStdString());
+    return decodeDocument(documentFile::read(path).value_or(QByteArray()).toStdString());
 }
 
 std::vector<std::string> sortedNames(const LumoDocument& document) {
@@ -225,8 +225,8 @@ TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved) {
         writeDocument(documents.filePath(name), copy);
     }
     ASSERT_TRUE(
-        DocumentFile::writeAtomically(documents.filePath("document (2).json"), "{ half written").isEmpty());
-    ASSERT_TRUE(DocumentFile::writeAtomically(documents.filePath("documents.json"), "{}").isEmpty());
+        documentFile::writeAtomically(documents.filePath("document (2).json"), "{ half written").isEmpty());
+    ASSERT_TRUE(documentFile::writeAtomically(documents.filePath("documents.json"), "{}").isEmpty());
 
     Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
     ASSERT_TRUE(waitUntil([&] {
@@ -290,7 +290,7 @@ TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge) {
     ASSERT_TRUE(waitUntil([&] { return checks >= 2; }));
     EXPECT_EQ(merges, 0);
     EXPECT_EQ(store.lastSyncedData(),
-              DocumentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
+              documentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
 }
 
 TEST(DocumentStoreSaving, PendingChangesAreWrittenWhenTheApplicationQuits) {
@@ -311,7 +311,7 @@ TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
     QTemporaryDir local;
     const QByteArray corrupt = "{\"sheets\": [ truncated";
     ASSERT_TRUE(
-        DocumentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
+        documentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
     capturedLog.clear();
     const auto previous = qInstallMessageHandler(captureLog);
     FakeClock clock;
@@ -326,14 +326,14 @@ TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
     ASSERT_EQ(aside.size(), 1);
     const QString stamp = QDateTime::fromSecsSinceEpoch(qint64(clock.seconds)).toString("yyyyMMdd-HHmmss");
     EXPECT_EQ(aside.front(), "document.unreadable-" + stamp + ".json");
-    EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+    EXPECT_EQ(documentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
     EXPECT_TRUE(capturedLog.join("\n").contains(aside.front()));
 
     int saves = 0;
     QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
     store.updateText(store.document().sheets.front().id, "new\n");
     ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
-    EXPECT_EQ(DocumentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+    EXPECT_EQ(documentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
 
     // What cannot even be read (a folder in the file's place, since root reads every file) is
     // set aside as well, and the next save goes through.
@@ -351,7 +351,7 @@ TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
 TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
     QTemporaryDir root;
     // A folder beneath a regular file can never be created, even by root.
-    ASSERT_TRUE(DocumentFile::writeAtomically(root.filePath("blocker"), "x").isEmpty());
+    ASSERT_TRUE(documentFile::writeAtomically(root.filePath("blocker"), "x").isEmpty());
     FakeClock clock;
     DocumentStore::Options options = memoryOptions(clock);
     options.storageDirectory = QDir(root.filePath("blocker")).filePath("Lumo");
@@ -459,21 +459,21 @@ TEST(DocumentStoreEditing, UndoRedoAndClearThroughNotifications) {
     EXPECT_TRUE(undoCenter.canUndo());
     EXPECT_FALSE(store.usingStarterDocument());
 
-    center.post(Notification::undo);
+    center.post(notification::undo);
     EXPECT_TRUE(store.sheet(id)->lockedLines.empty());
-    center.post(Notification::undo);
+    center.post(notification::undo);
     EXPECT_EQ(store.sheet(id)->text, original);
-    center.post(Notification::redo);
+    center.post(notification::redo);
 
-    center.post(Notification::clearSheet);
+    center.post(notification::clearSheet);
     ASSERT_EQ(store.pendingClearSheetID(), id);
     store.cancelClearSheet();
     EXPECT_FALSE(store.clearSheetPrompt());
-    center.post(Notification::clearSheet);
+    center.post(notification::clearSheet);
     store.confirmClearSheet();
     EXPECT_EQ(store.sheet(id)->text, "");
     EXPECT_EQ(session->results().size(), store.results().size());
-    center.post(Notification::undo);
+    center.post(notification::undo);
     EXPECT_EQ(store.sheet(id)->text, original + "1\n");
 }
 
@@ -503,13 +503,13 @@ TEST(DocumentStoreEditing, UndoAvailabilityFollowsTheActiveWindowAndItsSheet) {
     const Step steps[] = {
         {"first window becomes key", [&] { first->activate(); }, false, false},
         {"types three keys", [&] { typeKeys("123"); }, true, false},
-        {"one undo takes all three", [&] { center.post(Notification::undo); }, false, true},
-        {"redo", [&] { center.post(Notification::redo); }, true, false},
+        {"one undo takes all three", [&] { center.post(notification::undo); }, false, true},
+        {"redo", [&] { center.post(notification::redo); }, true, false},
         {"a new sheet is shown", [&] { b = store.addSheet(); }, false, false},
         {"back to the edited sheet", [&] { first->showSheet(a); }, true, false},
         {"the other window shows the new sheet", [&] { second->showSheet(*b); }, true, false},
         {"the other window becomes key", [&] { second->activate(); }, false, false},
-        {"its undo leaves the edited sheet alone", [&] { center.post(Notification::undo); }, false, false},
+        {"its undo leaves the edited sheet alone", [&] { center.post(notification::undo); }, false, false},
         {"the edited sheet is selected there", [&] { store.selectSheet(a); }, true, false},
         {"the key window closes", [&] { second.reset(); }, false, false},
     };
@@ -531,13 +531,13 @@ TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
     ASSERT_EQ(store.document().sheets.front().name, "Getting Started");
 
     L10n::setCurrent(AppLanguage::japanese);
-    center.post(Notification::languageChanged);
+    center.post(notification::languageChanged);
     EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
     EXPECT_EQ(session.sheetID(), store.document().selectedSheetID);
 
     store.updateText(*session.sheetID(), "1");
     L10n::setCurrent(AppLanguage::english);
-    center.post(Notification::languageChanged);
+    center.post(notification::languageChanged);
     EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
 }
 
@@ -549,12 +549,12 @@ TEST(DocumentStoreEditing, KeyLayoutsTravelBetweenSettingsAndTheDocument) {
     FakeClock clock;
     DocumentStore store(memoryOptions(clock), &center, nullptr, &settings);
     int announced = 0;
-    center.observe(Notification::keyLayoutChanged, &center, [&] { ++announced; });
+    center.observe(notification::keyLayoutChanged, &center, [&] { ++announced; });
 
     // The keypad rearranges: the document takes the layouts and their time.
     const KeyLayouts keypad{{"functions", {{"main", {"sin", "cos"}}}}};
     settings.setKeyLayouts(keypad, Timestamp{100});
-    center.post(Notification::keyLayoutChanged);
+    center.post(notification::keyLayoutChanged);
     EXPECT_EQ(store.document().keyLayouts, keypad);
     EXPECT_EQ(store.document().keyLayoutsUpdatedAt, Timestamp{100});
 

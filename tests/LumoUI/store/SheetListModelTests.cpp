@@ -43,7 +43,7 @@ LumoDocument threeSheets() {
 
 void writeDocument(const QString& path, const LumoDocument& document) {
     ASSERT_TRUE(
-        DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
+        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
 }
 
 std::vector<std::string> namesIn(const QAbstractItemModel& model) {

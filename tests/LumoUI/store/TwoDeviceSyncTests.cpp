@@ -81,7 +81,7 @@ LumoDocument baseDocument() {
 
 void writeDocument(const QString& path, const LumoDocument& document) {
     ASSERT_TRUE(
-        DocumentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
+        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
 }
 
 struct Delays {
@@ -117,7 +117,7 @@ struct Device {
 struct SharedCloud {
     QTemporaryDir folder;
     QString file() const { return QDir(folder.path()).filePath("Documents/document.json"); }
-    std::optional<QByteArray> bytes() const { return DocumentFile::read(file()); }
+    std::optional<QByteArray> bytes() const { return documentFile::read(file()); }
     LumoDocument document() const { return decodeDocument(bytes().value_or("").toStdString()); }
 };
 
@@ -384,14 +384,14 @@ TEST(SyncSaving, ADocumentWithoutSheetsIsMovedAsideBeforeTheStarterIsSaved) {
     Device device;
     const QByteArray empty =
         R"({"sheets": [], "keyLayouts": {"units": {"main": ["mm"]}}, "deletedSheets": {}})";
-    ASSERT_TRUE(DocumentFile::writeAtomically(device.localFile(), empty).isEmpty());
+    ASSERT_TRUE(documentFile::writeAtomically(device.localFile(), empty).isEmpty());
     device.start(QString(), std::nullopt, Delays{10ms, 10ms});
     EXPECT_TRUE(device.store->usingStarterDocument());
     device.append(device.document().sheets.front().id, "typed\n");
     ASSERT_TRUE(waitUntil([&] { return device.saves == 1; }));
     const QStringList aside = QDir(device.local.path()).entryList({"document.unreadable-*.json"});
     ASSERT_EQ(aside.size(), 1);
-    EXPECT_EQ(DocumentFile::read(QDir(device.local.path()).filePath(aside.front())), empty);
+    EXPECT_EQ(documentFile::read(QDir(device.local.path()).filePath(aside.front())), empty);
 }
 
 // MARK: - Random sequences on both devices at once
