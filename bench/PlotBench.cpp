@@ -185,7 +185,7 @@ void drawOneSurface(benchmark::State& state) {
         state.SkipWithError("no surface");
         return;
     }
-    const PlotSpec& spec = *results.front().outcome.plot;
+    const PlotSpec& description = *results.front().outcome.plot;
     const PlotStyle style = PlotStyle::make(Appearance::light, {}, bench.view->font());
     QImage image(QSize(620, 260), QImage::Format_ARGB32_Premultiplied);
     std::vector<double> samples;
@@ -194,7 +194,7 @@ void drawOneSurface(benchmark::State& state) {
         const Clock::time_point start = Clock::now();
         image.fill(style.paper);
         QPainter painter(&image);
-        paintPlot(painter, QRectF(0, 0, 620, 260), spec, style, PlotView{angle += 3});
+        paintPlot(painter, QRectF(0, 0, 620, 260), description, style, PlotView{angle += 3});
         painter.end();
         const double elapsed = milliseconds(Clock::now() - start);
         state.SetIterationTime(elapsed / 1000);

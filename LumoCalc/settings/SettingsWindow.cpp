@@ -273,7 +273,7 @@ QWidget* SettingsWindow::buildSyncPage() {
                         "Deletes every sheet, here and on the devices you sync with."}));
     auto* eraseButton = new QPushButton(erase);
     eraseButton->setObjectName(QStringLiteral("eraseAllContent"));
-    relabel(eraseButton, commandSpec(Command::eraseAllContent).label);
+    relabel(eraseButton, commandDefinition(Command::eraseAllContent).label);
     connect(eraseButton, &QPushButton::clicked, this, &SettingsWindow::eraseAllContentRequested);
     auto* eraseRow = new QHBoxLayout;
     eraseRow->addWidget(eraseButton);

@@ -4,9 +4,9 @@
 
 namespace lumo {
 
-const std::vector<CommandSpec>& allCommands() {
+const std::vector<CommandDefinition>& allCommands() {
     using Key = QKeySequence;
-    static const std::vector<CommandSpec> commands{
+    static const std::vector<CommandDefinition> commands{
         {Command::newSheet, {"新規シート", "New Sheet"}, Key::AddTab, "Ctrl+T"},
         {Command::newWindow, {"新規ウインドウ", "New Window"}, Key::New, "Ctrl+N"},
         {Command::closeWindow, {"ウインドウを閉じる", "Close Window"}, Key::Close, "Ctrl+W"},
@@ -45,15 +45,16 @@ const std::vector<CommandSpec>& allCommands() {
     return commands;
 }
 
-const CommandSpec& commandSpec(Command command) {
+const CommandDefinition& commandDefinition(Command command) {
     const auto& commands = allCommands();
-    return *std::find_if(commands.begin(), commands.end(),
-                         [command](const CommandSpec& spec) { return spec.command == command; });
+    return *std::find_if(commands.begin(), commands.end(), [command](const CommandDefinition& definition) {
+        return definition.command == command;
+    });
 }
 
-const std::vector<MenuSpec>& menuBarLayout() {
+const std::vector<MenuDefinition>& menuBarLayout() {
     using C = Command;
-    static const std::vector<MenuSpec> layout{
+    static const std::vector<MenuDefinition> layout{
         {{"ファイル(&F)", "&File"},
          {C::newSheet, C::newWindow, std::nullopt, C::exportSheet, C::print, std::nullopt, C::closeWindow,
           std::nullopt, C::settings, C::eraseAllContent, std::nullopt, C::quit}},
@@ -68,12 +69,12 @@ const std::vector<MenuSpec>& menuBarLayout() {
     return layout;
 }
 
-QList<QKeySequence> shortcutsFor(const CommandSpec& spec) {
+QList<QKeySequence> shortcutsFor(const CommandDefinition& definition) {
     QList<QKeySequence> keys;
-    if (spec.standardKey != QKeySequence::UnknownKey)
-        keys = QKeySequence::keyBindings(spec.standardKey);
-    if (keys.isEmpty() && spec.portableKey)
-        keys.append(QKeySequence(QString::fromLatin1(spec.portableKey)));
+    if (definition.standardKey != QKeySequence::UnknownKey)
+        keys = QKeySequence::keyBindings(definition.standardKey);
+    if (keys.isEmpty() && definition.portableKey)
+        keys.append(QKeySequence(QString::fromLatin1(definition.portableKey)));
     return keys;
 }
 

@@ -45,7 +45,7 @@ enum class Command {
 };
 
 /// How a command appears in a menu.
-struct CommandSpec {
+struct CommandDefinition {
     Command command;
     Bilingual label;
     /// The platform's binding, when the platform has one for this kind of command.
@@ -57,16 +57,16 @@ struct CommandSpec {
 };
 
 /// A menu of the menu bar; an empty entry stands for a separator.
-struct MenuSpec {
+struct MenuDefinition {
     Bilingual title;
     std::vector<std::optional<Command>> entries;
 };
 
-const std::vector<CommandSpec>& allCommands();
-const CommandSpec& commandSpec(Command command);
-const std::vector<MenuSpec>& menuBarLayout();
+const std::vector<CommandDefinition>& allCommands();
+const CommandDefinition& commandDefinition(Command command);
+const std::vector<MenuDefinition>& menuBarLayout();
 
 /// The key sequences of a command on this platform, the preferred one first.
-QList<QKeySequence> shortcutsFor(const CommandSpec& spec);
+QList<QKeySequence> shortcutsFor(const CommandDefinition& definition);
 
 } // namespace lumo

@@ -84,25 +84,25 @@ QAction* MainWindow::action(Command command) const {
 }
 
 void MainWindow::buildMenus() {
-    for (const CommandSpec& spec : allCommands()) {
+    for (const CommandDefinition& definition : allCommands()) {
         auto* item = new QAction(this);
-        item->setShortcuts(shortcutsFor(spec));
+        item->setShortcuts(shortcutsFor(definition));
         item->setShortcutContext(Qt::WindowShortcut);
-        if (spec.command == Command::quit)
+        if (definition.command == Command::quit)
             item->setMenuRole(QAction::QuitRole);
-        else if (spec.command == Command::about)
+        else if (definition.command == Command::about)
             item->setMenuRole(QAction::AboutRole);
-        else if (spec.command == Command::settings)
+        else if (definition.command == Command::settings)
             item->setMenuRole(QAction::PreferencesRole);
-        item->setCheckable(spec.checkable);
-        connect(item, &QAction::triggered, this, [this, command = spec.command] { perform(command); });
+        item->setCheckable(definition.checkable);
+        connect(item, &QAction::triggered, this, [this, command = definition.command] { perform(command); });
         // Shortcuts work even while the menu bar is hidden or native.
         addAction(item);
-        m_actions.emplace(spec.command, item);
+        m_actions.emplace(definition.command, item);
     }
-    for (const MenuSpec& spec : menuBarLayout()) {
+    for (const MenuDefinition& definition : menuBarLayout()) {
         QMenu* menu = menuBar()->addMenu(QString());
-        for (const std::optional<Command>& entry : spec.entries) {
+        for (const std::optional<Command>& entry : definition.entries) {
             if (entry)
                 menu->addAction(action(*entry));
             else
@@ -116,8 +116,8 @@ void MainWindow::retranslate() {
     const auto& layout = menuBarLayout();
     for (std::size_t index = 0; index < layout.size() && index < std::size_t(m_menus.size()); ++index)
         m_menus[qsizetype(index)]->setTitle(layout[index].title.text());
-    for (const CommandSpec& spec : allCommands())
-        action(spec.command)->setText(spec.label.text());
+    for (const CommandDefinition& definition : allCommands())
+        action(definition.command)->setText(definition.label.text());
 }
 
 void MainWindow::updateTitle() {

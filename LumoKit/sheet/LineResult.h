@@ -5,7 +5,7 @@
 #include <string>
 
 #include "LumoKit/base/Messages.h"
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoKit/values/Value.h"
 
 namespace lumo {

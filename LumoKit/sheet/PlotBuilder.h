@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "LumoKit/language/Parser.h"
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoKit/values/Evaluator.h"
 
 namespace lumo {

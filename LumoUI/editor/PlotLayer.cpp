@@ -42,7 +42,7 @@ void PlotLayer::setShowsPlots(bool shows) {
     updateBands();
 }
 
-const PlotSpec* PlotLayer::specOf(int line) const {
+const PlotSpec* PlotLayer::descriptionOf(int line) const {
     const auto& results = m_owner->results();
     if (line < 0 || std::size_t(line) >= results.size())
         return nullptr;
@@ -101,7 +101,7 @@ void PlotLayer::updateBands() {
         const auto& results = m_owner->results();
         bands.resize(results.size(), 0);
         for (std::size_t line = 0; line < results.size(); ++line)
-            if (specOf(int(line)))
+            if (descriptionOf(int(line)))
                 bands[line] = height;
         while (!bands.empty() && bands.back() == 0)
             bands.pop_back();
@@ -124,12 +124,12 @@ std::vector<PlotLayer::PlotBox> PlotLayer::boxesIn(qreal top, qreal bottom) cons
         return boxes;
     m_owner->forEachVisibleLine(top, bottom, [&](const QTextBlock& block, const QRectF&) {
         const int line = block.blockNumber();
-        const PlotSpec* spec = specOf(line);
-        if (!spec || bandHeight(line) <= 0)
+        const PlotSpec* description = descriptionOf(line);
+        if (!description || bandHeight(line) <= 0)
             return;
         const QRectF card = cardRect(line);
         if (!card.isEmpty() && card.bottom() >= top && card.top() <= bottom)
-            boxes.push_back({card, QString::fromStdString(spec->title), line});
+            boxes.push_back({card, QString::fromStdString(description->title), line});
     });
     return boxes;
 }
@@ -138,17 +138,17 @@ void PlotLayer::paint(QPainter& painter, const QRect& exposed) {
     const qreal ratio = m_owner->viewport()->devicePixelRatioF();
     const auto& results = m_owner->results();
     for (const PlotBox& box : boxesIn(exposed.top(), exposed.bottom() + 1)) {
-        const PlotSpec& spec = *specOf(box.line);
+        const PlotSpec& description = *descriptionOf(box.line);
         PlotView view;
-        if (spec.kind == PlotSpec::Kind::surface)
+        if (description.kind == PlotSpec::Kind::surface)
             view.surfaceAngle = surfaceAngle(box.title);
         const QPixmap& drawing = m_cache.drawing(box.line, results[std::size_t(box.line)].outcome.plot,
                                                  box.rect.size().toSize(), ratio, view);
         painter.drawPixmap(box.rect.topLeft(), drawing);
         if (m_hover && m_hover->first == box.line) {
-            const PlotSpec* curves[] = {&spec};
-            paintCurveHover(painter, curveFrameFor(box.rect, spec, m_cache.style()), curves, m_hover->second,
-                            m_cache.style());
+            const PlotSpec* curves[] = {&description};
+            paintCurveHover(painter, curveFrameFor(box.rect, description, m_cache.style()), curves,
+                            m_hover->second, m_cache.style());
         }
     }
 }
@@ -172,8 +172,9 @@ void PlotLayer::updateCursor(std::optional<int> line) {
     if (m_rotating)
         shape = Qt::ClosedHandCursor;
     else if (line)
-        shape = specOf(*line) && specOf(*line)->kind == PlotSpec::Kind::surface ? Qt::OpenHandCursor
-                                                                                : Qt::ArrowCursor;
+        shape = descriptionOf(*line) && descriptionOf(*line)->kind == PlotSpec::Kind::surface
+                    ? Qt::OpenHandCursor
+                    : Qt::ArrowCursor;
     if (viewport->cursor().shape() != shape)
         viewport->setCursor(shape);
 }
@@ -182,9 +183,9 @@ bool PlotLayer::mousePress(QMouseEvent* event) {
     const std::optional<int> line = plotLineAt(event->position());
     if (!line)
         return false;
-    const PlotSpec* spec = specOf(*line);
-    if (event->button() == Qt::LeftButton && spec && spec->kind == PlotSpec::Kind::surface) {
-        const QString title = QString::fromStdString(spec->title);
+    const PlotSpec* description = descriptionOf(*line);
+    if (event->button() == Qt::LeftButton && description && description->kind == PlotSpec::Kind::surface) {
+        const QString title = QString::fromStdString(description->title);
         m_rotating = Rotating{title, event->position(), surfaceAngle(title)};
         m_rotatingLine = line;
         m_hover.reset();
@@ -211,11 +212,11 @@ bool PlotLayer::mouseMove(QMouseEvent* event) {
     updateCursor(line);
     std::optional<std::pair<int, CurveHover>> hover;
     if (line) {
-        const PlotSpec* spec = specOf(*line);
-        if (spec && spec->kind == PlotSpec::Kind::curve) {
-            const PlotSpec* curves[] = {spec};
-            if (auto point = curveHoverAt(curveFrameFor(cardRect(*line), *spec, m_cache.style()), curves,
-                                          event->position()))
+        const PlotSpec* description = descriptionOf(*line);
+        if (description && description->kind == PlotSpec::Kind::curve) {
+            const PlotSpec* curves[] = {description};
+            if (auto point = curveHoverAt(curveFrameFor(cardRect(*line), *description, m_cache.style()),
+                                          curves, event->position()))
                 hover = std::pair{*line, *point};
         }
     }
@@ -273,15 +274,15 @@ bool PlotLayer::contextMenu(QContextMenuEvent* event) {
 }
 
 QImage PlotLayer::plotImage(int line) const {
-    const PlotSpec* spec = specOf(line);
+    const PlotSpec* description = descriptionOf(line);
     const QRectF card = cardRect(line);
-    if (!spec || card.isEmpty())
+    if (!description || card.isEmpty())
         return {};
     PlotView view;
-    if (spec->kind == PlotSpec::Kind::surface)
-        view.surfaceAngle = surfaceAngle(QString::fromStdString(spec->title));
+    if (description->kind == PlotSpec::Kind::surface)
+        view.surfaceAngle = surfaceAngle(QString::fromStdString(description->title));
     const qreal ratio = std::max(minimumImageRatio, m_owner->devicePixelRatioF());
-    return renderPlotImage(*spec, card.size().toSize(), m_cache.style(), view, ratio);
+    return renderPlotImage(*description, card.size().toSize(), m_cache.style(), view, ratio);
 }
 
 bool PlotLayer::savePlotImage(int line, const QString& path) const {

@@ -91,7 +91,7 @@ public:
     bool contextMenu(QContextMenuEvent* event);
 
 private:
-    const PlotSpec* specOf(int line) const;
+    const PlotSpec* descriptionOf(int line) const;
     std::vector<PlotBox> boxesIn(qreal top, qreal bottom) const;
     int viewportHeight() const;
     std::optional<int> plotLineAt(const QPointF& point) const;

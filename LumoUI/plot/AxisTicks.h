@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 
 namespace lumo {
 

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/AxisTicks.h"
 #include "LumoUI/plot/PlotStyle.h"
 
@@ -55,20 +55,21 @@ void drawCentred(QPainter& painter, qreal x, qreal baseline, const QString& text
 
 } // namespace
 
-void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, const PlotStyle& style) {
+void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& description,
+                   const PlotStyle& style) {
     painter.save();
     const QFont font = style.labelFont();
     const QFontMetricsF metrics(font);
     painter.setFont(font);
     const qreal line = metrics.height();
 
-    const PlotRange range = drawableRange(spec.yRange);
+    const PlotRange range = drawableRange(description.yRange);
     const int rows = std::clamp(int(body.height() / (line * 2.1)), 2, 8);
     const AxisTicks ticks = AxisTicks::inside(range, rows);
     qreal labelWidth = 0;
     for (double value : ticks.values)
-        labelWidth =
-            std::max(labelWidth, metrics.horizontalAdvance(tickLabel(value, ticks.step, spec.unitLabel)));
+        labelWidth = std::max(labelWidth,
+                              metrics.horizontalAdvance(tickLabel(value, ticks.step, description.unitLabel)));
     // Values below the lowest bar need a line of room too, so a negative value never meets the labels.
     const QRectF area(body.left() + std::ceil(labelWidth + line * 0.6), body.top() + line * 0.3,
                       std::max<qreal>(1, body.width() - std::ceil(labelWidth + line * 0.6)),
@@ -85,21 +86,22 @@ void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, 
         painter.setPen(style.mutedText);
         painter.drawText(QRectF(area.left() - line * 0.4 - 400, y - line, 400, 2 * line),
                          Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine,
-                         tickLabel(value, ticks.step, spec.unitLabel));
+                         tickLabel(value, ticks.step, description.unitLabel));
     }
 
-    const std::size_t count = spec.bars.size();
+    const std::size_t count = description.bars.size();
     const qreal slot = area.width() / qreal(std::max<std::size_t>(1, count));
     const qreal barWidth = std::min(slot * barShare, line * 4.5);
     const qreal zero = yOf(std::clamp(0.0, range.low, range.high));
     // Every value is written only when the widest of them fits its slot; otherwise none is.
     qreal widestValue = 0;
-    for (const PlotBar& bar : spec.bars)
-        widestValue = std::max(widestValue, metrics.horizontalAdvance(valueLabel(bar.value, spec.unitLabel)));
+    for (const PlotBar& bar : description.bars)
+        widestValue =
+            std::max(widestValue, metrics.horizontalAdvance(valueLabel(bar.value, description.unitLabel)));
     const bool writeValues = widestValue <= slot - line * 0.2;
 
     for (std::size_t i = 0; i < count; ++i) {
-        const PlotBar& bar = spec.bars[i];
+        const PlotBar& bar = description.bars[i];
         const qreal middle = area.left() + slot * (qreal(i) + 0.5);
         const qreal end = yOf(bar.value);
         const bool negative = bar.value < 0;
@@ -114,7 +116,7 @@ void paintBarChart(QPainter& painter, const QRectF& body, const PlotSpec& spec, 
             painter.setPen(style.text);
             const qreal baseline = negative ? shape.bottom() + line * 0.15 + metrics.ascent()
                                             : shape.top() - line * 0.15 - metrics.descent();
-            drawCentred(painter, middle, baseline, valueLabel(bar.value, spec.unitLabel), metrics);
+            drawCentred(painter, middle, baseline, valueLabel(bar.value, description.unitLabel), metrics);
         }
         painter.setPen(style.mutedText);
         const QString label =

@@ -7,7 +7,7 @@
 #include <optional>
 #include <span>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/AxisTicks.h"
 
 class QPainter;

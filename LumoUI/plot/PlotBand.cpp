@@ -27,17 +27,18 @@ QRectF PlotBand::cardRect(const QRectF& band, const QFont& textFont) {
                   std::max<qreal>(0, band.height() - std::round(line * 0.75)));
 }
 
-const QPixmap& PlotDrawingCache::drawing(int line, const std::shared_ptr<const PlotSpec>& spec, QSize size,
-                                         qreal devicePixelRatio, const PlotView& view) {
+const QPixmap& PlotDrawingCache::drawing(int line, const std::shared_ptr<const PlotSpec>& description,
+                                         QSize size, qreal devicePixelRatio, const PlotView& view) {
     Entry& entry = m_entries[line];
     // A new evaluation brings new descriptions; one equal to the drawn one needs no drawing.
-    const bool sameSpec = entry.spec && spec && (entry.spec == spec || *entry.spec == *spec);
-    if (sameSpec && entry.size == size && entry.devicePixelRatio == devicePixelRatio && entry.view == view &&
-        !entry.pixmap.isNull()) {
-        entry.spec = spec;
+    const bool sameDescription = entry.description && description &&
+                                 (entry.description == description || *entry.description == *description);
+    if (sameDescription && entry.size == size && entry.devicePixelRatio == devicePixelRatio &&
+        entry.view == view && !entry.pixmap.isNull()) {
+        entry.description = description;
         return entry.pixmap;
     }
-    entry.spec = spec;
+    entry.description = description;
     entry.size = size;
     entry.devicePixelRatio = devicePixelRatio;
     entry.view = view;
@@ -45,9 +46,9 @@ const QPixmap& PlotDrawingCache::drawing(int line, const std::shared_ptr<const P
                          std::max(1, int(std::ceil(size.height() * devicePixelRatio)))));
     pixmap.setDevicePixelRatio(devicePixelRatio);
     pixmap.fill(m_style.paper);
-    if (spec) {
+    if (description) {
         QPainter painter(&pixmap);
-        paintPlot(painter, QRectF(QPointF(0, 0), QSizeF(size)), *spec, m_style, view);
+        paintPlot(painter, QRectF(QPointF(0, 0), QSizeF(size)), *description, m_style, view);
     }
     entry.pixmap = pixmap;
     ++m_drawCount;

@@ -7,7 +7,7 @@
 #include <map>
 #include <memory>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/PlotPainter.h"
 #include "LumoUI/plot/PlotStyle.h"
 
@@ -29,8 +29,8 @@ QRectF cardRect(const QRectF& band, const QFont& textFont);
 /// and typing elsewhere only copy pixels.
 class PlotDrawingCache {
 public:
-    /// The drawing of `spec` for `line` at `size` (device-independent pixels).
-    const QPixmap& drawing(int line, const std::shared_ptr<const PlotSpec>& spec, QSize size,
+    /// The drawing of `description` for `line` at `size` (device-independent pixels).
+    const QPixmap& drawing(int line, const std::shared_ptr<const PlotSpec>& description, QSize size,
                            qreal devicePixelRatio, const PlotView& view);
 
     /// New colours or fonts: every drawing is made again when next asked for.
@@ -46,7 +46,7 @@ public:
 
 private:
     struct Entry {
-        std::shared_ptr<const PlotSpec> spec;
+        std::shared_ptr<const PlotSpec> description;
         QSize size;
         qreal devicePixelRatio = 1;
         PlotView view;

@@ -7,7 +7,7 @@
 
 namespace lumo {
 
-QImage renderPlotImage(const PlotSpec& spec, QSize size, const PlotStyle& style, const PlotView& view,
+QImage renderPlotImage(const PlotSpec& description, QSize size, const PlotStyle& style, const PlotView& view,
                        qreal devicePixelRatio) {
     const qreal ratio = devicePixelRatio > 0 ? devicePixelRatio : 1;
     const QSize pixels(std::max(1, int(std::ceil(size.width() * ratio))),
@@ -16,7 +16,7 @@ QImage renderPlotImage(const PlotSpec& spec, QSize size, const PlotStyle& style,
     image.setDevicePixelRatio(ratio);
     image.fill(style.paper);
     QPainter painter(&image);
-    paintPlot(painter, QRectF(QPointF(0, 0), QSizeF(size)), spec, style, view);
+    paintPlot(painter, QRectF(QPointF(0, 0), QSizeF(size)), description, style, view);
     painter.end();
     return image;
 }

@@ -3,7 +3,7 @@
 #include <QImage>
 #include <QSize>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/PlotPainter.h"
 #include "LumoUI/plot/PlotStyle.h"
 
@@ -13,7 +13,7 @@ namespace lumo {
 /// `devicePixelRatio` (2 gives a sharp image for print or a high-density screen). The image is
 /// opaque: the plot's card stands on the style's paper colour. Used for the editor's copied and
 /// saved images and for exports, so a plot looks the same everywhere.
-QImage renderPlotImage(const PlotSpec& spec, QSize size, const PlotStyle& style, const PlotView& view = {},
-                       qreal devicePixelRatio = 1);
+QImage renderPlotImage(const PlotSpec& description, QSize size, const PlotStyle& style,
+                       const PlotView& view = {}, qreal devicePixelRatio = 1);
 
 } // namespace lumo

@@ -14,42 +14,42 @@ namespace lumo {
 
 namespace {
 
-bool hasSomethingToDraw(const PlotSpec& spec) {
-    switch (spec.kind) {
+bool hasSomethingToDraw(const PlotSpec& description) {
+    switch (description.kind) {
     case PlotSpec::Kind::curve:
-        return !spec.segments.empty();
+        return !description.segments.empty();
     case PlotSpec::Kind::bars:
-        return !spec.bars.empty();
+        return !description.bars.empty();
     case PlotSpec::Kind::surface:
-        return !spec.surface.empty();
+        return !description.surface.empty();
     }
     return false;
 }
 
 } // namespace
 
-void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& spec, const PlotStyle& style,
+void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& description, const PlotStyle& style,
                const PlotView& view) {
     const PlotCard card = PlotCard::layout(rect, style);
     card.paintBackground(painter, style);
-    card.paintTitle(painter, QString::fromStdString(spec.title), style);
-    if (!hasSomethingToDraw(spec)) {
+    card.paintTitle(painter, QString::fromStdString(description.title), style);
+    if (!hasSomethingToDraw(description)) {
         paintPlotMessage(painter, card.body,
                          QString::fromStdString(L10n::pick("描けるものがありません", "Nothing to draw")),
                          style);
         return;
     }
-    switch (spec.kind) {
+    switch (description.kind) {
     case PlotSpec::Kind::curve: {
-        const PlotSpec* curves[] = {&spec};
+        const PlotSpec* curves[] = {&description};
         paintCurves(painter, CurveFrame(curves, card.body, style), curves, style);
         break;
     }
     case PlotSpec::Kind::bars:
-        paintBarChart(painter, card.body, spec, style);
+        paintBarChart(painter, card.body, description, style);
         break;
     case PlotSpec::Kind::surface:
-        paintSurface(painter, card.body, spec, style, view.surfaceAngle);
+        paintSurface(painter, card.body, description, style, view.surfaceAngle);
         break;
     }
 }
@@ -68,8 +68,8 @@ void paintCurvePlot(QPainter& painter, const QRectF& rect, CurveSet curves, cons
         paintCurves(painter, CurveFrame(curves, card.body, style), curves, style);
 }
 
-CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& spec, const PlotStyle& style) {
-    const PlotSpec* curves[] = {&spec};
+CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& description, const PlotStyle& style) {
+    const PlotSpec* curves[] = {&description};
     return CurveFrame(curves, PlotCard::layout(rect, style).body, style);
 }
 

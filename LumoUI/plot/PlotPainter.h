@@ -2,7 +2,7 @@
 
 #include <QRectF>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/CurvePainter.h"
 
 class QPainter;
@@ -23,7 +23,7 @@ struct PlotView {
 
 /// Draws a plot description on its card, filling `rect`: the title and the curve, the bars or
 /// the surface the description holds.
-void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& spec, const PlotStyle& style,
+void paintPlot(QPainter& painter, const QRectF& rect, const PlotSpec& description, const PlotStyle& style,
                const PlotView& view = {});
 
 /// Several functions on one pair of axes, each in its own colour, with a legend of their
@@ -32,6 +32,6 @@ void paintCurvePlot(QPainter& painter, const QRectF& rect, CurveSet curves, cons
 
 /// Where a curve drawn by paintPlot() into `rect` puts its values, to find the point under the
 /// pointer.
-CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& spec, const PlotStyle& style);
+CurveFrame curveFrameFor(const QRectF& rect, const PlotSpec& description, const PlotStyle& style);
 
 } // namespace lumo

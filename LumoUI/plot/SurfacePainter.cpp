@@ -9,7 +9,7 @@
 #include <initializer_list>
 #include <utility>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 #include "LumoUI/plot/AxisTicks.h"
 #include "LumoUI/plot/PlotStyle.h"
 #include "LumoUI/plot/SurfaceProjection.h"
@@ -41,10 +41,10 @@ double boxCoordinate(double value, PlotRange range) {
 // The floor and the walls that stand behind the surface at this angle, with grid lines at the
 // ticks, so the eye can read heights against them.
 void paintBackPanes(QPainter& painter, const SurfaceProjection& projection, const AxisTicks& xTicks,
-                    const AxisTicks& yTicks, const AxisTicks& zTicks, const PlotSpec& spec,
+                    const AxisTicks& yTicks, const AxisTicks& zTicks, const PlotSpec& description,
                     const PlotStyle& style) {
-    const PlotRange xRange = drawableRange(spec.xRange);
-    const PlotRange yRange = drawableRange(spec.yRange);
+    const PlotRange xRange = drawableRange(description.xRange);
+    const PlotRange yRange = drawableRange(description.yRange);
     QColor pane = style.grid;
     pane.setAlphaF(0.35f);
     const auto polygon = [&](std::initializer_list<BoxPoint> points) {
@@ -115,12 +115,12 @@ void drawLabel(QPainter& painter, const QPointF& at, const QString& text, Qt::Al
 
 // Tick labels along the floor edges nearer to the viewer and up the corner farthest left.
 void paintAxes(QPainter& painter, const SurfaceProjection& projection, const AxisTicks& xTicks,
-               const AxisTicks& yTicks, const AxisTicks& zTicks, const PlotSpec& spec,
+               const AxisTicks& yTicks, const AxisTicks& zTicks, const PlotSpec& description,
                const PlotStyle& style) {
     const QFontMetricsF metrics(style.labelFont());
     painter.setFont(style.labelFont());
-    const PlotRange xRange = drawableRange(spec.xRange);
-    const PlotRange yRange = drawableRange(spec.yRange);
+    const PlotRange xRange = drawableRange(description.xRange);
+    const PlotRange yRange = drawableRange(description.yRange);
     const QPointF centre = projection.toScreen({0, 0, floorZ});
     const auto outward = [&](const QPointF& point, qreal distance) {
         QPointF away = point - centre;
@@ -179,7 +179,7 @@ void paintAxes(QPainter& painter, const SurfaceProjection& projection, const Axi
         painter.drawLine(at, at - QPointF(tick, 0));
         painter.setPen(style.mutedText);
         drawLabel(painter, at - QPointF(tick + metrics.height() * 0.25, 0),
-                  tickLabel(value, zTicks.step, spec.unitLabel), Qt::AlignRight, metrics);
+                  tickLabel(value, zTicks.step, description.unitLabel), Qt::AlignRight, metrics);
     }
     painter.setFont(nameFont);
     painter.setPen(style.text);
@@ -189,31 +189,32 @@ void paintAxes(QPainter& painter, const SurfaceProjection& projection, const Axi
 
 } // namespace
 
-void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& spec, const PlotStyle& style,
+void paintSurface(QPainter& painter, const QRectF& body, const PlotSpec& description, const PlotStyle& style,
                   double angleDegrees) {
     painter.save();
     const QFontMetricsF metrics(style.labelFont());
-    const PlotRange zRange = drawableRange(spec.zRange.value_or(PlotRange{0, 1}));
+    const PlotRange zRange = drawableRange(description.zRange.value_or(PlotRange{0, 1}));
     // About one z tick per two lines of the box's height.
     const qreal boxHeight = (body.height() - metrics.height() * 3.3) * 0.45;
     const AxisTicks zTicks =
         AxisTicks::inside(zRange, std::clamp(int(boxHeight / (metrics.height() * 1.6)), 4, 6));
     qreal zLabels = 0;
     for (double value : zTicks.values)
-        zLabels = std::max(zLabels, metrics.horizontalAdvance(tickLabel(value, zTicks.step, spec.unitLabel)));
+        zLabels = std::max(zLabels,
+                           metrics.horizontalAdvance(tickLabel(value, zTicks.step, description.unitLabel)));
     // Room for the tick labels around the box: the widest z label on the left, a label and an
     // axis name below, and the z axis's name above.
     const qreal side = std::max(zLabels + metrics.height(), metrics.height() * 3.2);
     const QRectF box =
         body.adjusted(side, metrics.height() * 1.1, -metrics.height() * 2.4, -metrics.height() * 2.2);
-    const SurfaceProjection projection(spec, box, angleDegrees);
-    const AxisTicks xTicks = AxisTicks::inside(drawableRange(spec.xRange), 4);
-    const AxisTicks yTicks = AxisTicks::inside(drawableRange(spec.yRange), 4);
+    const SurfaceProjection projection(description, box, angleDegrees);
+    const AxisTicks xTicks = AxisTicks::inside(drawableRange(description.xRange), 4);
+    const AxisTicks yTicks = AxisTicks::inside(drawableRange(description.yRange), 4);
 
     painter.setRenderHint(QPainter::Antialiasing, true);
-    paintBackPanes(painter, projection, xTicks, yTicks, zTicks, spec, style);
+    paintBackPanes(painter, projection, xTicks, yTicks, zTicks, description, style);
     paintFaces(painter, projection, style);
-    paintAxes(painter, projection, xTicks, yTicks, zTicks, spec, style);
+    paintAxes(painter, projection, xTicks, yTicks, zTicks, description, style);
     painter.restore();
 }
 

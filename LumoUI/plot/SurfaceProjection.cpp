@@ -28,11 +28,11 @@ Vector cross(const Vector& a, const Vector& b) {
 
 } // namespace
 
-SurfaceProjection::SurfaceProjection(const PlotSpec& spec, const QRectF& rect, double angleDegrees)
+SurfaceProjection::SurfaceProjection(const PlotSpec& description, const QRectF& rect, double angleDegrees)
     : m_centre(rect.center()), m_cos(std::cos(radians(angleDegrees))), m_sin(std::sin(radians(angleDegrees))),
       m_cosElevation(std::cos(radians(elevationDegrees))),
       m_sinElevation(std::sin(radians(elevationDegrees))),
-      m_z(drawableRange(spec.zRange.value_or(PlotRange{0, 1}))) {
+      m_z(drawableRange(description.zRange.value_or(PlotRange{0, 1}))) {
     // A turned square reaches √2 from its centre at most, across and in depth.
     const double reach = std::numbers::sqrt2;
     const double across = 2 * reach;
@@ -42,7 +42,7 @@ SurfaceProjection::SurfaceProjection(const PlotSpec& spec, const QRectF& rect, d
     const double uprightScale = rect.height() / upright;
     m_scaleAcross = std::max(1e-6, std::min(rect.width() / across, uprightScale * 1.9));
     m_scale = std::max(1e-6, std::min(uprightScale, m_scaleAcross));
-    project(spec);
+    project(description);
 }
 
 double SurfaceProjection::boxZ(double value) const {
@@ -61,8 +61,8 @@ double SurfaceProjection::depthOf(const BoxPoint& point) const {
     return away * m_cosElevation - point.z * m_sinElevation;
 }
 
-void SurfaceProjection::project(const PlotSpec& spec) {
-    const auto& grid = spec.surface;
+void SurfaceProjection::project(const PlotSpec& description) {
+    const auto& grid = description.surface;
     const std::size_t rows = grid.size();
     m_points.assign(rows, {});
     std::vector<std::vector<std::optional<BoxPoint>>> box(rows);

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "LumoKit/sheet/PlotSpec.h"
+#include "LumoKit/sheet/PlotDescription.h"
 
 namespace lumo {
 
@@ -41,7 +41,7 @@ public:
 
     /// `angleDegrees` turns the grid counter-clockwise seen from above; the projection fits
     /// `rect` the same at every angle, so turning never makes the surface grow or shrink.
-    SurfaceProjection(const PlotSpec& spec, const QRectF& rect, double angleDegrees);
+    SurfaceProjection(const PlotSpec& description, const QRectF& rect, double angleDegrees);
 
     QPointF toScreen(const BoxPoint& point) const;
     double depthOf(const BoxPoint& point) const;
@@ -57,7 +57,7 @@ public:
     double boxZ(double value) const;
 
 private:
-    void project(const PlotSpec& spec);
+    void project(const PlotSpec& description);
 
     QPointF m_centre;
     double m_scale = 1;

@@ -3,7 +3,7 @@
 // Compares a rendered image with a reference PNG kept beside the tests, allowing for the small
 // differences of anti-aliasing and font hinting between machines.
 //
-//   expectLooksLike(renderPlotImage(spec, size, style), "LumoUI/plot/references/curve.png");
+//   expectLooksLike(renderPlotImage(description, size, style), "LumoUI/plot/references/curve.png");
 //
 // With LUMO_UPDATE_REFERENCES=1 in the environment the reference is written instead (look at
 // it before committing it). A failing comparison leaves the rendered image and a map of the

@@ -105,8 +105,8 @@ TEST_F(Window, NoTwoCommandsShareAKey) {
     Application& app = launch();
     MainWindow* window = app.windows().value(0);
     QSet<QString> seen;
-    for (const CommandSpec& spec : allCommands()) {
-        for (const QKeySequence& key : window->action(spec.command)->shortcuts()) {
+    for (const CommandDefinition& definition : allCommands()) {
+        for (const QKeySequence& key : window->action(definition.command)->shortcuts()) {
             EXPECT_FALSE(seen.contains(key.toString())) << key.toString().toStdString();
             seen.insert(key.toString());
         }
@@ -147,9 +147,9 @@ TEST_F(Window, EveryLabelFollowsTheLanguage) {
                 EXPECT_EQ(menus[index]->title(),
                           QString::fromUtf8(japanese ? title.japanese : title.english));
             }
-            for (const CommandSpec& spec : allCommands()) {
-                EXPECT_EQ(window->action(spec.command)->text(),
-                          QString::fromUtf8(japanese ? spec.label.japanese : spec.label.english));
+            for (const CommandDefinition& definition : allCommands()) {
+                EXPECT_EQ(window->action(definition.command)->text(),
+                          QString::fromUtf8(japanese ? definition.label.japanese : definition.label.english));
             }
         }
         EXPECT_EQ(app.helpWindow()->windowTitle(),

@@ -156,11 +156,11 @@ TEST(AxisTicks, LabelsAreWrittenLikeAnswers) {
 }
 
 TEST(SurfaceProjection, NearerFacesComeLastAndHolesLeaveGaps) {
-    PlotSpec spec = build("plot(x * y)");
+    PlotSpec description = build("plot(x * y)");
     const QRectF rect(0, 0, 400, 240);
     for (double angle : {0.0, 35.0, 90.0, 200.0, 330.0}) {
         SCOPED_TRACE(angle);
-        const SurfaceProjection projection(spec, rect, angle);
+        const SurfaceProjection projection(description, rect, angle);
         ASSERT_EQ(projection.faces().size(), 400u);
         for (std::size_t i = 1; i < projection.faces().size(); ++i)
             EXPECT_GE(projection.faces()[i - 1].depth, projection.faces()[i].depth);
@@ -171,20 +171,20 @@ TEST(SurfaceProjection, NearerFacesComeLastAndHolesLeaveGaps) {
     }
     // One hole turns its four cells into triangles; a hole's neighbours along a row and a column
     // take two corners from each cell between them, which are then dropped.
-    spec.surface[5][5].reset();
-    EXPECT_EQ(SurfaceProjection(spec, rect, 35).faces().size(), 400u);
-    spec.surface[5][6].reset();
-    const auto faces = SurfaceProjection(spec, rect, 35).faces();
+    description.surface[5][5].reset();
+    EXPECT_EQ(SurfaceProjection(description, rect, 35).faces().size(), 400u);
+    description.surface[5][6].reset();
+    const auto faces = SurfaceProjection(description, rect, 35).faces();
     EXPECT_EQ(faces.size(), 398u);
     EXPECT_EQ(
         std::count_if(faces.begin(), faces.end(), [](const auto& face) { return face.cornerCount == 3; }), 4);
 }
 
 TEST(CurveHover, ReadsTheSampleUnderThePointerAndNothingInAGap) {
-    const PlotSpec spec = build("plot(1 / x)");
-    const PlotSpec* curves[] = {&spec};
+    const PlotSpec description = build("plot(1 / x)");
+    const PlotSpec* curves[] = {&description};
     const PlotStyle style = styleFor(Appearance::light);
-    const CurveFrame frame = curveFrameFor(QRectF(0, 0, 560, 300), spec, style);
+    const CurveFrame frame = curveFrameFor(QRectF(0, 0, 560, 300), description, style);
     const QPointF atTwo = frame.toPixel(2, 0.5);
     const auto hover = curveHoverAt(frame, curves, atTwo + QPointF(0.4, 30));
     ASSERT_TRUE(hover);
