@@ -27,6 +27,7 @@
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
+#include "LumoUI/store/LaunchArguments.h"
 #include "LumoUI/store/SheetSession.h"
 #include "LumoUI/store/UndoCenter.h"
 
@@ -76,6 +77,9 @@ Application::Application(Setup setup, QObject* parent)
     connect(m_settings.get(), &AppSettings::appearanceChanged, this, &Application::applyAppearance);
     m_notifications->observe(notification::languageChanged, this, [this] { retranslateDialogs(); });
 
+    // A new sync folder is used at once; LUMO_CLOUD_DIR, when set, keeps the store where it is.
+    connect(m_settings.get(), &AppSettings::cloudFolderChanged, this,
+            [this] { m_store->setCloudFolder(cloudFolderForLaunch(m_settings.get())); });
     connect(m_store.get(), &DocumentStore::clearSheetPromptChanged, this,
             &Application::clearSheetPromptChanged);
     // Nothing typed is lost when the user switches to another application or logs out.

@@ -255,11 +255,10 @@ QWidget* SettingsWindow::buildSyncPage() {
     fieldColumn->addWidget(addNote(
         field, {"Dropbox や Nextcloud、Syncthing などが他の端末と同じに保つフォルダーを選ぶと、その中の "
                 "「Documents」フォルダーに書類のコピーが置かれ、他の端末の変更と合わせられます。"
-                "新しいフォルダーは次に Lumo を起動したときから使われます。",
+                "新しいフォルダーはすぐに使われます。",
                 "Choose a folder that a sync client such as Dropbox, Nextcloud or Syncthing keeps the "
                 "same on your other devices. Lumo keeps a copy of your sheets in its “Documents” "
-                "folder and merges the changes made elsewhere. A new folder is used from the next "
-                "time Lumo starts."}));
+                "folder and merges the changes made elsewhere. A new folder is used at once."}));
     addRow(form, {"同期フォルダー(&F):", "Sync &folder:"}, field);
     choose->setFocusPolicy(Qt::StrongFocus);
     static_cast<QLabel*>(form->labelForField(field))->setBuddy(choose);

@@ -20,10 +20,7 @@ QString pick(const char* japanese, const char* english) {
 
 NameLineDialog::NameLineDialog(Purpose purpose, const QString& lineText, const QString& proposedName,
                                Validator validator, QWidget* parent)
-    : QDialog(parent), m_validator(std::move(validator)) {
-    const bool renaming = purpose == Purpose::rename;
-    setWindowTitle(renaming ? pick("名前を変える", "Rename")
-                            : pick("この行に名前を付ける", "Name that line"));
+    : QDialog(parent), m_purpose(purpose), m_validator(std::move(validator)) {
     setModal(true);
 
     auto* layout = new QVBoxLayout(this);
@@ -37,12 +34,10 @@ NameLineDialog::NameLineDialog(Purpose purpose, const QString& lineText, const Q
     line->setFont(lineFont);
     layout->addWidget(line);
 
-    if (renaming) {
-        auto* hint = new QLabel(pick("この名前を使っている行もすべて一緒に変わります。",
-                                     "Every line using the name is updated together."),
-                                this);
-        hint->setWordWrap(true);
-        layout->addWidget(hint);
+    if (m_purpose == Purpose::rename) {
+        m_hint = new QLabel(this);
+        m_hint->setWordWrap(true);
+        layout->addWidget(m_hint);
     }
 
     m_field = new QLineEdit(proposedName, this);
@@ -50,7 +45,7 @@ NameLineDialog::NameLineDialog(Purpose purpose, const QString& lineText, const Q
     m_field->setMinimumWidth(280);
     layout->addWidget(m_field);
 
-    m_refusalTitle = new QLabel(pick("名前を付けられません", "Can’t Use This Name"), this);
+    m_refusalTitle = new QLabel(this);
     QFont titleFont = m_refusalTitle->font();
     titleFont.setWeight(QFont::Bold);
     m_refusalTitle->setFont(titleFont);
@@ -66,19 +61,36 @@ NameLineDialog::NameLineDialog(Purpose purpose, const QString& lineText, const Q
     layout->addWidget(m_refusal);
 
     auto* buttons = new QDialogButtonBox(this);
-    m_confirm = buttons->addButton(renaming ? pick("名前を変える", "Rename") : pick("名前を付ける", "Name"),
-                                   QDialogButtonBox::AcceptRole);
+    m_confirm = buttons->addButton(QString(), QDialogButtonBox::AcceptRole);
     m_confirm->setDefault(true);
-    buttons->addButton(pick("キャンセル", "Cancel"), QDialogButtonBox::RejectRole);
+    m_cancel = buttons->addButton(QString(), QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::accepted, this, &NameLineDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &NameLineDialog::reject);
     layout->addWidget(buttons);
+    relabel();
 
     // A changed name clears the old refusal, which no longer applies to it.
     connect(m_field, &QLineEdit::textEdited, this, [this] {
         m_refusalTitle->hide();
         m_refusal->hide();
     });
+}
+
+void NameLineDialog::relabel() {
+    const bool renaming = m_purpose == Purpose::rename;
+    setWindowTitle(renaming ? pick("名前を変える", "Rename")
+                            : pick("この行に名前を付ける", "Name that line"));
+    if (m_hint)
+        m_hint->setText(pick("この名前を使っている行もすべて一緒に変わります。",
+                             "Every line using the name is updated together."));
+    m_refusalTitle->setText(pick("名前を付けられません", "Can’t Use This Name"));
+    m_confirm->setText(renaming ? pick("名前を変える", "Rename") : pick("名前を付ける", "Name"));
+    m_cancel->setText(pick("キャンセル", "Cancel"));
+    // A refusal on screen is asked for again, so that it too is in the new language.
+    if (!m_refusal->isHidden() && m_validator) {
+        if (const std::optional<QString> message = m_validator(m_field->text()))
+            m_refusal->setText(*message);
+    }
 }
 
 QString NameLineDialog::name() const {

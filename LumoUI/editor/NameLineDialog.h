@@ -31,16 +31,21 @@ public:
     QLineEdit* nameField() const { return m_field; }
     /// The refusal shown, empty while there is none.
     QString refusal() const;
+    /// Sets every text in the current language; the owner calls it when the language changes.
+    void relabel();
 
 public slots:
     void accept() override;
 
 private:
+    Purpose m_purpose;
     Validator m_validator;
+    QLabel* m_hint = nullptr;
     QLineEdit* m_field = nullptr;
     QLabel* m_refusalTitle = nullptr;
     QLabel* m_refusal = nullptr;
     QPushButton* m_confirm = nullptr;
+    QPushButton* m_cancel = nullptr;
 };
 
 } // namespace lumo

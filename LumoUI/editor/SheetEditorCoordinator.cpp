@@ -298,6 +298,8 @@ void SheetEditor::Coordinator::requestName(int line) {
         },
         m_parent);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
+    if (m_notifications)
+        m_notifications->observe(notification::languageChanged, dialog, [dialog] { dialog->relabel(); });
     connect(dialog, &QDialog::accepted, this,
             [this, dialog, line, oldName] { rename(line, oldName, dialog->name()); });
     dialog->open();

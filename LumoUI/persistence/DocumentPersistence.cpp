@@ -52,10 +52,31 @@ DocumentPersistence::DocumentPersistence(Options options, DocumentSource source,
     m_mergeTimer.setInterval(m_options.mergeDelay);
     connect(&m_mergeTimer, &QTimer::timeout, this, &DocumentPersistence::checkRemote);
 
-    if (!m_options.cloudFolder.isEmpty()) {
-        m_cloud = new CloudSync(m_options.cloudFolder, this);
-        connect(m_cloud, &CloudSync::remoteChanged, &m_mergeTimer, qOverload<>(&QTimer::start));
+    watchCloudFolder();
+}
+
+void DocumentPersistence::watchCloudFolder() {
+    if (m_options.cloudFolder.isEmpty())
+        return;
+    m_cloud = new CloudSync(m_options.cloudFolder, this);
+    connect(m_cloud, &CloudSync::remoteChanged, &m_mergeTimer, qOverload<>(&QTimer::start));
+}
+
+void DocumentPersistence::setCloudFolder(const QString& folder) {
+    if (folder == m_options.cloudFolder)
+        return;
+    // A write started for the old folder must not record its bytes as the new folder's.
+    while (m_writesInFlight > 0) {
+        m_writer.waitForDone();
+        QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     }
+    m_mergeTimer.stop();
+    delete m_cloud;
+    m_options.cloudFolder = folder;
+    m_lastSyncedData.reset();
+    m_syncedDocument.reset();
+    m_mergedConflictCopies.clear();
+    watchCloudFolder();
 }
 
 DocumentPersistence::~DocumentPersistence() {

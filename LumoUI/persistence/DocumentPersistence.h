@@ -82,6 +82,11 @@ public:
     bool hasUnsavedChanges() const { return m_savedGeneration < m_changeGeneration; }
 
     QString localFile() const { return m_options.localFile; }
+    /// Moves the cloud copy to `folder` (empty: no cloud copy) while running. Writes to the old
+    /// folder finish first. What the new folder already holds is merged by the dates alone, since
+    /// it has nothing in common with this device yet; a folder without a copy gets one.
+    void setCloudFolder(const QString& folder);
+    QString cloudFolder() const { return m_options.cloudFolder; }
     CloudSync* cloud() const { return m_cloud; }
     /// The bytes last read from or written to the cloud file (the local file's at start).
     const std::optional<QByteArray>& lastSyncedData() const { return m_lastSyncedData; }
@@ -124,6 +129,7 @@ private:
     enum class WriteMode { checked, localOnly };
 
     void startSave();
+    void watchCloudFolder();
     WriteJob makeJob(WriteMode mode);
     /// Runs on the writer thread, so it is given everything it needs.
     static WriteResult write(const WriteJob& job);

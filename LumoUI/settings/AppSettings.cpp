@@ -321,7 +321,7 @@ void AppSettings::acceptTerms() {
 }
 
 void AppSettings::setCloudFolder(const QString& folder) {
-    write(m_cloudFolder, folder, keys::cloudFolder, folder, noSignal);
+    write(m_cloudFolder, folder, keys::cloudFolder, folder, &AppSettings::cloudFolderChanged);
 }
 
 KeyLayouts AppSettings::keyLayouts() const {

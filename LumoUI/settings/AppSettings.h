@@ -129,6 +129,7 @@ signals:
     void hapticFeedbackChanged(bool enabled);
     void languageChanged(lumo::AppLanguage language);
     void acceptedTermsVersionChanged(int version);
+    void cloudFolderChanged(const QString& folder);
     /// setViewPreference() stored a different value, so every view of that preference follows.
     void viewPreferenceChanged(const QString& key, const QVariant& value);
 

@@ -124,6 +124,11 @@ const std::optional<QByteArray>& DocumentStore::lastSyncedData() const {
     return m_persistence ? m_persistence->lastSyncedData() : none;
 }
 
+void DocumentStore::setCloudFolder(const QString& folder) {
+    if (m_persistence)
+        m_persistence->setCloudFolder(folder);
+}
+
 const Sheet* DocumentStore::sheet(const Uuid& id) const {
     return m_edits.sheet(id);
 }

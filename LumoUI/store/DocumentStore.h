@@ -68,6 +68,9 @@ public:
     /// The local "document.json"; empty for an in-memory store or without a storage folder.
     QString storageURL() const;
     const std::optional<QByteArray>& lastSyncedData() const;
+    /// Keeps the cloud copy in `folder` from now on (empty: nowhere); see
+    /// DocumentPersistence::setCloudFolder(). Does nothing for a store that saves nothing.
+    void setCloudFolder(const QString& folder);
     const Sheet* sheet(const Uuid& id) const;
     UndoCenter* undoCenter() const { return m_undoCenter; }
 

@@ -18,11 +18,14 @@ DocumentStoreOptions storeOptionsForLaunch(const QStringList& arguments, const A
         return options;
     }
     options.storageDirectory = defaultStorageDirectory();
-    if (qEnvironmentVariableIsSet("LUMO_CLOUD_DIR"))
-        options.cloudFolder = qEnvironmentVariable("LUMO_CLOUD_DIR");
-    else if (settings)
-        options.cloudFolder = settings->cloudFolder();
+    options.cloudFolder = cloudFolderForLaunch(settings);
     return options;
+}
+
+QString cloudFolderForLaunch(const AppSettings* settings) {
+    if (qEnvironmentVariableIsSet("LUMO_CLOUD_DIR"))
+        return qEnvironmentVariable("LUMO_CLOUD_DIR");
+    return settings ? settings->cloudFolder() : QString();
 }
 
 QString defaultStorageDirectory() {

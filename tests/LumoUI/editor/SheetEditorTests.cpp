@@ -382,6 +382,23 @@ TEST_F(SheetEditorTest, TheLanguageSwitchedLiveRelabelsTheMenus) {
     EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("すべてを選択"));
     settings->setLanguage(AppLanguage::english);
     EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("Select All"));
+
+    // A naming dialog left open follows too, its refusal included.
+    rightClick(view->overlay(), unnamed);
+    QMenu* menu = openMenu(view);
+    ASSERT_TRUE(menu);
+    menu->actions().front()->trigger();
+    menu->close();
+    NameLineDialog* dialog = openDialog(editor);
+    ASSERT_TRUE(dialog);
+    dialog->nameField()->clear();
+    QTest::keyClicks(dialog->nameField(), "2x");
+    QTest::keyClick(dialog->nameField(), Qt::Key_Return);
+    settings->setLanguage(AppLanguage::japanese);
+    EXPECT_EQ(dialog->windowTitle(), "この行に名前を付ける");
+    EXPECT_EQ(dialog->refusal(), "名前には文字と数字だけが使えます（先頭は文字）");
+    dialog->reject();
+    settings->setLanguage(AppLanguage::english);
 }
 
 TEST_F(SheetEditorTest, AnswersAreAccessibleObjectsTiedToTheirLines) {

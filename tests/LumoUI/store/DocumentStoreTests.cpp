@@ -250,6 +250,42 @@ TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder) {
     EXPECT_TRUE(sameSheets(readDocument(cloudFile), device.store->document()));
 }
 
+TEST(DocumentStoreSync, AFolderChosenWhileRunningIsUsedAtOnce) {
+    FakeClock clock;
+    Device device(QString(), clock, baseDocument(Timestamp{clock.seconds}));
+    clock.seconds += 10;
+    device.store->updateText(sheetX, "1\nnewer here\n");
+
+    QTemporaryDir empty;
+    device.store->setCloudFolder(empty.path());
+    const QString uploaded = QDir(empty.path()).filePath("Documents/document.json");
+    ASSERT_TRUE(waitUntil([&] { return QFile::exists(uploaded); }));
+    EXPECT_TRUE(sameSheets(readDocument(uploaded), device.store->document()));
+
+    // A folder that already holds an older copy from elsewhere: nothing in common, so the dates
+    // decide, and the newer text here is not replaced by the stale one there.
+    QTemporaryDir used;
+    LumoDocument elsewhere = baseDocument(Timestamp{clock.seconds - 5});
+    elsewhere.sheets[0].text = "1\nolder there\n";
+    elsewhere.sheets.push_back({Uuid::random(), "Z", "from elsewhere\n", Timestamp{clock.seconds - 5}, {}});
+    const QString shared = QDir(used.path()).filePath("Documents/document.json");
+    writeDocument(shared, elsewhere);
+    device.store->setCloudFolder(used.path());
+    ASSERT_TRUE(waitUntil([&] { return device.store->document().sheets.size() == 3; }));
+    EXPECT_EQ(device.sheet(sheetX)->text, "1\nnewer here\n");
+    ASSERT_TRUE(waitUntil([&] { return sameSheets(readDocument(shared), device.store->document()); }));
+
+    // Stopping leaves the last folder as it was.
+    device.store->setCloudFolder(QString());
+    clock.seconds += 10;
+    device.store->updateText(sheetY, "2\nlocal only\n");
+    device.store->flush();
+    const LumoDocument left = readDocument(shared);
+    EXPECT_EQ(left.sheets.size(), 3u);
+    EXPECT_TRUE(std::none_of(left.sheets.begin(), left.sheets.end(),
+                             [](const Sheet& sheet) { return sheet.text == "2\nlocal only\n"; }));
+}
+
 TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond) {
     QTemporaryDir local;
     DocumentStore::Options options; // the production delays
