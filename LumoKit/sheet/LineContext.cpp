@@ -67,6 +67,11 @@ std::optional<Value> RunningSum::value() const {
 LineContext::LineContext(const EvaluationOptions& options, BudgetLimits limits)
     : budget(limits), m_options(options) {}
 
+void LineContext::expectLines(std::size_t count) {
+    byLine.reserve(count);
+    m_retainedByLine.reserve(count);
+}
+
 std::optional<Value> LineContext::valueOf(const std::string& name) {
     if (!locals.empty()) {
         const auto& scope = locals.back();

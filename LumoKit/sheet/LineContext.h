@@ -70,6 +70,10 @@ public:
     /// scope while a function runs, else the sheet's names.
     void assign(const std::string& name, Value value);
 
+    /// Makes room for the answers of a sheet of `count` lines at once: growing the tables line
+    /// by line would move every answer kept so far each time they fill up.
+    void expectLines(std::size_t count);
+
     /// A blank line ends the block that sum adds up.
     void endBlock() { block.clear(); }
 

@@ -68,6 +68,7 @@ ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& o
     : m_lines(std::move(lines)), m_context(options, limits), m_results(m_lines.size()),
       m_visited(m_lines.size(), false), m_others(others) {
     m_context.parses = parses;
+    m_context.expectLines(m_lines.size());
 }
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
