@@ -115,6 +115,23 @@ std::string decimalForm(double number, int maxFractionDigits, Grouping grouping)
            text.substr(point);
 }
 
+// Whole numbers below 10^13, most answers, are already at 13 significant digits and have no
+// fraction: their digits are written at once, without the rounding and the shortest-digits search.
+bool isSmallWholeNumber(double number) {
+    return std::fabs(number) < 1e13 && number == std::trunc(number);
+}
+
+std::string wholeNumberForm(double number, Grouping grouping) {
+    char buffer[24];
+    const auto whole = static_cast<long long>(number);
+    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, whole < 0 ? -whole : whole);
+    const std::string_view digits(buffer, std::size_t(end - buffer));
+    std::string text = whole < 0 ? "-" : "";
+    if (grouping == Grouping::none)
+        return text.append(digits);
+    return text + groupThousands(digits);
+}
+
 std::string formatList(const Value& list, const EvaluationOptions& options, Grouping grouping, int depth);
 
 std::string formatAt(const Value& value, const EvaluationOptions& options, Grouping grouping, int depth) {
@@ -174,6 +191,10 @@ std::string ValueFormatter::formatNumber(double number, const EvaluationOptions&
         return "—";
     if (std::isinf(number))
         return number > 0 ? "∞" : "-∞";
+    if (number == 0)
+        return "0";
+    if (isSmallWholeNumber(number))
+        return wholeNumberForm(number, grouping);
     const double rounded = roundSignificant(number);
     if (rounded == 0)
         return "0";
