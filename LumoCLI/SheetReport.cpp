@@ -146,12 +146,13 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
     // cost more than the whole evaluation of the sheet.
     std::string json;
     for (const auto& sheet : sheets) {
+        // Every row of a sheet starts the same way.
+        std::string rowStart = "{\"sheet\":";
+        appendJsonString(rowStart, sheet.name);
+        rowStart += ",\"line\":";
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];
-            json.clear();
-            json += "{\"sheet\":";
-            appendJsonString(json, sheet.name);
-            json += ",\"line\":";
+            json.assign(rowStart);
             json += std::to_string(i + 1);
             json += ",\"kind\":\"";
             json += kindWord(result.outcome.kind);
