@@ -13,6 +13,7 @@
 #include "bench/UniqueCorpus.h"
 #include "LumoKit/base/HeapPolicy.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/SheetParseCache.h"
 
 namespace {
 
@@ -91,6 +92,31 @@ void uniqueSheet(benchmark::State& state) {
     state.counters["kept_B_per_line"] = static_cast<double>(keptPerRun) / lines;
 }
 BENCHMARK(uniqueSheet)->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// The engine's share of a keystroke: a run with the parse cache of the run before, after one
+// digit was typed at the end of a number in the middle of the sheet (alternately typed and
+// deleted, so each run sees a change).
+void uniqueSheetAfterKeystroke(benchmark::State& state) {
+    const auto lines = static_cast<int>(state.range(0));
+    const std::string text = bench::uniqueSheet(lines);
+    std::size_t at = text.size() / 2;
+    while (at < text.size() && !(text[at] >= '0' && text[at] <= '9'))
+        ++at;
+    std::string typed = text;
+    typed.insert(at, 1, '7');
+    SheetParseCache cache;
+    DocumentEvaluator::evaluate(text, {}, EvaluationOptions{}, cache);
+    bool withDigit = false;
+    for (auto _ : state) {
+        withDigit = !withDigit;
+        auto results = DocumentEvaluator::evaluate(withDigit ? typed : text, {}, EvaluationOptions{}, cache);
+        benchmark::DoNotOptimize(results.data());
+    }
+    state.counters["us_per_line"] =
+        benchmark::Counter(static_cast<double>(lines) * 1e-6,
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(uniqueSheetAfterKeystroke)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 // One long line: a flat chain of terms of the given size in bytes. Time and the heap's peak
 // are per input byte, and must stay flat from 100 kB to 10 MB.

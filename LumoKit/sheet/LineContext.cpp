@@ -73,6 +73,13 @@ void LineContext::expectLines(std::size_t count) {
 }
 
 std::optional<Value> LineContext::valueOf(const std::string& name) {
+    std::optional<Value> value = lookUp(name);
+    if (m_recording)
+        m_recording->reads.push_back({name, 0, value});
+    return value;
+}
+
+std::optional<Value> LineContext::lookUp(const std::string& name) {
     if (!locals.empty()) {
         const auto& scope = locals.back();
         if (const auto found = scope.find(name); found != scope.end())
@@ -94,12 +101,16 @@ std::optional<Value> LineContext::valueOf(const std::string& name) {
 }
 
 std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
-    if (line < 1 || static_cast<std::uint64_t>(line) > byLine.size())
-        return std::nullopt;
-    return byLine[static_cast<std::size_t>(line - 1)];
+    std::optional<Value> value;
+    if (line >= 1 && static_cast<std::uint64_t>(line) <= byLine.size())
+        value = byLine[static_cast<std::size_t>(line - 1)];
+    if (m_recording)
+        m_recording->reads.push_back({std::string(), line, value});
+    return value;
 }
 
 std::optional<Value> LineContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
+    m_recordingHolds = false;
     if (!findFunction || !runFunction)
         return std::nullopt;
     const ProgramFunction* function = findFunction(name);
@@ -155,7 +166,7 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
         return {LineOutcome::makeFailure(MessageKind::unitsMixedInSum, m_options.language), statement.name};
     }
     try {
-        LineOutcome outcome = evaluateStatement(line, *parsedLine.statement, continued, counting, owner);
+        LineOutcome outcome = evaluateStatement(line, parsedLine, continued, counting, owner);
         if (outcome.kind == LineOutcome::Kind::plot)
             return {std::move(outcome), std::nullopt};
         return {std::move(outcome), statement.name};
@@ -165,8 +176,9 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     }
 }
 
-LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Statement& statement,
+LineOutcome LineContext::evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
                                            bool continued, LineCounting counting, LineOwner owner) {
+    const Statement& statement = *parsedLine.statement;
     if (isPlotCall(*statement.expr)) {
         try {
             return LineOutcome::makePlot(
@@ -180,7 +192,12 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Stat
         }
     }
 
-    Value answer = Evaluator(m_options, this).evaluate(*statement.expr);
+    // Only a run that keeps its parses between runs can meet a memo again, and only lines
+    // outside loops and functions read the same values run after run.
+    const bool memoized =
+        parses && owner == LineOwner::thisSheet && counting == LineCounting::counted && locals.empty();
+    Value answer =
+        memoized ? memoizedAnswer(parsedLine) : Evaluator(m_options, this).evaluate(*statement.expr);
     retain(line, owner, answer);
     previous = answer;
     if (owner == LineOwner::thisSheet) {
@@ -196,6 +213,49 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Stat
     if (statement.name)
         assign(*statement.name, answer);
     return LineOutcome::makeValue(std::move(answer));
+}
+
+Value LineContext::memoizedAnswer(const ParsedLine& parsedLine) {
+    std::optional<LineMemo>& memo = parsedLine.memo;
+    if (memo && memoHolds(*memo))
+        return memo->answer;
+    memo.reset();
+    LineMemo recording{m_options, {}, {}};
+    m_recording = &recording;
+    m_recordingHolds = true;
+    Value answer;
+    try {
+        answer = Evaluator(m_options, this).evaluate(*parsedLine.statement->expr);
+    } catch (...) {
+        m_recording = nullptr;
+        throw;
+    }
+    m_recording = nullptr;
+    if (m_recordingHolds) {
+        recording.answer = answer;
+        memo = std::move(recording);
+    }
+    return answer;
+}
+
+bool LineContext::memoHolds(const LineMemo& memo) {
+    if (memo.options != m_options)
+        return false;
+    // Reading a sum of mixed units marks the line; a memo that no longer holds marks nothing.
+    const bool mixedBefore = mixedUnits;
+    try {
+        for (const LineMemo::Read& read : memo.reads) {
+            const std::optional<Value> now = read.name.empty() ? answerOnLine(read.line) : lookUp(read.name);
+            if (now != read.value) {
+                mixedUnits = mixedBefore;
+                return false;
+            }
+        }
+    } catch (const CalcError&) {
+        mixedUnits = mixedBefore;
+        return false;
+    }
+    return true;
 }
 
 void LineContext::retain(const Program::Line& line, LineOwner owner, const Value& answer) {

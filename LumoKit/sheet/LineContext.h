@@ -86,13 +86,20 @@ private:
     /// Whether the line is calculated as a continuation of the previous answer ("prev " in front).
     bool continues(const Program::Line& line);
     const ParsedLine& parsed(const Program::Line& line, bool continued);
-    LineOutcome evaluateStatement(const Program::Line& line, const Statement& statement, bool continued,
+    LineOutcome evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine, bool continued,
                                   LineCounting counting, LineOwner owner);
+    /// The answer of a line of this sheet outside any function, from its memo when every read
+    /// recorded there reads the same now, else evaluated and recorded.
+    Value memoizedAnswer(const ParsedLine& parsedLine);
+    bool memoHolds(const LineMemo& memo);
+    std::optional<Value> lookUp(const std::string& name);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
     EvaluationOptions m_options;
     std::vector<std::size_t> m_retainedByLine; // by 0-based line index
     std::size_t m_retained = 0;
+    LineMemo* m_recording = nullptr; // where the reads of the line being evaluated go
+    bool m_recordingHolds = false;   // false once the line called a function
 };
 
 } // namespace lumo

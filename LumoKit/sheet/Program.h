@@ -13,6 +13,7 @@
 
 #include "LumoKit/base/Messages.h"
 #include "LumoKit/language/Parser.h"
+#include "LumoKit/sheet/LineMemo.h"
 #include "LumoKit/sheet/SheetLines.h"
 
 namespace lumo {
@@ -28,6 +29,9 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 struct ParsedLine {
     std::optional<Statement> statement; // absent when the parse failed
     Message error;                      // the parser's message when it failed
+    /// The last answer worked out from this parse, when a run kept its parses in a cache. Only
+    /// the run that holds the cache touches it.
+    mutable std::optional<LineMemo> memo;
 };
 
 /// The parses of one line, as written and continued with "prev ", filled on first use.

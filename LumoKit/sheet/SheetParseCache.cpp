@@ -8,7 +8,7 @@
 namespace lumo {
 
 ParsedLine parseLine(std::string_view text) {
-    ParsedLine parsedLine{std::nullopt, {}};
+    ParsedLine parsedLine;
     try {
         parsedLine.statement = parseStatement(text);
     } catch (const CalcError& error) {

@@ -18,11 +18,11 @@ ParsedLine parseLine(std::string_view text);
 /// The parses of one sheet's lines kept from one run to the next, so that a run after a
 /// keystroke parses only the lines that changed.
 ///
-/// Only parses are kept, keyed by the exact text that was parsed: a parse depends on nothing
-/// else (a failed parse keeps its message's kind, not a text in one language). Answers are never kept, since
-/// a line's answer depends on the names above it and on other sheets' functions; every run evaluates every
-/// line. Entries that a run did not use are dropped at its end, so the cache stays the size of the sheet. One
-/// run at a time may use a cache.
+/// Parses are keyed by the exact text that was parsed: a parse depends on nothing else (a
+/// failed parse keeps its message's kind, not a text in one language). Each parse also carries
+/// the last answer worked out from it with the reads it made (LineMemo), which a later run uses
+/// only when every read gives the same value again. Entries that a run did not use are dropped
+/// at its end, so the cache stays the size of the sheet. One run at a time may use a cache.
 class SheetParseCache {
 public:
     /// The parse of `text`, from the cache or made now.

@@ -52,7 +52,10 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
         result.number = addOrSubtract(left.number, change, sign);
         return result;
     }
-    const AlignedNumbers aligned = alignUnits(withoutPercent(left), right);
+    // Sums of a sheet come through here on every line: the left side is copied only when it
+    // is a percent that must become a plain number first.
+    const AlignedNumbers aligned =
+        left.isPercent ? alignUnits(withoutPercent(left), right) : alignUnits(left, right);
     return Value::withUnit(addOrSubtract(aligned.left, aligned.right, sign), aligned.unit);
 }
 

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "LumoKit/base/EvaluationOptions.h"
+#include "LumoKit/values/Value.h"
+
+namespace lumo {
+
+/// A line's last answer with everything its evaluation read from the sheet: the names (the
+/// sheet words among them) and the line answers, each with what it read, in order. Evaluation
+/// is a pure function of the parse, the options and these reads, so when every read gives the
+/// same value again the answer is the same, wherever the line has moved. A line that called a
+/// function gets no memo: a call runs program lines and spends the run's budget.
+struct LineMemo {
+    struct Read {
+        std::string name;      // empty for a line answer
+        std::int64_t line = 0; // for a line answer, 1-based
+        std::optional<Value> value;
+    };
+
+    EvaluationOptions options;
+    std::vector<Read> reads;
+    Value answer;
+};
+
+} // namespace lumo
