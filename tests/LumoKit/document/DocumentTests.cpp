@@ -5,22 +5,13 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/document/Document.h"
+#include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using lumo::test::idOf;
+using lumo::test::sheet;
 
 namespace {
-
-// Sheets named by one hex digit: sheet 'A' has the identifier AAAAAAAA-AAAA-….
-Uuid idOf(char letter) {
-    std::string text(36, letter);
-    for (std::size_t hyphen : {8, 13, 18, 23})
-        text[hyphen] = '-';
-    return *Uuid::fromString(text);
-}
-
-Sheet sheet(char letter, double updatedAt, std::string text = "") {
-    return Sheet{idOf(letter), std::string(1, letter), std::move(text), Timestamp{updatedAt}, {}};
-}
 
 // "A:text B:text" in document order, then "| †A@time" for every tombstone.
 std::string summary(const LumoDocument& document) {

@@ -5,24 +5,16 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/document/ThreeWayMerge.h"
+#include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using lumo::test::idOf;
+using lumo::test::sheet;
 
 namespace {
 
-Uuid idOf(char letter) {
-    std::string text(36, letter);
-    for (std::size_t hyphen : {8, 13, 18, 23})
-        text[hyphen] = '-';
-    return *Uuid::fromString(text);
-}
-
 constexpr double t = 1'000'000;
 constexpr double now = t + 100;
-
-Sheet sheet(char letter, double updatedAt, std::string text) {
-    return Sheet{idOf(letter), std::string(1, letter), std::move(text), Timestamp{updatedAt}, {}};
-}
 
 LumoDocument document(std::vector<Sheet> sheets, std::map<std::string, Timestamp> tombstones = {},
                       std::optional<double> orderTime = std::nullopt) {

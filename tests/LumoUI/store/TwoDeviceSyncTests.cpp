@@ -16,73 +16,22 @@
 #include <random>
 #include <set>
 
-#include "LumoKit/base/Language.h"
 #include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/store/DocumentStore.h"
+#include "support/QtTestSupport.h"
+#include "support/StoreTestSupport.h"
 
 using namespace lumo;
+using namespace lumo::test;
 using namespace std::chrono_literals;
 
 namespace {
 
-class QtEnvironment : public testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "TwoDeviceSyncTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QCoreApplication>(argc, argv);
-        L10n::setCurrent(AppLanguage::english);
-    }
-    void TearDown() override {
-        m_application.reset();
-        L10n::setCurrent(AppLanguage::system);
-    }
+const auto* const qtEnvironment =
+    testing::AddGlobalTestEnvironment(new test::QtEnvironment("TwoDeviceSyncTests"));
 
-private:
-    std::unique_ptr<QCoreApplication> m_application;
-};
-
-const auto* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
-
-bool waitUntil(const std::function<bool()>& done, int timeoutMs = 4000) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QTimer tick;
-    tick.start(5);
-    while (!done()) {
-        if (elapsed.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-void runFor(int ms) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    waitUntil([&] { return elapsed.elapsed() >= ms; }, ms + 1000);
-}
-
-constexpr double startSeconds = 1'700'000'000;
 constexpr double year = 365.0 * 24 * 60 * 60;
-
-const Uuid sheetX = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000001");
-const Uuid sheetY = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000002");
-
-LumoDocument baseDocument() {
-    LumoDocument document;
-    document.sheets = {{sheetX, "X", "1\n", Timestamp{startSeconds}, {}},
-                       {sheetY, "Y", "2\n", Timestamp{startSeconds}, {}}};
-    document.selectedSheetID = sheetX;
-    return document;
-}
-
-void writeDocument(const QString& path, const LumoDocument& document) {
-    ASSERT_TRUE(
-        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
-}
 
 struct Delays {
     std::chrono::milliseconds save = 40ms;
@@ -99,13 +48,10 @@ struct Device {
     void start(const QString& cloudFolder, const std::optional<LumoDocument>& seed, Delays delays = {}) {
         if (seed)
             writeDocument(localFile(), *seed);
-        DocumentStore::Options options;
-        options.storageDirectory = local.path();
-        options.cloudFolder = cloudFolder;
-        options.saveDelay = delays.save;
-        options.mergeDelay = delays.merge;
-        options.clock = [this] { return Timestamp{seconds}; };
-        store = std::make_unique<DocumentStore>(options, nullptr, nullptr, nullptr);
+        store = std::make_unique<DocumentStore>(
+            test::syncingOptions(
+                local.path(), cloudFolder, [this] { return Timestamp{seconds}; }, delays.save, delays.merge),
+            nullptr, nullptr, nullptr);
         QObject::connect(store.get(), &DocumentStore::saved, [this] { ++saves; });
     }
     QString localFile() const { return QDir(local.path()).filePath("document.json"); }
