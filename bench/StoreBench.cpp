@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "bench/BenchHarness.h"
 #include "bench/UniqueCorpus.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
@@ -13,44 +14,11 @@ using namespace lumo;
 
 namespace {
 
-// Everyday lines: names, units, percentages, lists, prev and a small function.
-const char* const block[] = {
-    "price = 1200",
-    "qty = 35",
-    "price × qty + 10%",
-    "width = 120 mm",
-    "depth = 300 mm",
-    "area = width × depth",
-    "36 kN / area in N/mm2",
-    "rent = 82000円",
-    "rent × 12",
-    "2 h + 30 min in min",
-    "prices = [4800, 12000, 3200]",
-    "sum(prices)",
-    "prev × 2",
-    "",
-    "// a note",
-    "def half(v):",
-    "    return v / 2",
-    "half(prev)",
-    "sqrt(2) * sin(pi / 4)",
-    "5 km in m",
-};
-// The line "rent × 12", where digits are typed.
-constexpr int typedLine = 8;
-
-std::string longSheet(int lines) {
-    std::string text;
-    for (int written = 0; written < lines; ++written) {
-        text += block[static_cast<std::size_t>(written) % std::size(block)];
-        text += '\n';
-    }
-    return text;
-}
+using namespace lumo::bench;
 
 // Where a typed digit lands: the end of the typed line in the block nearest the middle.
 std::size_t typingPosition(const std::string& text, int lines) {
-    const int blockSize = static_cast<int>(std::size(block));
+    const int blockSize = static_cast<int>(std::size(everydayLines));
     const int target = lines / 2 / blockSize * blockSize + typedLine;
     std::size_t position = 0;
     for (int line = 0; line < target; ++line)
@@ -66,7 +34,7 @@ void keystrokeIntoSheet(benchmark::State& state) {
     SheetSession session(&store);
     session.activate();
     const Uuid sheetID = *session.sheetID();
-    std::string text = longSheet(lines);
+    std::string text = everydaySheet(lines) + '\n';
     store.updateText(sheetID, text);
 
     // A digit typed and deleted in turn keeps the sheet the same size from one keystroke to the next.
