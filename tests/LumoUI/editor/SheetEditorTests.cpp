@@ -232,60 +232,30 @@ TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
     };
     struct Attempt {
         const char* what;
+        int line, column, selectTo; // where the caret is, and the selection's end or -1
         std::function<void()> act;
     };
     QApplication::clipboard()->setText("99");
     const Attempt attempts[] = {
-        {"typing",
+        {"typing", 1, 3, -1, [&] { typeText("5"); }},
+        {"typing at the end", 1, 7, -1, [&] { typeText("5"); }},
+        {"backspace joining the next line", 2, 0, -1, [&] { QTest::keyClick(view, Qt::Key_Backspace); }},
+        {"delete joining from above", 0, 7, -1, [&] { QTest::keyClick(view, Qt::Key_Delete); }},
+        {"paste", 1, 2, -1, [&] { QTest::keySequence(view, QKeySequence::Paste); }},
+        {"cut across", 0, 3, 12, [&] { QTest::keySequence(view, QKeySequence::Cut); }},
+        {"return inside", 1, 2, -1, [&] { QTest::keyClick(view, Qt::Key_Return); }},
+        {"an input-method commit", 1, 2, -1,
          [&] {
-             placeCaret(1, 3);
-             typeText("5");
-         }},
-        {"typing at the end",
-         [&] {
-             placeCaret(1, 7);
-             typeText("5");
-         }},
-        {"backspace joining the next line",
-         [&] {
-             placeCaret(2, 0);
-             QTest::keyClick(view, Qt::Key_Backspace);
-         }},
-        {"delete joining from above",
-         [&] {
-             placeCaret(0, 7);
-             QTest::keyClick(view, Qt::Key_Delete);
-         }},
-        {"paste",
-         [&] {
-             placeCaret(1, 2);
-             QTest::keySequence(view, QKeySequence::Paste);
-         }},
-        {"cut across",
-         [&] {
-             placeCaret(0, 3, 12);
-             QTest::keySequence(view, QKeySequence::Cut);
-         }},
-        {"return inside",
-         [&] {
-             placeCaret(1, 2);
-             QTest::keyClick(view, Qt::Key_Return);
-         }},
-        {"an input-method commit",
-         [&] {
-             placeCaret(1, 2);
              QInputMethodEvent commit;
              commit.setCommitString("五");
              QApplication::sendEvent(view, &commit);
          }},
-        {"an answer",
-         [&] {
-             placeCaret(1, 7);
-             QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0));
-         }},
+        {"an answer", 1, 7, -1,
+         [&] { QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0)); }},
     };
     for (const Attempt& attempt : attempts) {
         const qsizetype before = refused.size();
+        placeCaret(attempt.line, attempt.column, attempt.selectTo);
         attempt.act();
         EXPECT_EQ(text(), original) << attempt.what;
         EXPECT_EQ(refused.size(), before + 1) << attempt.what;
