@@ -8,8 +8,10 @@
 #include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using lumo::test::document;
 using lumo::test::idOf;
 using lumo::test::sheet;
+using lumo::test::tomb;
 
 namespace {
 
@@ -30,18 +32,6 @@ constexpr double day = 86400;
 
 TEST(Document, Merging) {
     const double now = 1000 * day;
-    const auto document = [](std::vector<Sheet> sheets, std::map<std::string, Timestamp> tombstones = {},
-                             std::optional<double> orderTime = std::nullopt) {
-        LumoDocument d;
-        d.sheets = std::move(sheets);
-        d.deletedSheets = std::move(tombstones);
-        if (orderTime)
-            d.sheetOrderUpdatedAt = Timestamp{*orderTime};
-        return d;
-    };
-    const auto tomb = [](char letter, double at) {
-        return std::pair{idOf(letter).toString(), Timestamp{at}};
-    };
     const double t = now - day;
     const struct {
         const char* name;

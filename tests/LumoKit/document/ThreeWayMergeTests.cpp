@@ -8,27 +8,15 @@
 #include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using lumo::test::document;
 using lumo::test::idOf;
 using lumo::test::sheet;
+using lumo::test::tomb;
 
 namespace {
 
 constexpr double t = 1'000'000;
 constexpr double now = t + 100;
-
-LumoDocument document(std::vector<Sheet> sheets, std::map<std::string, Timestamp> tombstones = {},
-                      std::optional<double> orderTime = std::nullopt) {
-    LumoDocument d;
-    d.sheets = std::move(sheets);
-    d.deletedSheets = std::move(tombstones);
-    if (orderTime)
-        d.sheetOrderUpdatedAt = Timestamp{*orderTime};
-    return d;
-}
-
-std::pair<std::string, Timestamp> tomb(char letter, double at) {
-    return {idOf(letter).toString(), Timestamp{at}};
-}
 
 // "A:text B:text" in document order.
 std::string summary(const LumoDocument& d) {

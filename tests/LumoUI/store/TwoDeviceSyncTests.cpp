@@ -87,6 +87,26 @@ std::string summaryForDebug(const LumoDocument& d) {
     return out + std::to_string(d.deletedSheets.size()) + " tombstones";
 }
 
+// Both devices agree with the cloud copy and nothing has been saved for `quietMs`.
+bool settled(const Device& a, const Device& b, const SharedCloud& cloud, int timeoutMs, int quietMs) {
+    const auto agree = [&] {
+        return visible(a.document()) == visible(b.document()) &&
+               visible(a.document()) == visible(cloud.document());
+    };
+    QElapsedTimer quiet;
+    quiet.start();
+    int lastSaves = -1;
+    return waitUntil(
+        [&] {
+            if (a.saves + b.saves != lastSaves) {
+                lastSaves = a.saves + b.saves;
+                quiet.restart();
+            }
+            return quiet.elapsed() >= quietMs && agree();
+        },
+        timeoutMs);
+}
+
 struct TwoDevices : testing::Test {
     SharedCloud cloud;
     Device a;
@@ -97,25 +117,7 @@ struct TwoDevices : testing::Test {
         a.start(cloud.folder.path(), baseDocument(), delays);
         b.start(cloud.folder.path(), baseDocument(), delays);
     }
-    bool agree() const {
-        return visible(a.document()) == visible(b.document()) &&
-               visible(a.document()) == visible(cloud.document());
-    }
-    // Both devices agree with the cloud copy and nothing has been saved for `quietMs`.
-    bool settle(int timeoutMs = 4000, int quietMs = 250) {
-        QElapsedTimer quiet;
-        quiet.start();
-        int lastSaves = -1;
-        return waitUntil(
-            [&] {
-                if (a.saves + b.saves != lastSaves) {
-                    lastSaves = a.saves + b.saves;
-                    quiet.restart();
-                }
-                return quiet.elapsed() >= quietMs && agree();
-            },
-            timeoutMs);
-    }
+    bool settle() { return settled(a, b, cloud, 4000, 250); }
 };
 
 } // namespace
@@ -414,23 +416,7 @@ void runRandomSession(unsigned seed) {
         runFor(pick(25));
     }
 
-    const auto agree = [&] {
-        return visible(devices[0].document()) == visible(devices[1].document()) &&
-               visible(devices[0].document()) == visible(cloud.document());
-    };
-    QElapsedTimer quiet;
-    quiet.start();
-    int lastSaves = -1;
-    const bool settled = waitUntil(
-        [&] {
-            if (devices[0].saves + devices[1].saves != lastSaves) {
-                lastSaves = devices[0].saves + devices[1].saves;
-                quiet.restart();
-            }
-            return quiet.elapsed() >= 300 && agree();
-        },
-        8000);
-    ASSERT_TRUE(settled) << "seed " << seed << trace;
+    ASSERT_TRUE(settled(devices[0], devices[1], cloud, 8000, 300)) << "seed " << seed << trace;
     for (const auto& [sheet, token] : typed) {
         const bool deleted = deletedByUser.count(sheet) || deletedTexts.find(token) != std::string::npos;
         EXPECT_TRUE(deleted || holdsText(devices[0].document(), token))
