@@ -1,5 +1,6 @@
 #include "LumoCLI/SheetReport.h"
 
+#include <array>
 #include <cmath>
 #include <ostream>
 #include <string_view>
@@ -68,6 +69,14 @@ nlohmann::ordered_json plotJson(const PlotSpec& plot) {
 // Invalid UTF-8 from the input is replaced rather than failing the whole run.
 std::string dumpJson(const nlohmann::ordered_json& json) {
     return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+// A number exactly as dumpJson writes it (the library's shortest round-trip form, "2.0" for
+// whole numbers), without building a JSON value for it.
+void appendJsonNumber(std::string& json, double number) {
+    std::array<char, 64> buffer;
+    char* end = nlohmann::detail::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+    json.append(buffer.data(), std::size_t(end - buffer.data()));
 }
 
 // A JSON string exactly as dumpJson writes it: valid UTF-8 as it is, with quotes, backslashes
@@ -148,7 +157,10 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                     const double number = result.outcome.value.number;
                     // JSON has no NaN or infinity; those answers keep only their text.
                     json += ",\"number\":";
-                    json += std::isfinite(number) ? dumpJson(nlohmann::ordered_json(number)) : "null";
+                    if (std::isfinite(number))
+                        appendJsonNumber(json, number);
+                    else
+                        json += "null";
                     const std::string unit = answerUnit(result.outcome.value);
                     json += ",\"unit\":";
                     if (unit.empty())
