@@ -8,10 +8,7 @@
 #include "support/DocumentTestSupport.h"
 
 using namespace lumo;
-using lumo::test::document;
-using lumo::test::idOf;
-using lumo::test::sheet;
-using lumo::test::tomb;
+using namespace lumo::test;
 
 namespace {
 

@@ -8,10 +8,7 @@
 #include "LumoUI/editor/PlotLayer.h"
 
 using namespace lumo;
-using lumo::testing::EditorFixture;
-using lumo::testing::menuLabels;
-using lumo::testing::openMenu;
-using lumo::testing::rightClick;
+using namespace lumo::testing;
 
 namespace {
 

@@ -14,11 +14,7 @@
 #include "LumoUI/editor/ResultColumnHandle.h"
 
 using namespace lumo;
-using lumo::testing::EditorFixture;
-using lumo::testing::menuLabels;
-using lumo::testing::openMenu;
-using lumo::testing::rightClick;
-using lumo::testing::visibleChild;
+using namespace lumo::testing;
 
 namespace {
 
