@@ -118,6 +118,11 @@ struct TwoDevices : testing::Test {
         b.start(cloud.folder.path(), baseDocument(), delays);
     }
     bool settle() { return settled(a, b, cloud, 4000, 250); }
+    // Saves and documents of both devices and the cloud, for a failure's message.
+    std::string state() const {
+        return std::to_string(a.saves) + " " + std::to_string(b.saves) + summaryForDebug(a.document()) +
+               " | " + summaryForDebug(b.document()) + " | cloud " + summaryForDebug(cloud.document());
+    }
 };
 
 } // namespace
@@ -207,16 +212,12 @@ TEST_F(TwoDevices, EditsOfOneSheetInTheSameInstantConvergeKeepingBothTexts) {
 
 TEST_F(TwoDevices, EditsOfOneSheetMadeApartWithoutSeeingEachOtherKeepBothTexts) {
     startBoth(Delays{200ms, 30ms});
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
-                          << summaryForDebug(b.document()) << " | cloud "
-                          << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << state();
     a.seconds += 10;
     a.store->updateText(sheetX, "1\nfrom a\n");
     b.seconds += 11;
     b.store->updateText(sheetX, "1\nfrom b\n");
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
-                          << summaryForDebug(b.document()) << " | cloud "
-                          << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << state();
     EXPECT_TRUE(holdsText(b.document(), "from a"));
     EXPECT_TRUE(holdsText(b.document(), "from b"));
 }
