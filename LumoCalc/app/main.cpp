@@ -6,6 +6,7 @@
 
 #include "LumoCalc/app/Application.h"
 #include "LumoCalc/app/LaunchOptions.h"
+#include "LumoKit/base/HeapPolicy.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ int main(int argc, char** argv) {
         break;
     }
 
+    lumo::keepHeapBetweenRuns();
     // A picture can be taken on a machine without a screen.
     if (!launch.screenshotFile.isEmpty() && !lumo::hasDisplay() &&
         qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))

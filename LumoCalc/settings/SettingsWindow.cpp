@@ -255,10 +255,11 @@ QWidget* SettingsWindow::buildSyncPage() {
     fieldColumn->addWidget(addNote(
         field, {"Dropbox や Nextcloud、Syncthing などが他の端末と同じに保つフォルダーを選ぶと、その中の "
                 "「Documents」フォルダーに書類のコピーが置かれ、他の端末の変更と合わせられます。"
-                "新しいフォルダーはすぐに使われます。",
+                "新しく選んだフォルダーはすぐに使われ、中にすでにある書類も合わせられます。",
                 "Choose a folder that a sync client such as Dropbox, Nextcloud or Syncthing keeps the "
                 "same on your other devices. Lumo keeps a copy of your sheets in its “Documents” "
-                "folder and merges the changes made elsewhere. A new folder is used at once."}));
+                "folder and merges the changes made elsewhere. A folder you choose is used at once, and a "
+                "copy already in it is merged with your sheets."}));
     addRow(form, {"同期フォルダー(&F):", "Sync &folder:"}, field);
     choose->setFocusPolicy(Qt::StrongFocus);
     static_cast<QLabel*>(form->labelForField(field))->setBuddy(choose);

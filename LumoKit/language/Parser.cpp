@@ -190,42 +190,24 @@ bool same(const expr::PercentOf& a, const expr::PercentOf& b) {
 } // namespace
 
 Expr::~Expr() {
-    // Children are queued rather than released here: a child's own destructor, run while the
-    // queue drains, queues its children in turn, so the stack never grows with the tree.
+    // Only chains of binary operators grow without limit, and they grow leftwards: every other
+    // way of nesting is bounded by the parser. A chain is released by recursion while it is
+    // shallow, as nearly every tree is; deeper links are queued instead, and released in a loop
+    // by the link that started queueing, so the stack never grows with the chain.
+    auto* binary = std::get_if<expr::Binary>(&node);
+    if (!binary || !binary->left)
+        return;
+    constexpr int recursionLimit = 256;
+    thread_local int depth = 0;
+    if (depth < recursionLimit) {
+        ++depth;
+        binary->left.reset();
+        --depth;
+        return;
+    }
     thread_local std::vector<ExprPtr> queue;
     thread_local bool draining = false;
-    const auto queueChild = [](ExprPtr& child) {
-        if (child && child.use_count() == 1)
-            queue.push_back(std::move(child));
-    };
-    std::visit(overloaded{
-                   [&](expr::Binary& binary) {
-                       queueChild(binary.left);
-                       queueChild(binary.right);
-                   },
-                   [&](expr::Unary& unary) { queueChild(unary.operand); },
-                   [&](expr::Percent& percent) { queueChild(percent.operand); },
-                   [&](expr::UnitApply& apply) { queueChild(apply.operand); },
-                   [&](expr::Convert& convert) { queueChild(convert.operand); },
-                   [&](expr::Index& index) {
-                       queueChild(index.target);
-                       queueChild(index.position);
-                   },
-                   [&](expr::PercentOf& percentOf) {
-                       queueChild(percentOf.percentage);
-                       queueChild(percentOf.base);
-                   },
-                   [&](expr::List& list) {
-                       for (auto& item : list.items)
-                           queueChild(item);
-                   },
-                   [&](expr::Call& call) {
-                       for (auto& argument : call.args)
-                           queueChild(argument);
-                   },
-                   [](auto&) {},
-               },
-               node);
+    queue.push_back(std::move(binary->left));
     if (draining)
         return;
     draining = true;

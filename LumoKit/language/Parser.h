@@ -92,8 +92,7 @@ struct Expr {
     // Built from any of its cases. Spelled out because clang does not yet build aggregates
     // from parentheses, which std::make_shared needs.
     Expr(Node n, SourceRange r = {}) : node(std::move(n)), range(r) {}
-    /// Releases the children without recursion, so that a chain of any length is freed
-    /// in constant stack.
+    /// Releases a chain of binary operators of any length in bounded stack.
     ~Expr();
 
     template <typename T> const T* as() const { return std::get_if<T>(&node); }

@@ -262,6 +262,7 @@ TEST(Parser, HostileInputEndsInATreeOrAnError) {
     EXPECT_NO_THROW(parseStatement(repeated("1+", 500) + "1"));
     // Chains of terms are flat, not nested, whatever their length.
     EXPECT_NO_THROW(parseStatement(repeated("1+", 50000) + "1"));
+    EXPECT_NO_THROW(parseStatement("1+" + repeated("2*", 50000) + "2 - (" + repeated("3/", 50000) + "3)"));
     EXPECT_NO_THROW(parseStatement(repeated("2 ", 50000)));
     EXPECT_NO_THROW(parseStatement(repeated("a < ", 50000) + "b"));
     EXPECT_NO_THROW(parseStatement("[" + repeated("1, ", 30000) + "1]"));
