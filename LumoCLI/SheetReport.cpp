@@ -9,6 +9,7 @@
 
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/export/SheetAnswers.h"
+#include "LumoKit/export/TextExport.h"
 
 namespace lumo::cli {
 
@@ -28,18 +29,6 @@ const char* kindWord(LineOutcome::Kind kind) {
         return "plot";
     }
     return "blank";
-}
-
-const char* plotKindWord(PlotSpec::Kind kind) {
-    switch (kind) {
-    case PlotSpec::Kind::curve:
-        return "curve";
-    case PlotSpec::Kind::bars:
-        return "bars";
-    case PlotSpec::Kind::surface:
-        return "surface";
-    }
-    return "curve";
 }
 
 nlohmann::ordered_json rangeJson(const PlotRange& range) {

@@ -4,34 +4,23 @@
 // samples in milliseconds ("median_ms"); a turning frame should stay within 8 ms.
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QSettings>
-#include <QTemporaryDir>
 
-#include <algorithm>
-#include <chrono>
-#include <memory>
 #include <string>
-#include <vector>
 
-#include "LumoUI/editor/CalcTextView.h"
+#include "bench/BenchHarness.h"
 #include "LumoUI/editor/PlotLayer.h"
-#include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/plot/PlotPainter.h"
 #include "LumoUI/plot/PlotStyle.h"
-#include "LumoUI/settings/AppSettings.h"
-#include "LumoUI/settings/NotificationCenter.h"
-#include "LumoUI/store/DocumentStore.h"
-#include "LumoUI/store/SheetSession.h"
 
 using namespace lumo;
-using Clock = std::chrono::steady_clock;
 
 namespace {
+
+using namespace lumo::bench;
 
 // Curves, bars and surfaces in turn, each a little different so no two drawings are alike.
 std::string twentyPlots() {
@@ -53,49 +42,13 @@ std::string twentyPlots() {
     return text;
 }
 
-QApplication& application() {
-    static int argc = 1;
-    static char name[] = "PlotBench";
-    static char* argv[] = {name, nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_SCALE_FACTOR", "1");
-    static QApplication app(argc, argv);
-    return app;
-}
-
-double milliseconds(Clock::duration elapsed) {
-    return std::chrono::duration<double, std::milli>(elapsed).count();
-}
-
-void report(benchmark::State& state, std::vector<double> samples) {
-    if (samples.empty())
-        return;
-    std::sort(samples.begin(), samples.end());
-    state.counters["median_ms"] = samples[samples.size() / 2];
-    state.counters["p90_ms"] = samples[samples.size() * 9 / 10];
-}
-
 // An editor tall enough to show all twenty plots at the standard text size.
-class Bench {
+class Bench : public EditorHarness {
 public:
-    explicit Bench(const std::string& text, QSize size) {
-        application();
-        m_settingsStore =
-            std::make_unique<QSettings>(m_folder.filePath("settings.ini"), QSettings::IniFormat);
-        notifications = std::make_unique<NotificationCenter>();
-        settings = std::make_unique<AppSettings>(*m_settingsStore, notifications.get());
-        settings->setAppearance(AppearanceSetting::light);
-        DocumentStore::Options options;
-        options.source = DocumentStore::Source::starter;
-        store = std::make_unique<DocumentStore>(options, notifications.get(), nullptr, settings.get());
-        session = std::make_unique<SheetSession>(store.get());
-        session->activate();
-        editor = std::make_unique<SheetEditor>(session.get(), settings.get(), notifications.get());
-        editor->resize(size);
-        editor->show();
+    explicit Bench(const std::string& text, QSize size)
+        : EditorHarness(size, StoreEvaluation::synchronous, AppearanceSetting::light) {
         store->updateText(*session->sheetID(), text);
         QApplication::processEvents();
-        view = editor->textView();
         view->verticalScrollBar()->setValue(0);
         view->viewport()->repaint();
     }
@@ -104,15 +57,6 @@ public:
         QMouseEvent event(type, at, view->viewport()->mapToGlobal(at), button, buttons, {});
         QApplication::sendEvent(view->viewport(), &event);
     }
-
-    QTemporaryDir m_folder;
-    std::unique_ptr<QSettings> m_settingsStore;
-    std::unique_ptr<NotificationCenter> notifications;
-    std::unique_ptr<AppSettings> settings;
-    std::unique_ptr<DocumentStore> store;
-    std::unique_ptr<SheetSession> session;
-    std::unique_ptr<SheetEditor> editor;
-    CalcTextView* view = nullptr;
 };
 
 enum class Drawings { cached, fresh };
@@ -123,7 +67,7 @@ void paintTwentyPlots(benchmark::State& state, Drawings drawings) {
         state.SkipWithError("not every plot is in view");
         return;
     }
-    std::vector<double> samples;
+    Samples samples(state);
     bool dark = false;
     for (auto _ : state) {
         if (drawings == Drawings::fresh) {
@@ -131,13 +75,11 @@ void paintTwentyPlots(benchmark::State& state, Drawings drawings) {
             dark = !dark;
             bench.view->setAppearance(dark ? Appearance::dark : Appearance::light);
         }
-        const Clock::time_point start = Clock::now();
+        samples.start();
         bench.view->viewport()->repaint();
-        const double elapsed = milliseconds(Clock::now() - start);
-        state.SetIterationTime(elapsed / 1000);
-        samples.push_back(elapsed);
+        samples.stop();
     }
-    report(state, samples);
+    samples.report();
 }
 
 void paintTwentyPlotsFromCache(benchmark::State& state) {
@@ -160,25 +102,22 @@ void surfaceRotationFrame(benchmark::State& state) {
     }
     const QPointF start = boxes.front().rect.center();
     bench.mouse(QEvent::MouseButtonPress, start, Qt::LeftButton, Qt::LeftButton);
-    std::vector<double> samples;
+    Samples samples(state);
     int step = 0;
     for (auto _ : state) {
         const QPointF at = start + QPointF((++step % 200) - 100, 0);
-        const Clock::time_point clockStart = Clock::now();
+        samples.start();
         bench.mouse(QEvent::MouseMove, at, Qt::NoButton, Qt::LeftButton);
         bench.view->viewport()->repaint(boxes.front().rect.toAlignedRect());
-        const double elapsed = milliseconds(Clock::now() - clockStart);
-        state.SetIterationTime(elapsed / 1000);
-        samples.push_back(elapsed);
+        samples.stop();
     }
     bench.mouse(QEvent::MouseButtonRelease, start, Qt::LeftButton, Qt::NoButton);
-    report(state, samples);
+    samples.report();
 }
 BENCHMARK(surfaceRotationFrame)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(200);
 
 // The surface alone drawn into an image of a card's size, without the editor around it.
 void drawOneSurface(benchmark::State& state) {
-    application();
     Bench bench("plot(sin(x) * cos(y), -3, 3, -3, 3)\n", QSize(1000, 700));
     const auto& results = bench.view->results();
     if (results.empty() || !results.front().outcome.plot) {
@@ -188,19 +127,17 @@ void drawOneSurface(benchmark::State& state) {
     const PlotSpec& description = *results.front().outcome.plot;
     const PlotStyle style = PlotStyle::make(Appearance::light, {}, bench.view->font());
     QImage image(QSize(620, 260), QImage::Format_ARGB32_Premultiplied);
-    std::vector<double> samples;
+    Samples samples(state);
     double angle = 0;
     for (auto _ : state) {
-        const Clock::time_point start = Clock::now();
+        samples.start();
         image.fill(style.paper);
         QPainter painter(&image);
         paintPlot(painter, QRectF(0, 0, 620, 260), description, style, PlotView{angle += 3});
         painter.end();
-        const double elapsed = milliseconds(Clock::now() - start);
-        state.SetIterationTime(elapsed / 1000);
-        samples.push_back(elapsed);
+        samples.stop();
     }
-    report(state, samples);
+    samples.report();
 }
 BENCHMARK(drawOneSurface)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(200);
 

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "bench/BenchHarness.h"
 #include "bench/UniqueCorpus.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
@@ -13,44 +14,11 @@ using namespace lumo;
 
 namespace {
 
-// Everyday lines: names, units, percentages, lists, prev and a small function.
-const char* const block[] = {
-    "price = 1200",
-    "qty = 35",
-    "price × qty + 10%",
-    "width = 120 mm",
-    "depth = 300 mm",
-    "area = width × depth",
-    "36 kN / area in N/mm2",
-    "rent = 82000円",
-    "rent × 12",
-    "2 h + 30 min in min",
-    "prices = [4800, 12000, 3200]",
-    "sum(prices)",
-    "prev × 2",
-    "",
-    "// a note",
-    "def half(v):",
-    "    return v / 2",
-    "half(prev)",
-    "sqrt(2) * sin(pi / 4)",
-    "5 km in m",
-};
-// The line "rent × 12", where digits are typed.
-constexpr int typedLine = 8;
-
-std::string longSheet(int lines) {
-    std::string text;
-    for (int written = 0; written < lines; ++written) {
-        text += block[static_cast<std::size_t>(written) % std::size(block)];
-        text += '\n';
-    }
-    return text;
-}
+using namespace lumo::bench;
 
 // Where a typed digit lands: the end of the typed line in the block nearest the middle.
 std::size_t typingPosition(const std::string& text, int lines) {
-    const int blockSize = static_cast<int>(std::size(block));
+    const int blockSize = static_cast<int>(std::size(everydayLines));
     const int target = lines / 2 / blockSize * blockSize + typedLine;
     std::size_t position = 0;
     for (int line = 0; line < target; ++line)
@@ -58,19 +26,16 @@ std::size_t typingPosition(const std::string& text, int lines) {
     return text.find('\n', position);
 }
 
-void keystrokeIntoSheet(benchmark::State& state) {
-    const int lines = static_cast<int>(state.range(0));
+// A digit typed at `at` and deleted in turn keeps the sheet the same size from one keystroke
+// to the next.
+void typeAndDelete(benchmark::State& state, std::string text, std::size_t at) {
     DocumentStore::Options options;
     options.source = DocumentStore::Source::starter;
     DocumentStore store(options, nullptr, nullptr, nullptr);
     SheetSession session(&store);
     session.activate();
     const Uuid sheetID = *session.sheetID();
-    std::string text = longSheet(lines);
     store.updateText(sheetID, text);
-
-    // A digit typed and deleted in turn keeps the sheet the same size from one keystroke to the next.
-    const std::size_t at = typingPosition(text, lines);
     bool typed = false;
     for (auto _ : state) {
         if (typed)
@@ -83,41 +48,29 @@ void keystrokeIntoSheet(benchmark::State& state) {
     }
     state.SetLabel(std::to_string(store.results().size()) + " results");
 }
+
+void keystrokeIntoSheet(benchmark::State& state) {
+    const int lines = static_cast<int>(state.range(0));
+    const std::string text = everydaySheet(lines) + '\n';
+    typeAndDelete(state, text, typingPosition(text, lines));
+}
 BENCHMARK(keystrokeIntoSheet)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond)
     ->Repetitions(9)
     ->DisplayAggregatesOnly(true);
 
-// The same keystroke into a sheet of unique lines: a digit typed and deleted in turn at the
-// start of the first line from the middle on that starts with a number.
+// The same keystroke into a sheet of unique lines, at the start of the first line from the
+// middle on that starts with a number.
 void keystrokeIntoUniqueSheet(benchmark::State& state) {
     const int lines = static_cast<int>(state.range(0));
-    DocumentStore::Options options;
-    options.source = DocumentStore::Source::starter;
-    DocumentStore store(options, nullptr, nullptr, nullptr);
-    SheetSession session(&store);
-    session.activate();
-    const Uuid sheetID = *session.sheetID();
-    std::string text = bench::uniqueSheet(lines);
-    store.updateText(sheetID, text);
-
+    const std::string text = bench::uniqueSheet(lines);
     std::size_t at = 0;
     for (int line = 0; line < lines / 2; ++line)
         at = text.find('\n', at) + 1;
     while (at < text.size() && !(text[at] >= '1' && text[at] <= '9'))
         at = text.find('\n', at) + 1;
-    bool typed = false;
-    for (auto _ : state) {
-        if (typed)
-            text.erase(at, 1);
-        else
-            text.insert(at, 1, '7');
-        typed = !typed;
-        store.updateText(sheetID, text);
-        benchmark::DoNotOptimize(store.results().data());
-    }
-    state.SetLabel(std::to_string(store.results().size()) + " results");
+    typeAndDelete(state, text, at);
 }
 BENCHMARK(keystrokeIntoUniqueSheet)
     ->Arg(1000)

@@ -15,18 +15,6 @@ constexpr std::size_t maxTextColumn = 48; // longer lines push their answer furt
 constexpr std::size_t sketchWidth = 40;
 constexpr std::size_t sketchHeight = 8;
 
-const char* plotKindWord(PlotSpec::Kind kind) {
-    switch (kind) {
-    case PlotSpec::Kind::curve:
-        return "curve";
-    case PlotSpec::Kind::bars:
-        return "bars";
-    case PlotSpec::Kind::surface:
-        return "surface";
-    }
-    return "curve";
-}
-
 std::string padLeft(const std::string& text, std::size_t width) {
     std::size_t shown = unicode::displayWidth(text);
     return shown >= width ? text : std::string(width - shown, ' ') + text;
@@ -109,6 +97,18 @@ std::string shownAnswer(const LineResult& result, const EvaluationOptions& optio
 }
 
 } // namespace
+
+const char* plotKindWord(PlotSpec::Kind kind) {
+    switch (kind) {
+    case PlotSpec::Kind::curve:
+        return "curve";
+    case PlotSpec::Kind::bars:
+        return "bars";
+    case PlotSpec::Kind::surface:
+        return "surface";
+    }
+    return "curve";
+}
 
 std::string plotSummary(const PlotSpec& plot, const EvaluationOptions& options) {
     std::string summary = std::string("[") + plotKindWord(plot.kind) + "]";

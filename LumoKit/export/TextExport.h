@@ -33,6 +33,9 @@ std::string sheetWithAnswers(const EvaluatedSheet& sheet, const EvaluationOption
 /// A few rows of text that sketch a plot under its line.
 std::vector<std::string> sketchPlot(const PlotSpec& plot, const EvaluationOptions& options);
 
+/// The plot's kind as one word ("curve", "bars", "surface"), as the exports and the JSON name it.
+const char* plotKindWord(PlotSpec::Kind kind);
+
 /// The kind of plot and its ranges on one line: "[curve] x -10…10, y -2.25…130".
 std::string plotSummary(const PlotSpec& plot, const EvaluationOptions& options);
 

@@ -290,12 +290,10 @@ TEST_F(Settings, EveryWindowIsRelabelledWhenTheLanguageChanges) {
     MainWindow* window = app.windows().value(0);
     activate(window);
     SettingsWindow* settings = openSettings(app);
-    window->action(Command::help)->trigger();
     window->action(Command::termsOfUse)->trigger();
     window->action(Command::about)->trigger();
     window->action(Command::clearSheet)->trigger();
     ASSERT_NE(app.confirmation(), nullptr);
-    ASSERT_NE(app.helpWindow(), nullptr);
     ASSERT_NE(app.termsDialog(), nullptr);
     const auto about = [&app]() -> QMessageBox* {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -316,14 +314,11 @@ TEST_F(Settings, EveryWindowIsRelabelledWhenTheLanguageChanges) {
     const std::vector<Label> labels{
         {"window title", [window] { return window->windowTitle(); }, "はじめてのシート — Lumo",
          "Getting Started — Lumo"},
-        {"menu", [window] { return window->menus().value(0)->title(); }, menuBarLayout()[0].title.japanese,
-         menuBarLayout()[0].title.english},
         {"settings title", [settings] { return settings->windowTitle(); }, "設定", "Settings"},
         {"settings tab", [settings] { return settings->pages()->tabText(2); }, "文字の色", "Syntax Colours"},
         {"colour title",
          [settings] { return settings->findChild<QPushButton*>(QStringLiteral("resetAllColors"))->text(); },
          "すべて既定の色に戻す", "Reset All Colours"},
-        {"help", [&app] { return app.helpWindow()->windowTitle(); }, "Lumo ヘルプ", "Lumo Help"},
         {"terms", [&app] { return app.termsDialog()->windowTitle(); }, "Lumo の利用規約",
          "Lumo Terms of Use"},
         {"about", [&about] { return about()->windowTitle(); }, "Lumo について", "About Lumo"},
@@ -464,27 +459,6 @@ TEST_F(Settings, SyncFolderIsChosenAndTurnedOff) {
     EXPECT_TRUE(app.settings()->cloudFolder().isEmpty());
     EXPECT_TRUE(stored("lumo.cloudFolder").isEmpty());
     EXPECT_TRUE(folder->text().isEmpty());
-}
-
-// Run by hand (--gtest_also_run_disabled_tests) to look at every page in both languages and
-// appearances; the pictures go to the current folder.
-TEST_F(Settings, DISABLED_PicturesOfEveryPage) {
-    Application& app = launch();
-    SettingsWindow* settings = openSettings(app);
-    for (AppLanguage language : {AppLanguage::english, AppLanguage::japanese}) {
-        app.settings()->setLanguage(language);
-        for (AppearanceSetting appearance : {AppearanceSetting::light, AppearanceSetting::dark}) {
-            app.settings()->setAppearance(appearance);
-            for (int page = 0; page < settings->pages()->count(); ++page) {
-                settings->pages()->setCurrentIndex(page);
-                QCoreApplication::processEvents();
-                settings->grab().save(
-                    QStringLiteral("settings-%1-%2-%3.png")
-                        .arg(QString::fromStdString(std::string(rawValue(language))), rawValue(appearance))
-                        .arg(page));
-            }
-        }
-    }
 }
 
 } // namespace

@@ -6,18 +6,12 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/document/DocumentJson.h"
+#include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using lumo::test::idOf;
 
 namespace {
-
-// Sheets named by one hex digit: sheet 'A' has the identifier AAAAAAAA-AAAA-….
-Uuid idOf(char letter) {
-    std::string text(36, letter);
-    for (std::size_t hyphen : {8, 13, 18, 23})
-        text[hyphen] = '-';
-    return *Uuid::fromString(text);
-}
 
 std::string decodeFailure(const std::string& bytes) {
     try {

@@ -5,22 +5,12 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/document/Document.h"
+#include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using namespace lumo::test;
 
 namespace {
-
-// Sheets named by one hex digit: sheet 'A' has the identifier AAAAAAAA-AAAA-….
-Uuid idOf(char letter) {
-    std::string text(36, letter);
-    for (std::size_t hyphen : {8, 13, 18, 23})
-        text[hyphen] = '-';
-    return *Uuid::fromString(text);
-}
-
-Sheet sheet(char letter, double updatedAt, std::string text = "") {
-    return Sheet{idOf(letter), std::string(1, letter), std::move(text), Timestamp{updatedAt}, {}};
-}
 
 // "A:text B:text" in document order, then "| †A@time" for every tombstone.
 std::string summary(const LumoDocument& document) {
@@ -39,18 +29,6 @@ constexpr double day = 86400;
 
 TEST(Document, Merging) {
     const double now = 1000 * day;
-    const auto document = [](std::vector<Sheet> sheets, std::map<std::string, Timestamp> tombstones = {},
-                             std::optional<double> orderTime = std::nullopt) {
-        LumoDocument d;
-        d.sheets = std::move(sheets);
-        d.deletedSheets = std::move(tombstones);
-        if (orderTime)
-            d.sheetOrderUpdatedAt = Timestamp{*orderTime};
-        return d;
-    };
-    const auto tomb = [](char letter, double at) {
-        return std::pair{idOf(letter).toString(), Timestamp{at}};
-    };
     const double t = now - day;
     const struct {
         const char* name;

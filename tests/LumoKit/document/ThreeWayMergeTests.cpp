@@ -5,38 +5,15 @@
 
 #include "LumoKit/base/Language.h"
 #include "LumoKit/document/ThreeWayMerge.h"
+#include "support/DocumentTestSupport.h"
 
 using namespace lumo;
+using namespace lumo::test;
 
 namespace {
 
-Uuid idOf(char letter) {
-    std::string text(36, letter);
-    for (std::size_t hyphen : {8, 13, 18, 23})
-        text[hyphen] = '-';
-    return *Uuid::fromString(text);
-}
-
 constexpr double t = 1'000'000;
 constexpr double now = t + 100;
-
-Sheet sheet(char letter, double updatedAt, std::string text) {
-    return Sheet{idOf(letter), std::string(1, letter), std::move(text), Timestamp{updatedAt}, {}};
-}
-
-LumoDocument document(std::vector<Sheet> sheets, std::map<std::string, Timestamp> tombstones = {},
-                      std::optional<double> orderTime = std::nullopt) {
-    LumoDocument d;
-    d.sheets = std::move(sheets);
-    d.deletedSheets = std::move(tombstones);
-    if (orderTime)
-        d.sheetOrderUpdatedAt = Timestamp{*orderTime};
-    return d;
-}
-
-std::pair<std::string, Timestamp> tomb(char letter, double at) {
-    return {idOf(letter).toString(), Timestamp{at}};
-}
 
 // "A:text B:text" in document order.
 std::string summary(const LumoDocument& d) {

@@ -76,8 +76,9 @@ struct Case {
 
 } // namespace
 
-TEST(Parser, PrecedenceAndGrouping) {
+TEST(Parser, Trees) {
     const Case cases[] = {
+        // Precedence and grouping.
         {"1 + 2 * 3 - 4 / 2", "(- (+ 1 (* 2 3)) (/ 4 2))"},
         {"a - b - c", "(- (- a b) c)"},
         {"2^3^2", "(^ 2 (^ 3 2))"},
@@ -89,13 +90,7 @@ TEST(Parser, PrecedenceAndGrouping) {
         {"1 + 2 >= 3 * 4", "(>= (+ 1 2) (* 3 4))"},
         {"a or b and not c", "(or a (and b (not c)))"},
         {"not a == b", "(not (== a b))"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
-}
-
-TEST(Parser, ImplicitProductsUnitsAndPercent) {
-    const Case cases[] = {
+        // Implicit products, units and percent.
         {"2(3+4)", "(* 2 (+ 3 4))"},
         {"2 sqrt(9)", "(* 2 (call sqrt 9))"},
         {"3x", "(unit 3 x)"},
@@ -111,13 +106,7 @@ TEST(Parser, ImplicitProductsUnitsAndPercent) {
         {"10% の 3000", "(of (% 10) 3000)"},
         {"10% of 1000 + 2000", "(of (% 10) (+ 1000 2000))"},
         {"5% of 200 of 10", "(of (of (% 5) 200) 10)"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
-}
-
-TEST(Parser, Conversions) {
-    const Case cases[] = {
+        // Conversions.
         {"5 km in m", "(to (unit 5 km) m)"},
         {"5 km → m to cm as mm へ ft で m", "(to (to (to (to (to (unit 5 km) m) cm) mm) ft) m)"},
         {"5 km into m", "(unit (unit (unit 5 km) into) m)"}, // only the listed words convert
@@ -127,13 +116,7 @@ TEST(Parser, Conversions) {
         {"10% of x in m", "(to (of (% 10) x) m)"},
         {"1 + 2 in m", "(to (+ 1 2) m)"},
         {"f(x in m)", "(call f (to x m))"},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(parsed(c.input), c.expected) << c.input;
-}
-
-TEST(Parser, ListsCallsRefsAndNames) {
-    const Case cases[] = {
+        // Lists, calls, references and names.
         {"[1, 2, 3][1]", "(idx [1 2 3] 1)"},
         {"[]", "[]"},
         {"xs[1][i+1]", "(idx (idx xs 1) (+ i 1))"},

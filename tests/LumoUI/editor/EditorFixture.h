@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QDir>
+#include <QMenu>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,6 +21,35 @@
 #include "LumoUI/store/SheetSession.h"
 
 namespace lumo::testing {
+
+/// The visible child of `owner` of that kind (the menu a right click opened, a dialog), or null.
+template <class Widget> Widget* visibleChild(QWidget* owner) {
+    for (Widget* child : owner->findChildren<Widget*>()) {
+        if (child->isVisible())
+            return child;
+    }
+    return nullptr;
+}
+
+inline QMenu* openMenu(QWidget* owner) {
+    return visibleChild<QMenu>(owner);
+}
+
+/// The texts of a menu's items, separators left out.
+inline QStringList menuLabels(const QMenu* menu) {
+    QStringList texts;
+    for (const QAction* action : menu->actions()) {
+        if (!action->isSeparator())
+            texts << action->text();
+    }
+    return texts;
+}
+
+/// A context menu asked for at `at`, as a right click asks for it.
+inline void rightClick(QWidget* widget, QPoint at) {
+    QContextMenuEvent event(QContextMenuEvent::Mouse, at, widget->mapToGlobal(at));
+    QApplication::sendEvent(widget, &event);
+}
 
 /// One QApplication on the offscreen platform for every GUI test, with a fixed font and scale.
 class GuiEnvironment : public ::testing::Environment {

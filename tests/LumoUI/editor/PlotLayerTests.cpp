@@ -8,7 +8,7 @@
 #include "LumoUI/editor/PlotLayer.h"
 
 using namespace lumo;
-using lumo::testing::EditorFixture;
+using namespace lumo::testing;
 
 namespace {
 
@@ -47,13 +47,6 @@ protected:
         QApplication::processEvents();
     }
 };
-
-QMenu* openMenu(QWidget* owner) {
-    for (QMenu* menu : owner->findChildren<QMenu*>())
-        if (menu->isVisible())
-            return menu;
-    return nullptr;
-}
 
 TEST_F(PlotLayerTest, BandsMoveTheLinesBelowAndAnswersStayBesideTheirLines) {
     typeLines({"1 + 1", "plot(x^2 - 3x)", "2 + 2", "chart(3, -1, 4)", "price = 1200"});
@@ -207,15 +200,10 @@ TEST_F(PlotLayerTest, TheMenuOfAPlotCopiesAndSavesItsImage) {
     };
     for (const Case& test : cases) {
         settings->setLanguage(test.language);
-        const QPoint at = card(0).center().toPoint();
-        QContextMenuEvent event(QContextMenuEvent::Mouse, at, view->viewport()->mapToGlobal(at));
-        QApplication::sendEvent(view->viewport(), &event);
+        rightClick(view->viewport(), card(0).center().toPoint());
         QMenu* menu = openMenu(view);
         ASSERT_TRUE(menu);
-        QStringList labels;
-        for (const QAction* action : menu->actions())
-            labels << action->text();
-        EXPECT_EQ(labels, test.labels);
+        EXPECT_EQ(menuLabels(menu), test.labels);
         menu->close();
         QApplication::processEvents();
     }

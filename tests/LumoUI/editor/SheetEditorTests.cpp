@@ -14,42 +14,11 @@
 #include "LumoUI/editor/ResultColumnHandle.h"
 
 using namespace lumo;
-using lumo::testing::EditorFixture;
+using namespace lumo::testing;
 
 namespace {
 
 const auto* const guiEnvironment = ::testing::AddGlobalTestEnvironment(new lumo::testing::GuiEnvironment);
-
-// The menu that a right click opened, and nothing else.
-QMenu* openMenu(QWidget* owner) {
-    for (QMenu* menu : owner->findChildren<QMenu*>()) {
-        if (menu->isVisible())
-            return menu;
-    }
-    return nullptr;
-}
-
-QStringList labels(const QMenu* menu) {
-    QStringList texts;
-    for (const QAction* action : menu->actions()) {
-        if (!action->isSeparator())
-            texts << action->text();
-    }
-    return texts;
-}
-
-void rightClick(QWidget* widget, QPoint at) {
-    QContextMenuEvent event(QContextMenuEvent::Mouse, at, widget->mapToGlobal(at));
-    QApplication::sendEvent(widget, &event);
-}
-
-NameLineDialog* openDialog(QWidget* owner) {
-    for (NameLineDialog* dialog : owner->findChildren<NameLineDialog*>()) {
-        if (dialog->isVisible())
-            return dialog;
-    }
-    return nullptr;
-}
 
 using SheetEditorTest = EditorFixture;
 
@@ -163,10 +132,10 @@ TEST_F(SheetEditorTest, NamingAndRenamingThroughTheDialog) {
     rightClick(view->overlay(), answerPoint(1));
     QMenu* menu = openMenu(view);
     ASSERT_TRUE(menu);
-    EXPECT_EQ(labels(menu).front(), "Name This Line…");
+    EXPECT_EQ(menuLabels(menu).front(), "Name This Line…");
     menu->actions().front()->trigger();
     menu->close();
-    NameLineDialog* dialog = openDialog(editor);
+    NameLineDialog* dialog = visibleChild<NameLineDialog>(editor);
     ASSERT_TRUE(dialog);
 
     struct Refusal {
@@ -200,10 +169,10 @@ TEST_F(SheetEditorTest, NamingAndRenamingThroughTheDialog) {
     rightClick(view->overlay(), answerPoint(1));
     menu = openMenu(view);
     ASSERT_TRUE(menu);
-    EXPECT_EQ(labels(menu).front(), "Rename…");
+    EXPECT_EQ(menuLabels(menu).front(), "Rename…");
     menu->actions().front()->trigger();
     menu->close();
-    dialog = openDialog(editor);
+    dialog = visibleChild<NameLineDialog>(editor);
     ASSERT_TRUE(dialog);
     EXPECT_EQ(dialog->nameField()->text(), "area");
     dialog->nameField()->clear();
@@ -232,60 +201,30 @@ TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
     };
     struct Attempt {
         const char* what;
+        int line, column, selectTo; // where the caret is, and the selection's end or -1
         std::function<void()> act;
     };
     QApplication::clipboard()->setText("99");
     const Attempt attempts[] = {
-        {"typing",
+        {"typing", 1, 3, -1, [&] { typeText("5"); }},
+        {"typing at the end", 1, 7, -1, [&] { typeText("5"); }},
+        {"backspace joining the next line", 2, 0, -1, [&] { QTest::keyClick(view, Qt::Key_Backspace); }},
+        {"delete joining from above", 0, 7, -1, [&] { QTest::keyClick(view, Qt::Key_Delete); }},
+        {"paste", 1, 2, -1, [&] { QTest::keySequence(view, QKeySequence::Paste); }},
+        {"cut across", 0, 3, 12, [&] { QTest::keySequence(view, QKeySequence::Cut); }},
+        {"return inside", 1, 2, -1, [&] { QTest::keyClick(view, Qt::Key_Return); }},
+        {"an input-method commit", 1, 2, -1,
          [&] {
-             placeCaret(1, 3);
-             typeText("5");
-         }},
-        {"typing at the end",
-         [&] {
-             placeCaret(1, 7);
-             typeText("5");
-         }},
-        {"backspace joining the next line",
-         [&] {
-             placeCaret(2, 0);
-             QTest::keyClick(view, Qt::Key_Backspace);
-         }},
-        {"delete joining from above",
-         [&] {
-             placeCaret(0, 7);
-             QTest::keyClick(view, Qt::Key_Delete);
-         }},
-        {"paste",
-         [&] {
-             placeCaret(1, 2);
-             QTest::keySequence(view, QKeySequence::Paste);
-         }},
-        {"cut across",
-         [&] {
-             placeCaret(0, 3, 12);
-             QTest::keySequence(view, QKeySequence::Cut);
-         }},
-        {"return inside",
-         [&] {
-             placeCaret(1, 2);
-             QTest::keyClick(view, Qt::Key_Return);
-         }},
-        {"an input-method commit",
-         [&] {
-             placeCaret(1, 2);
              QInputMethodEvent commit;
              commit.setCommitString("五");
              QApplication::sendEvent(view, &commit);
          }},
-        {"an answer",
-         [&] {
-             placeCaret(1, 7);
-             QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0));
-         }},
+        {"an answer", 1, 7, -1,
+         [&] { QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0)); }},
     };
     for (const Attempt& attempt : attempts) {
         const qsizetype before = refused.size();
+        placeCaret(attempt.line, attempt.column, attempt.selectTo);
         attempt.act();
         EXPECT_EQ(text(), original) << attempt.what;
         EXPECT_EQ(refused.size(), before + 1) << attempt.what;
@@ -363,25 +302,25 @@ TEST_F(SheetEditorTest, InputMethodCompositionIsOneEdit) {
 
 TEST_F(SheetEditorTest, TheLanguageSwitchedLiveRelabelsTheMenus) {
     typeLines({"1200", "a2 = 3"});
-    const auto menuLabels = [&](QWidget* on, QPoint at) {
+    const auto labelsAt = [&](QWidget* on, QPoint at) {
         rightClick(on, at);
         QMenu* menu = openMenu(view);
-        const QStringList texts = menu ? labels(menu) : QStringList{};
+        const QStringList texts = menu ? menuLabels(menu) : QStringList{};
         if (menu)
             menu->close();
         return texts;
     };
     const QPoint unnamed = answerPoint(0);
     const QPoint named = answerPoint(1);
-    EXPECT_EQ(menuLabels(view->overlay(), unnamed),
+    EXPECT_EQ(labelsAt(view->overlay(), unnamed),
               QStringList({"Name This Line…", "Copy Answer", "Lock Line"}));
     settings->setLanguage(AppLanguage::japanese);
-    EXPECT_EQ(menuLabels(view->overlay(), unnamed),
+    EXPECT_EQ(labelsAt(view->overlay(), unnamed),
               QStringList({"名前を付ける…", "答えをコピー", "行をロック"}));
-    EXPECT_EQ(menuLabels(view->overlay(), named).front(), "名前を変える…");
-    EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("すべてを選択"));
+    EXPECT_EQ(labelsAt(view->overlay(), named).front(), "名前を変える…");
+    EXPECT_TRUE(labelsAt(view->viewport(), QPoint(20, 5)).contains("すべてを選択"));
     settings->setLanguage(AppLanguage::english);
-    EXPECT_TRUE(menuLabels(view->viewport(), QPoint(20, 5)).contains("Select All"));
+    EXPECT_TRUE(labelsAt(view->viewport(), QPoint(20, 5)).contains("Select All"));
 
     // A naming dialog left open follows too, its refusal included.
     rightClick(view->overlay(), unnamed);
@@ -389,7 +328,7 @@ TEST_F(SheetEditorTest, TheLanguageSwitchedLiveRelabelsTheMenus) {
     ASSERT_TRUE(menu);
     menu->actions().front()->trigger();
     menu->close();
-    NameLineDialog* dialog = openDialog(editor);
+    NameLineDialog* dialog = visibleChild<NameLineDialog>(editor);
     ASSERT_TRUE(dialog);
     dialog->nameField()->clear();
     QTest::keyClicks(dialog->nameField(), "2x");

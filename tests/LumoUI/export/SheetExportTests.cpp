@@ -13,29 +13,13 @@
 #include "LumoKit/document/BuiltinDocuments.h"
 #include "LumoUI/export/SheetExport.h"
 #include "LumoUI/export/SheetPrinter.h"
+#include "support/QtTestSupport.h"
 
 namespace lumo {
 namespace {
 
-class GuiEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "SheetExportTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    void TearDown() override {
-        m_application.reset();
-        L10n::setCurrent(AppLanguage::system);
-    }
-
-private:
-    std::unique_ptr<QGuiApplication> m_application;
-};
-
-const auto* const environment = ::testing::AddGlobalTestEnvironment(new GuiEnvironment);
+const auto* const environment =
+    ::testing::AddGlobalTestEnvironment(new lumo::test::GuiEnvironment("SheetExportTests"));
 
 struct Edition {
     AppLanguage language;

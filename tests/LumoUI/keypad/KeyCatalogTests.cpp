@@ -10,28 +10,14 @@
 #include "LumoKit/values/builtins/Builtins.h"
 #include "LumoKit/values/Units.h"
 #include "LumoUI/keypad/KeyCatalog.h"
+#include "support/QtTestSupport.h"
 
 using namespace lumo;
 
 namespace {
 
-// Standard shortcuts (undo, redo) come from the platform, which needs a GUI application.
-class GuiEnvironment : public testing::Environment {
-public:
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "KeyCatalogTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    void TearDown() override { m_application.reset(); }
-
-private:
-    std::unique_ptr<QGuiApplication> m_application;
-};
-
-const auto* const environment = testing::AddGlobalTestEnvironment(new GuiEnvironment);
+const auto* const environment =
+    ::testing::AddGlobalTestEnvironment(new lumo::test::GuiEnvironment("KeyCatalogTests"));
 
 // Which group of a tab holds a key, or "" when none does.
 std::string groupOf(KeyKind kind, const std::string& keyID) {
@@ -96,36 +82,6 @@ TEST(KeyCatalog, UnitDescriptionsComeFromTheTable) {
     };
     for (const auto& [unit, description] : expected)
         EXPECT_EQ(keyOf(KeyKind::units, unit).description.english, description) << unit;
-}
-
-TEST(KeyCatalog, SnippetsPutTheCaretWhereTypingGoesOn) {
-    struct Case {
-        KeyKind kind;
-        const char* key;
-        const char* snippet;
-        std::int64_t caretBack;
-    };
-    const Case cases[] = {
-        {KeyKind::functions, "sqrt", "sqrt()", 1},
-        {KeyKind::functions, "plot", "plot()", 1},
-        {KeyKind::functions, "[]", "[]", 1},
-        {KeyKind::functions, "\"\"", "\"\"", 1},
-        {KeyKind::functions, "if", "if :\n    ", 6},
-        {KeyKind::functions, "for", "for i in :\n    ", 6},
-        {KeyKind::functions, "while", "while :\n    ", 6},
-        {KeyKind::functions, "def", "def ():\n    ", 8},
-        {KeyKind::functions, "else", "else:\n    ", 0},
-        {KeyKind::units, "mm", "mm", 0},
-        // The inch's symbol is also the conversion word, so its key types the unit's name.
-        {KeyKind::units, "in", "inch", 0},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.key);
-        const KeyDefinition& key = keyOf(c.kind, c.key);
-        EXPECT_EQ(key.snippet.text, c.snippet);
-        EXPECT_EQ(key.snippet.caretBack, c.caretBack);
-    }
-    EXPECT_EQ(KeyCatalog::conversionKey().snippet.text, "in ");
 }
 
 TEST(KeyCatalog, KeyIdentifiersAreUniqueOnEachTab) {

@@ -5,12 +5,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -22,29 +20,16 @@
 #include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "support/QtTestSupport.h"
+#include "support/StoreTestSupport.h"
 
 using namespace lumo;
+using namespace lumo::test;
 using namespace std::chrono_literals;
 
 namespace {
 
 const auto* const qtEnvironment =
     testing::AddGlobalTestEnvironment(new test::QtEnvironment("KeyLayoutStoreTests"));
-
-constexpr double startSeconds = 1'700'000'000;
-
-bool waitUntil(const std::function<bool()>& done, int timeoutMs = 4000) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QTimer tick;
-    tick.start(5);
-    while (!done()) {
-        if (elapsed.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
 
 // One machine: its settings file, its document folder, its clock, and the application's
 // long-lived objects built on them.
@@ -67,13 +52,9 @@ struct Device {
         notifications->observe(notification::keyLayoutChanged, notifications.get(),
                                [this] { ++layoutPosts; });
         settings = std::make_unique<AppSettings>(*settingsFile, notifications.get());
-        DocumentStore::Options options;
-        options.storageDirectory = dataPath();
-        options.cloudFolder = cloudFolder;
-        options.saveDelay = 40ms;
-        options.mergeDelay = 30ms;
-        options.clock = [this] { return Timestamp{seconds}; };
-        documents = std::make_unique<DocumentStore>(options, notifications.get(), nullptr, settings.get());
+        documents = std::make_unique<DocumentStore>(
+            test::syncingOptions(dataPath(), cloudFolder, [this] { return Timestamp{seconds}; }),
+            notifications.get(), nullptr, settings.get());
         layouts = std::make_unique<KeyLayoutStore>(settings.get(), notifications.get(),
                                                    [this] { return Timestamp{seconds}; });
     }
@@ -189,13 +170,6 @@ TEST(KeyLayoutStore, LayoutsFromANewerVersionKeepWhatTheyDoNotKnow) {
     EXPECT_EQ(after.at("shapes").at("main"), std::vector<std::string>{"circle"});
 }
 
-void writeDocument(const QString& folder, const LumoDocument& document) {
-    ASSERT_TRUE(QDir().mkpath(folder));
-    ASSERT_TRUE(documentFile::writeAtomically(QDir(folder).filePath("document.json"),
-                                              QByteArray::fromStdString(encodeDocument(document)))
-                    .isEmpty());
-}
-
 struct TwoDevices : testing::Test {
     QTemporaryDir cloud;
     Device a;
@@ -205,14 +179,12 @@ struct TwoDevices : testing::Test {
     void SetUp() override {
         LumoDocument document;
         document.sheets = {{Uuid::random(), "Sheet", "1 + 2\n", Timestamp{startSeconds}, {}}};
-        writeDocument(QDir(cloud.path()).filePath("Documents"), document);
-        writeDocument(a.dataPath(), document);
-        writeDocument(b.dataPath(), document);
+        writeDocument(QDir(cloud.path()).filePath("Documents/document.json"), document);
+        writeDocument(QDir(a.dataPath()).filePath("document.json"), document);
+        writeDocument(QDir(b.dataPath()).filePath("document.json"), document);
         a.start(cloud.path());
         b.start(cloud.path());
-        QElapsedTimer settling;
-        settling.start();
-        waitUntil([&] { return settling.elapsed() > 150; });
+        runFor(150);
     }
     void setClocks(double seconds) { a.seconds = b.seconds = startSeconds + seconds; }
 };

@@ -115,6 +115,10 @@ TEST_F(KeypadTest, EveryNumberKeyPostsItsNotificationAndEditsTheText) {
         {"×", "lumo.insertSnippet", "2|", "2 × |"},
         {"×", "lumo.insertSnippet", "2 |", "2 × |"},
         {"×", "lumo.insertSnippet", "|", "× |"},
+        // Inside a note the sign is plain text.
+        {"×", "lumo.insertSnippet", "// a|", "// a×|"},
+        {"×", "lumo.insertSnippet", "2 // twice|", "2 // twice×|"},
+        {"×", "lumo.insertSnippet", "2|\n// note", "2 × |\n// note"},
         {"÷", "lumo.insertSnippet", "8|", "8÷|"},
         {"(", "lumo.insertSnippet", "|", "(|"},
         {")", "lumo.insertSnippet", "(1|", "(1)|"},
@@ -180,6 +184,7 @@ TEST_F(KeypadTest, FunctionAndUnitKeysInsertSnippetsWithTheCaretInside) {
         {KeyKind::functions, "programs", "if", "|", "if |:\n    "},
         {KeyKind::functions, "programs", "for", "|", "for i in |:\n    "},
         {KeyKind::functions, "programs", "def", "|", "def |():\n    "},
+        {KeyKind::functions, "programs", "else", "|", "else:\n    |"},
         // A block inside a block keeps the outer indentation on its body's line.
         {KeyKind::functions, "programs", "while", "def f(x):\n    |", "def f(x):\n    while |:\n        "},
         {KeyKind::units, "length", "mm", "120|", "120 mm|"},
@@ -197,19 +202,6 @@ TEST_F(KeypadTest, FunctionAndUnitKeysInsertSnippetsWithTheCaretInside) {
     start(QStringLiteral("5 km|"));
     click(keypad->arrangedTab(KeyKind::units)->conversionKey());
     EXPECT_EQ(marked(), QStringLiteral("5 km in |"));
-}
-
-TEST_F(KeypadTest, TheMultiplySignIsPlainInsideANote) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"// a|", "// a×|"},
-        {"2 // twice|", "2 // twice×|"},
-        {"2|\n// note", "2 × |\n// note"},
-    };
-    for (const auto& [before, after] : cases) {
-        start(QString::fromUtf8(before));
-        click(keypad->numberKey("×"));
-        EXPECT_EQ(marked(), QString::fromUtf8(after)) << before;
-    }
 }
 
 TEST_F(KeypadTest, NamedValuesBecomeKeysThatAddThemselves) {

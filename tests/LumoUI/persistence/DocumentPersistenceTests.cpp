@@ -2,10 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -18,25 +16,13 @@
 #include "support/QtTestSupport.h"
 
 using namespace lumo;
+using lumo::test::waitUntil;
 using namespace std::chrono_literals;
 
 namespace {
 
 const auto* const qtEnvironment =
     testing::AddGlobalTestEnvironment(new test::QtEnvironment("DocumentPersistenceTests"));
-
-bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QTimer tick;
-    tick.start(5);
-    while (!done()) {
-        if (elapsed.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
 
 LumoDocument documentWith(const std::string& text) {
     LumoDocument document;

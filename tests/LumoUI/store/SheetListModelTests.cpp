@@ -2,7 +2,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -18,8 +17,11 @@
 #include "LumoUI/store/SheetListModel.h"
 #include "LumoUI/store/SheetSession.h"
 #include "support/QtTestSupport.h"
+#include "support/StoreTestSupport.h"
 
 using namespace lumo;
+using lumo::test::startSeconds;
+using lumo::test::writeDocument;
 using namespace std::chrono_literals;
 
 namespace {
@@ -27,7 +29,6 @@ namespace {
 const auto* const qtEnvironment =
     testing::AddGlobalTestEnvironment(new test::QtEnvironment("SheetListModelTests"));
 
-constexpr double startSeconds = 1'700'000'000;
 const Uuid sheetA = *Uuid::fromString("BBBBBBBB-0000-4000-8000-00000000000A");
 const Uuid sheetB = *Uuid::fromString("BBBBBBBB-0000-4000-8000-00000000000B");
 const Uuid sheetC = *Uuid::fromString("BBBBBBBB-0000-4000-8000-00000000000C");
@@ -39,11 +40,6 @@ LumoDocument threeSheets() {
                        {sheetC, "C", "3\n", Timestamp{startSeconds}, {}}};
     document.selectedSheetID = sheetA;
     return document;
-}
-
-void writeDocument(const QString& path, const LumoDocument& document) {
-    ASSERT_TRUE(
-        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
 }
 
 std::vector<std::string> namesIn(const QAbstractItemModel& model) {
@@ -76,13 +72,10 @@ struct SheetList : testing::Test {
     void SetUp() override {
         writeDocument(QDir(local.path()).filePath("document.json"), threeSheets());
         writeDocument(cloudFile(), threeSheets());
-        DocumentStore::Options options;
-        options.storageDirectory = local.path();
-        options.cloudFolder = cloud.path();
-        options.saveDelay = 20ms;
-        options.mergeDelay = 20ms;
-        options.clock = [this] { return Timestamp{seconds}; };
-        store = std::make_unique<DocumentStore>(options, nullptr, nullptr, nullptr);
+        store = std::make_unique<DocumentStore>(
+            test::syncingOptions(
+                local.path(), cloud.path(), [this] { return Timestamp{seconds}; }, 20ms, 20ms),
+            nullptr, nullptr, nullptr);
         session = std::make_unique<SheetSession>(store.get());
         session->activate();
         model = std::make_unique<SheetListModel>(store.get());

@@ -16,73 +16,22 @@
 #include <random>
 #include <set>
 
-#include "LumoKit/base/Language.h"
 #include "LumoKit/document/DocumentJson.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "LumoUI/store/DocumentStore.h"
+#include "support/QtTestSupport.h"
+#include "support/StoreTestSupport.h"
 
 using namespace lumo;
+using namespace lumo::test;
 using namespace std::chrono_literals;
 
 namespace {
 
-class QtEnvironment : public testing::Environment {
-public:
-    void SetUp() override {
-        static int argc = 1;
-        static char name[] = "TwoDeviceSyncTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QCoreApplication>(argc, argv);
-        L10n::setCurrent(AppLanguage::english);
-    }
-    void TearDown() override {
-        m_application.reset();
-        L10n::setCurrent(AppLanguage::system);
-    }
+const auto* const qtEnvironment =
+    testing::AddGlobalTestEnvironment(new test::QtEnvironment("TwoDeviceSyncTests"));
 
-private:
-    std::unique_ptr<QCoreApplication> m_application;
-};
-
-const auto* const qtEnvironment = testing::AddGlobalTestEnvironment(new QtEnvironment);
-
-bool waitUntil(const std::function<bool()>& done, int timeoutMs = 4000) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QTimer tick;
-    tick.start(5);
-    while (!done()) {
-        if (elapsed.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-void runFor(int ms) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    waitUntil([&] { return elapsed.elapsed() >= ms; }, ms + 1000);
-}
-
-constexpr double startSeconds = 1'700'000'000;
 constexpr double year = 365.0 * 24 * 60 * 60;
-
-const Uuid sheetX = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000001");
-const Uuid sheetY = *Uuid::fromString("AAAAAAAA-0000-4000-8000-000000000002");
-
-LumoDocument baseDocument() {
-    LumoDocument document;
-    document.sheets = {{sheetX, "X", "1\n", Timestamp{startSeconds}, {}},
-                       {sheetY, "Y", "2\n", Timestamp{startSeconds}, {}}};
-    document.selectedSheetID = sheetX;
-    return document;
-}
-
-void writeDocument(const QString& path, const LumoDocument& document) {
-    ASSERT_TRUE(
-        documentFile::writeAtomically(path, QByteArray::fromStdString(encodeDocument(document))).isEmpty());
-}
 
 struct Delays {
     std::chrono::milliseconds save = 40ms;
@@ -99,13 +48,10 @@ struct Device {
     void start(const QString& cloudFolder, const std::optional<LumoDocument>& seed, Delays delays = {}) {
         if (seed)
             writeDocument(localFile(), *seed);
-        DocumentStore::Options options;
-        options.storageDirectory = local.path();
-        options.cloudFolder = cloudFolder;
-        options.saveDelay = delays.save;
-        options.mergeDelay = delays.merge;
-        options.clock = [this] { return Timestamp{seconds}; };
-        store = std::make_unique<DocumentStore>(options, nullptr, nullptr, nullptr);
+        store = std::make_unique<DocumentStore>(
+            test::syncingOptions(
+                local.path(), cloudFolder, [this] { return Timestamp{seconds}; }, delays.save, delays.merge),
+            nullptr, nullptr, nullptr);
         QObject::connect(store.get(), &DocumentStore::saved, [this] { ++saves; });
     }
     QString localFile() const { return QDir(local.path()).filePath("document.json"); }
@@ -141,6 +87,26 @@ std::string summaryForDebug(const LumoDocument& d) {
     return out + std::to_string(d.deletedSheets.size()) + " tombstones";
 }
 
+// Both devices agree with the cloud copy and nothing has been saved for `quietMs`.
+bool settled(const Device& a, const Device& b, const SharedCloud& cloud, int timeoutMs, int quietMs) {
+    const auto agree = [&] {
+        return visible(a.document()) == visible(b.document()) &&
+               visible(a.document()) == visible(cloud.document());
+    };
+    QElapsedTimer quiet;
+    quiet.start();
+    int lastSaves = -1;
+    return waitUntil(
+        [&] {
+            if (a.saves + b.saves != lastSaves) {
+                lastSaves = a.saves + b.saves;
+                quiet.restart();
+            }
+            return quiet.elapsed() >= quietMs && agree();
+        },
+        timeoutMs);
+}
+
 struct TwoDevices : testing::Test {
     SharedCloud cloud;
     Device a;
@@ -151,24 +117,11 @@ struct TwoDevices : testing::Test {
         a.start(cloud.folder.path(), baseDocument(), delays);
         b.start(cloud.folder.path(), baseDocument(), delays);
     }
-    bool agree() const {
-        return visible(a.document()) == visible(b.document()) &&
-               visible(a.document()) == visible(cloud.document());
-    }
-    // Both devices agree with the cloud copy and nothing has been saved for `quietMs`.
-    bool settle(int timeoutMs = 4000, int quietMs = 250) {
-        QElapsedTimer quiet;
-        quiet.start();
-        int lastSaves = -1;
-        return waitUntil(
-            [&] {
-                if (a.saves + b.saves != lastSaves) {
-                    lastSaves = a.saves + b.saves;
-                    quiet.restart();
-                }
-                return quiet.elapsed() >= quietMs && agree();
-            },
-            timeoutMs);
+    bool settle() { return settled(a, b, cloud, 4000, 250); }
+    // Saves and documents of both devices and the cloud, for a failure's message.
+    std::string state() const {
+        return std::to_string(a.saves) + " " + std::to_string(b.saves) + summaryForDebug(a.document()) +
+               " | " + summaryForDebug(b.document()) + " | cloud " + summaryForDebug(cloud.document());
     }
 };
 
@@ -259,16 +212,12 @@ TEST_F(TwoDevices, EditsOfOneSheetInTheSameInstantConvergeKeepingBothTexts) {
 
 TEST_F(TwoDevices, EditsOfOneSheetMadeApartWithoutSeeingEachOtherKeepBothTexts) {
     startBoth(Delays{200ms, 30ms});
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
-                          << summaryForDebug(b.document()) << " | cloud "
-                          << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << state();
     a.seconds += 10;
     a.store->updateText(sheetX, "1\nfrom a\n");
     b.seconds += 11;
     b.store->updateText(sheetX, "1\nfrom b\n");
-    ASSERT_TRUE(settle()) << a.saves << " " << b.saves << summaryForDebug(a.document()) << " | "
-                          << summaryForDebug(b.document()) << " | cloud "
-                          << summaryForDebug(cloud.document());
+    ASSERT_TRUE(settle()) << state();
     EXPECT_TRUE(holdsText(b.document(), "from a"));
     EXPECT_TRUE(holdsText(b.document(), "from b"));
 }
@@ -468,23 +417,7 @@ void runRandomSession(unsigned seed) {
         runFor(pick(25));
     }
 
-    const auto agree = [&] {
-        return visible(devices[0].document()) == visible(devices[1].document()) &&
-               visible(devices[0].document()) == visible(cloud.document());
-    };
-    QElapsedTimer quiet;
-    quiet.start();
-    int lastSaves = -1;
-    const bool settled = waitUntil(
-        [&] {
-            if (devices[0].saves + devices[1].saves != lastSaves) {
-                lastSaves = devices[0].saves + devices[1].saves;
-                quiet.restart();
-            }
-            return quiet.elapsed() >= 300 && agree();
-        },
-        8000);
-    ASSERT_TRUE(settled) << "seed " << seed << trace;
+    ASSERT_TRUE(settled(devices[0], devices[1], cloud, 8000, 300)) << "seed " << seed << trace;
     for (const auto& [sheet, token] : typed) {
         const bool deleted = deletedByUser.count(sheet) || deletedTexts.find(token) != std::string::npos;
         EXPECT_TRUE(deleted || holdsText(devices[0].document(), token))
