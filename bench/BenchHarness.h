@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "LumoKit/base/HeapPolicy.h"
 #include "LumoUI/editor/CalcTextView.h"
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/settings/AppSettings.h"
@@ -65,7 +66,10 @@ inline std::string everydaySheet(int lines, const char* prefix = "") {
     return text;
 }
 
+/// The application as lumo-calc starts it: offscreen, and with the heap kept between runs.
 inline QApplication& offscreenApplication() {
+    static const bool heapKept = (lumo::keepHeapBetweenRuns(), true);
+    (void)heapKept;
     static int argc = 1;
     static char name[] = "LumoBench";
     static char* argv[] = {name, nullptr};

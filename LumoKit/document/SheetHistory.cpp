@@ -14,9 +14,25 @@ std::size_t newlineCount(std::string_view text) {
 
 // Lengths are compared in user-perceived characters, so that typing one emoji or one
 // accented letter counts as a single character however many scalars it takes.
+// Only the lines that differ are counted: a character always ends at a line feed, so the
+// identical lines around them hold as many characters in both texts.
 bool lengthChangedByTwoOrMore(std::string_view before, std::string_view after) {
-    auto a = unicode::graphemeCount(before);
-    auto b = unicode::graphemeCount(after);
+    const std::size_t shorter = std::min(before.size(), after.size());
+    std::size_t prefix = static_cast<std::size_t>(
+        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin())
+            .first -
+        before.begin());
+    const std::size_t lineStart = prefix == 0 ? std::string_view::npos : before.rfind('\n', prefix - 1);
+    prefix = lineStart == std::string_view::npos ? 0 : lineStart + 1;
+    std::size_t suffix = 0;
+    while (suffix < shorter - prefix &&
+           before[before.size() - 1 - suffix] == after[after.size() - 1 - suffix])
+        ++suffix;
+    const std::string_view common = before.substr(before.size() - suffix);
+    const std::size_t lineEnd = common.find('\n');
+    suffix = lineEnd == std::string_view::npos ? 0 : suffix - (lineEnd + 1);
+    auto a = unicode::graphemeCount(before.substr(prefix, before.size() - suffix - prefix));
+    auto b = unicode::graphemeCount(after.substr(prefix, after.size() - suffix - prefix));
     return (a > b ? a - b : b - a) >= 2;
 }
 
