@@ -14,6 +14,8 @@ namespace {
 // like x = [x, x] from doubling until memory runs out, and many huge lists from piling up
 // line after line.
 constexpr std::size_t retainedItemLimit = maxValueWeight();
+// The heaviest value a line's memo copies (see LineContext::record).
+constexpr std::size_t memoWeightLimit = 64;
 
 std::size_t weigh(const Value& value, std::size_t limit) {
     return valueWeight(value, limit);
@@ -75,7 +77,7 @@ void LineContext::expectLines(std::size_t count) {
 std::optional<Value> LineContext::valueOf(const std::string& name) {
     std::optional<Value> value = lookUp(name);
     if (m_recording)
-        m_recording->reads.push_back({name, 0, value});
+        record({name, 0, value});
     return value;
 }
 
@@ -105,7 +107,7 @@ std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
     if (line >= 1 && static_cast<std::uint64_t>(line) <= byLine.size())
         value = byLine[static_cast<std::size_t>(line - 1)];
     if (m_recording)
-        m_recording->reads.push_back({std::string(), line, value});
+        record({std::string(), line, value});
     return value;
 }
 
@@ -231,11 +233,21 @@ Value LineContext::memoizedAnswer(const ParsedLine& parsedLine) {
         throw;
     }
     m_recording = nullptr;
-    if (m_recordingHolds) {
+    if (m_recordingHolds && valueWeight(answer, memoWeightLimit) <= memoWeightLimit) {
         recording.answer = answer;
         memo = std::move(recording);
     }
     return answer;
+}
+
+void LineContext::record(LineMemo::Read read) {
+    // A memo holds copies: a line that reads or makes a long list or text is simply evaluated
+    // again, rather than copied into the memo of every line that uses it.
+    if (!m_recordingHolds || (read.value && valueWeight(*read.value, memoWeightLimit) > memoWeightLimit)) {
+        m_recordingHolds = false;
+        return;
+    }
+    m_recording->reads.push_back(std::move(read));
 }
 
 bool LineContext::memoHolds(const LineMemo& memo) {

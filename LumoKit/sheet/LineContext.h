@@ -92,6 +92,7 @@ private:
     /// recorded there reads the same now, else evaluated and recorded.
     Value memoizedAnswer(const ParsedLine& parsedLine);
     bool memoHolds(const LineMemo& memo);
+    void record(LineMemo::Read read);
     std::optional<Value> lookUp(const std::string& name);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);
 
