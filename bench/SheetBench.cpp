@@ -50,6 +50,22 @@ void* operator new[](std::size_t size) {
     noteAllocated(pointer);
     return pointer;
 }
+// Arenas ask for aligned blocks, so the aligned forms are counted as well.
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    void* pointer = std::aligned_alloc(static_cast<std::size_t>(alignment),
+                                       (size + static_cast<std::size_t>(alignment) - 1) &
+                                           ~(static_cast<std::size_t>(alignment) - 1));
+    noteAllocated(pointer);
+    return pointer;
+}
+void operator delete(void* pointer, std::align_val_t) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
+void operator delete(void* pointer, std::size_t, std::align_val_t) noexcept {
+    noteFreed(pointer);
+    std::free(pointer);
+}
 void operator delete(void* pointer) noexcept {
     noteFreed(pointer);
     std::free(pointer);

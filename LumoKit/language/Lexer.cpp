@@ -344,6 +344,8 @@ double convertLiteral(std::string_view literal) {
     return ec == std::errc() ? value : 0.0;
 }
 
+} // namespace
+
 // ---------------------------------------------------------------------------------------------
 // Scanner
 // ---------------------------------------------------------------------------------------------
@@ -352,12 +354,15 @@ class Scanner {
 public:
     explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
 
-    std::vector<Token> run() {
-        m_tokens.reserve(16);
-        while (m_i < m_chars.size())
+    /// The next token, or `eof` once the line is read. Whitespace yields no token, so a
+    /// character is scanned until one is made.
+    Token next() {
+        m_ready = false;
+        while (!m_ready && m_i < m_chars.size())
             scanOne();
-        m_tokens.push_back(Token::make(Token::Kind::eof, position(m_chars.size())));
-        return std::move(m_tokens);
+        if (!m_ready)
+            return Token::make(Token::Kind::eof, position(m_chars.size()));
+        return std::move(m_token);
     }
 
 private:
@@ -392,8 +397,8 @@ private:
             std::string_view c = at(m_i);
             if (c == quote) {
                 ++m_i;
-                m_tokens.push_back(Token::makeString(std::move(content), position(start)));
-                m_tokens.back().length = charactersBetween(start, m_i);
+                emit(Token::makeString(std::move(content), position(start))).length =
+                    charactersBetween(start, m_i);
                 return;
             }
             if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
@@ -428,8 +433,7 @@ private:
             ++m_i;
         }
         // The start is deliberately the index just after the digits.
-        m_tokens.push_back(Token::makeRef(overflow ? 0 : line, position(m_i)));
-        m_tokens.back().length = charactersBetween(hash, m_i);
+        emit(Token::makeRef(overflow ? 0 : line, position(m_i))).length = charactersBetween(hash, m_i);
     }
 
     // Digits with grouping commas and points, then at most one exponent.
@@ -496,8 +500,7 @@ private:
         }
         if (!std::isfinite(total))
             failNumberTooLarge();
-        m_tokens.push_back(Token::makeNumber(total, position(start)));
-        m_tokens.back().length = charactersBetween(start, m_i);
+        emit(Token::makeNumber(total, position(start))).length = charactersBetween(start, m_i);
     }
 
     void scanName() {
@@ -554,8 +557,7 @@ private:
     }
 
     bool push(Token::Kind kind) {
-        Token& token = m_tokens.emplace_back(Token::make(kind, position(m_i)));
-        token.length = 1;
+        emit(Token::make(kind, position(m_i))).length = 1;
         ++m_i;
         return true;
     }
@@ -568,21 +570,26 @@ private:
 
     // Tokens with text are built in place, so the text is copied once.
     void pushText(Token::Kind kind, std::size_t start, std::size_t end, std::string_view text) {
-        Token& token = m_tokens.emplace_back();
+        Token& token = emit(Token{});
         token.kind = kind;
         token.length = charactersBetween(start, end);
         token.start = position(start);
         token.text = text;
     }
 
+    Token& emit(Token token) {
+        m_token = std::move(token);
+        m_ready = true;
+        return m_token;
+    }
+
     const CharClasses& m_classes = CharClasses::shared();
     Characters m_chars;
     std::size_t m_i = 0;
-    std::vector<Token> m_tokens;
+    Token m_token;         // the token just scanned
+    bool m_ready = false;  // whether m_token is waiting to be taken
     std::string m_literal; // reused buffer for number literals
 };
-
-} // namespace
 
 namespace lexer {
 
@@ -700,12 +707,33 @@ std::string normalize(std::string_view text) {
     return out;
 }
 
+// Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
+TokenStream::TokenStream(std::string_view text)
+    : m_normalized(isAscii(text) ? std::string() : normalize(text)),
+      m_scanner(std::make_unique<Scanner>(isAscii(text) ? text : std::string_view(m_normalized))) {}
+
+TokenStream::~TokenStream() = default;
+
+Token TokenStream::next() {
+    // After a character that can't be read, the rest of the line is not read either: the
+    // first such character is the one a line reports.
+    if (m_failed)
+        return Token::make(Token::Kind::eof, 0);
+    try {
+        return m_scanner->next();
+    } catch (const CalcError&) {
+        m_failed = true;
+        throw;
+    }
+}
+
 std::vector<Token> tokenize(std::string_view text) {
-    // Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
-    if (isAscii(text))
-        return Scanner(text).run();
-    const std::string normalized = normalize(text);
-    return Scanner(normalized).run();
+    TokenStream stream(text);
+    std::vector<Token> tokens;
+    do
+        tokens.push_back(stream.next());
+    while (tokens.back().kind != Token::Kind::eof);
+    return tokens;
 }
 
 } // namespace lumo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +86,29 @@ private:
 
 /// The first pass: full-width forms, typographic signs and quotes rewritten outside quotes.
 std::string normalize(std::string_view text);
+
+class Scanner;
+
+/// A line's tokens, scanned one at a time as they are asked for, so that a reader of the line
+/// holds only the tokens it is looking at, however long the line. The text must outlive the
+/// stream: ASCII lines are read in place.
+class TokenStream {
+public:
+    explicit TokenStream(std::string_view text);
+    ~TokenStream();
+    // The scanner reads the normalised text in place.
+    TokenStream(const TokenStream&) = delete;
+    TokenStream& operator=(const TokenStream&) = delete;
+
+    /// The next token; `eof` once the line is read, and on every call after that. Throws
+    /// CalcError for an unusable character, a non-finite number or an unclosed text.
+    Token next();
+
+private:
+    std::string m_normalized; // the normalised line, when normalising changed it
+    std::unique_ptr<Scanner> m_scanner;
+    bool m_failed = false;
+};
 
 /// Normalises and scans one line into tokens ending with exactly one `eof`.
 /// Throws CalcError for an unusable character, a non-finite number or an unclosed text.

@@ -117,8 +117,11 @@ private:
     int m_saved;
 };
 
-ExprPtr makeBinary(std::string op, ExprPtr left, ExprPtr right, SourceRange range) {
-    return makeExpr(expr::Binary{std::move(op), std::move(left), std::move(right)}, range);
+// The spelling of a comparison operator, kept for as long as the program runs: trees point at
+// their operators rather than copying them.
+std::string_view comparisonSpelling(std::string_view op) {
+    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">", ">="};
+    return *std::find(std::begin(ops), std::end(ops), op);
 }
 
 // A whole exponent small enough for a unit target ("m^2").
@@ -127,123 +130,7 @@ bool isUnitExponent(const Token& token) {
            token.number == std::trunc(token.number);
 }
 
-// ---------------------------------------------------------------------------------------------
-// Structural equality
-// ---------------------------------------------------------------------------------------------
-
-bool same(const ExprPtr& a, const ExprPtr& b) {
-    if (!a || !b)
-        return !a && !b;
-    return a == b || sameTree(*a, *b);
-}
-
-bool same(const std::vector<ExprPtr>& a, const std::vector<ExprPtr>& b) {
-    if (a.size() != b.size())
-        return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (!same(a[i], b[i]))
-            return false;
-    }
-    return true;
-}
-
-bool same(const expr::Number& a, const expr::Number& b) {
-    return a.value == b.value;
-}
-bool same(const expr::Text& a, const expr::Text& b) {
-    return a.value == b.value;
-}
-bool same(const expr::List& a, const expr::List& b) {
-    return same(a.items, b.items);
-}
-bool same(const expr::Index& a, const expr::Index& b) {
-    return same(a.target, b.target) && same(a.position, b.position);
-}
-bool same(const expr::Identifier& a, const expr::Identifier& b) {
-    return a.name == b.name;
-}
-bool same(const expr::Ref& a, const expr::Ref& b) {
-    return a.line == b.line;
-}
-bool same(const expr::Unary& a, const expr::Unary& b) {
-    return a.op == b.op && same(a.operand, b.operand);
-}
-bool same(const expr::Binary& a, const expr::Binary& b) {
-    return a.op == b.op && same(a.left, b.left) && same(a.right, b.right);
-}
-bool same(const expr::Percent& a, const expr::Percent& b) {
-    return same(a.operand, b.operand);
-}
-bool same(const expr::UnitApply& a, const expr::UnitApply& b) {
-    return a.unit == b.unit && same(a.operand, b.operand);
-}
-bool same(const expr::Call& a, const expr::Call& b) {
-    return a.name == b.name && same(a.args, b.args);
-}
-bool same(const expr::Convert& a, const expr::Convert& b) {
-    return a.target == b.target && same(a.operand, b.operand);
-}
-bool same(const expr::PercentOf& a, const expr::PercentOf& b) {
-    return same(a.percentage, b.percentage) && same(a.base, b.base);
-}
-
 } // namespace
-
-Expr::~Expr() {
-    // Only chains of binary operators grow without limit, and they grow leftwards: every other
-    // way of nesting is bounded by the parser. A chain is released by recursion while it is
-    // shallow, as nearly every tree is; deeper links are queued instead, and released in a loop
-    // by the link that started queueing, so the stack never grows with the chain.
-    auto* binary = std::get_if<expr::Binary>(&node);
-    if (!binary || !binary->left)
-        return;
-    constexpr int recursionLimit = 256;
-    thread_local int depth = 0;
-    if (depth < recursionLimit) {
-        ++depth;
-        binary->left.reset();
-        --depth;
-        return;
-    }
-    thread_local std::vector<ExprPtr> queue;
-    thread_local bool draining = false;
-    queue.push_back(std::move(binary->left));
-    if (draining)
-        return;
-    draining = true;
-    while (!queue.empty()) {
-        ExprPtr last = std::move(queue.back());
-        queue.pop_back();
-        last.reset();
-    }
-    draining = false;
-}
-
-bool sameTree(const Expr& a, const Expr& b) {
-    // A left chain of operators is compared link by link in a loop.
-    const Expr* first = &a;
-    const Expr* second = &b;
-    while (true) {
-        const auto* x = first->as<expr::Binary>();
-        const auto* y = second->as<expr::Binary>();
-        if (!x || !y)
-            break;
-        if (x->op != y->op || !same(x->right, y->right))
-            return false;
-        if (!x->left || !y->left || x->left == y->left)
-            return x->left == y->left;
-        first = x->left.get();
-        second = y->left.get();
-    }
-    if (first->node.index() != second->node.index())
-        return false;
-    return std::visit(
-        [second](const auto& left) {
-            using Node = std::decay_t<decltype(left)>;
-            return same(left, std::get<Node>(second->node));
-        },
-        first->node);
-}
 
 // The word sets are small enough that a scan beats hashing.
 bool isReservedWord(std::string_view word) {
@@ -252,6 +139,23 @@ bool isReservedWord(std::string_view word) {
 
 bool isConversionWord(std::string_view word) {
     return keywords::isConversionWord(word);
+}
+
+std::string_view ExprArena::keep(std::string_view text) {
+    if (text.empty())
+        return {};
+    auto* copy = static_cast<char*>(m_memory.allocate(text.size(), 1));
+    std::copy(text.begin(), text.end(), copy);
+    return {copy, text.size()};
+}
+
+ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
+    if (items.empty())
+        return {};
+    auto* copy = static_cast<const Expr**>(
+        m_memory.allocate(items.size() * sizeof(const Expr*), alignof(const Expr*)));
+    std::copy(items.begin(), items.end(), copy);
+    return {copy, items.size()};
 }
 
 bool isComparisonOperator(std::string_view op) {
@@ -263,25 +167,53 @@ bool isComparisonOperator(std::string_view op) {
 // Parser
 // ---------------------------------------------------------------------------------------------
 
-Parser::Parser(std::vector<Token> tokens) : m_tokens(std::move(tokens)) {
-    // The rules rely on a final eof; a hand-made list without one still gets it.
-    if (m_tokens.empty() || m_tokens.back().kind != Kind::eof)
-        m_tokens.push_back(Token::make(Kind::eof, m_tokens.empty() ? 0 : m_tokens.back().start));
-}
-
-const Token& Parser::current() const {
-    return m_tokens[m_index];
-}
-
-const Token& Parser::peek(std::size_t ahead) const {
-    return m_tokens[std::min(m_index + ahead, m_tokens.size() - 1)];
-}
+Parser::Parser(std::string_view text) : m_stream(text), m_current(m_stream.next()), m_next(m_stream.next()) {}
 
 bool Parser::atEnd() const {
     return current().kind == Kind::eof;
 }
 
+void Parser::failWithLineErrorFirst(const CalcError& error) {
+    // Tokens are scanned as the rules ask for them, but the line's text is judged before its
+    // grammar: a character that can't be read anywhere on the line is what the line reports.
+    while (m_next.kind != Kind::eof)
+        m_next = m_stream.next();
+    throw error;
+}
+
 Statement Parser::parseStatement() {
+    try {
+        return parseStatementRule();
+    } catch (const CalcError& error) {
+        failWithLineErrorFirst(error);
+    }
+}
+
+ExprPtr Parser::parseExpression() {
+    try {
+        return root(parseConversion());
+    } catch (const CalcError& error) {
+        failWithLineErrorFirst(error);
+    }
+}
+
+ExprPtr Parser::parseWholeExpression() {
+    try {
+        const Expr* expression = parseConversion();
+        if (!atEnd())
+            fail(MessageKind::badExpression);
+        return root(expression);
+    } catch (const CalcError& error) {
+        failWithLineErrorFirst(error);
+    }
+}
+
+ExprPtr Parser::root(const Expr* node) const {
+    // The root shares the arena's ownership, so the tree lives as long as anyone holds it.
+    return ExprPtr(m_arena, node);
+}
+
+Statement Parser::parseStatementRule() {
     Statement statement;
     if (current().kind == Kind::identifier && isOp(peek(), "=") && !isReservedWord(current().text)) {
         statement.name = current().text;
@@ -290,19 +222,19 @@ Statement Parser::parseStatement() {
     }
     if (atEnd())
         fail(MessageKind::noExpression);
-    statement.expr = parseExpression();
+    statement.expr = root(parseConversion());
     if (!atEnd())
         fail(MessageKind::badExpression);
     return statement;
 }
 
-ExprPtr Parser::parseExpression() {
-    return parseConversion();
+const Expr* Parser::binary(std::string_view op, const Expr* left, const Expr* right, std::uint32_t first) {
+    return m_arena->make(expr::Binary{op, left, right}, rangeFrom(first));
 }
 
-ExprPtr Parser::parseConversion() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseOr();
+const Expr* Parser::parseConversion() {
+    const std::uint32_t first = here();
+    const Expr* left = parseOr();
     ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
@@ -311,83 +243,79 @@ ExprPtr Parser::parseConversion() {
         if (convertWord || isOp(token, "→")) {
             advance();
             chain.lengthen();
-            std::string target = parseUnitTarget();
-            left = makeExpr(expr::Convert{std::move(left), std::move(target)}, rangeFrom(first));
+            const std::string target = parseUnitTarget();
+            left = m_arena->make(expr::Convert{left, m_arena->keep(target)}, rangeFrom(first));
         } else if (isPercentOfWord(token)) {
             advance();
             chain.lengthen();
-            ExprPtr base = parseAdditive();
-            left = makeExpr(expr::PercentOf{std::move(left), std::move(base)}, rangeFrom(first));
+            const Expr* base = parseAdditive();
+            left = m_arena->make(expr::PercentOf{left, base}, rangeFrom(first));
         } else {
             return left;
         }
     }
 }
 
-ExprPtr Parser::parseOr() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseAnd();
+const Expr* Parser::parseOr() {
+    const std::uint32_t first = here();
+    const Expr* left = parseAnd();
     while (isWord(current(), keywords::orWord)) {
         advance();
-        ExprPtr right = parseAnd();
-        left = makeBinary("or", std::move(left), std::move(right), rangeFrom(first));
+        left = binary("or", left, parseAnd(), first);
     }
     return left;
 }
 
-ExprPtr Parser::parseAnd() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseNot();
+const Expr* Parser::parseAnd() {
+    const std::uint32_t first = here();
+    const Expr* left = parseNot();
     while (isWord(current(), keywords::andWord)) {
         advance();
-        ExprPtr right = parseNot();
-        left = makeBinary("and", std::move(left), std::move(right), rangeFrom(first));
+        left = binary("and", left, parseNot(), first);
     }
     return left;
 }
 
-ExprPtr Parser::parseNot() {
+const Expr* Parser::parseNot() {
     if (!isWord(current(), keywords::notWord))
         return parseComparison();
-    const std::size_t first = m_index;
+    const std::uint32_t first = here();
     advance();
     NestingScope nesting(m_depth);
-    ExprPtr operand = parseNot();
-    return makeExpr(expr::Unary{"not", std::move(operand)}, rangeFrom(first));
+    const Expr* operand = parseNot();
+    return m_arena->make(expr::Unary{"not", operand}, rangeFrom(first));
 }
 
-ExprPtr Parser::parseComparison() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseAdditive();
+const Expr* Parser::parseComparison() {
+    const std::uint32_t first = here();
+    const Expr* left = parseAdditive();
     while (current().kind == Kind::op && isComparisonOperator(current().text)) {
-        std::string op = current().text;
+        const std::string_view op = comparisonSpelling(current().text);
         advance();
-        ExprPtr right = parseAdditive();
-        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
+        left = binary(op, left, parseAdditive(), first);
     }
     return left;
 }
 
-ExprPtr Parser::parseAdditive() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseMultiplicative();
+const Expr* Parser::parseAdditive() {
+    const std::uint32_t first = here();
+    const Expr* left = parseMultiplicative();
     while (isOp(current(), "+") || isOp(current(), "-")) {
-        std::string op = current().text;
+        const std::string_view op = isOp(current(), "+") ? "+" : "-";
         advance();
-        ExprPtr right = parseMultiplicative();
-        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
+        left = binary(op, left, parseMultiplicative(), first);
     }
     return left;
 }
 
-ExprPtr Parser::parseMultiplicative() {
-    const std::size_t first = m_index;
-    ExprPtr left = parseUnary();
+const Expr* Parser::parseMultiplicative() {
+    const std::uint32_t first = here();
+    const Expr* left = parseUnary();
     for (;;) {
         const Token& token = current();
-        std::string op;
+        std::string_view op;
         if (isOp(token, "*") || isOp(token, "/")) {
-            op = token.text;
+            op = isOp(token, "*") ? "*" : "/";
             advance();
         } else if (token.kind == Kind::number || token.kind == Kind::lparen ||
                    (token.kind == Kind::identifier && peek().kind == Kind::lparen)) {
@@ -395,18 +323,17 @@ ExprPtr Parser::parseMultiplicative() {
         } else {
             return left;
         }
-        ExprPtr right = parseUnary();
-        left = makeBinary(std::move(op), std::move(left), std::move(right), rangeFrom(first));
+        left = binary(op, left, parseUnary(), first);
     }
 }
 
-ExprPtr Parser::parseUnary() {
+const Expr* Parser::parseUnary() {
     if (isOp(current(), "-")) {
-        const std::size_t first = m_index;
+        const std::uint32_t first = here();
         advance();
         NestingScope nesting(m_depth);
-        ExprPtr operand = parseUnary();
-        return makeExpr(expr::Unary{"-", std::move(operand)}, rangeFrom(first));
+        const Expr* operand = parseUnary();
+        return m_arena->make(expr::Unary{"-", operand}, rangeFrom(first));
     }
     if (isOp(current(), "+")) {
         advance();
@@ -416,95 +343,93 @@ ExprPtr Parser::parseUnary() {
     return parsePower();
 }
 
-ExprPtr Parser::parsePower() {
-    const std::size_t first = m_index;
-    ExprPtr base = parsePostfix();
+const Expr* Parser::parsePower() {
+    const std::uint32_t first = here();
+    const Expr* base = parsePostfix();
     if (!isOp(current(), "^"))
         return base;
     advance();
     NestingScope nesting(m_depth);
-    ExprPtr exponent = parseUnary();
-    return makeBinary("^", std::move(base), std::move(exponent), rangeFrom(first));
+    return binary("^", base, parseUnary(), first);
 }
 
-ExprPtr Parser::parsePostfix() {
-    const std::size_t first = m_index;
-    ExprPtr e = parsePrimary();
+const Expr* Parser::parsePostfix() {
+    const std::uint32_t first = here();
+    const Expr* e = parsePrimary();
     ChainScope chain(m_chain);
     for (;;) {
         const Token& token = current();
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
-            std::string unit = token.text;
-            const std::size_t unitToken = m_index;
+            const std::string_view unit = m_arena->keep(token.text);
+            const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
             if (isOp(current(), "^")) {
                 advance();
                 NestingScope nesting(m_depth);
-                ExprPtr name = makeExpr(expr::Identifier{std::move(unit)}, m_tokens[unitToken].range());
-                ExprPtr exponent = parseUnary();
-                ExprPtr power = makeBinary("^", std::move(name), std::move(exponent), rangeFrom(unitToken));
-                e = makeBinary("*", std::move(e), std::move(power), rangeFrom(first));
+                const Expr* name = m_arena->make(expr::Identifier{unit}, unitRange);
+                const Expr* power = binary("^", name, parseUnary(), unitRange.begin);
+                e = binary("*", e, power, first);
             } else {
-                e = makeExpr(expr::UnitApply{std::move(e), std::move(unit)}, rangeFrom(first));
+                e = m_arena->make(expr::UnitApply{e, unit}, rangeFrom(first));
             }
         } else if (isOp(token, "%")) {
             advance();
             chain.lengthen();
-            e = makeExpr(expr::Percent{std::move(e)}, rangeFrom(first));
+            e = m_arena->make(expr::Percent{e}, rangeFrom(first));
         } else if (token.kind == Kind::lbracket) {
             advance();
             chain.lengthen();
             NestingScope nesting(m_depth);
-            ExprPtr position = parseConversion();
+            const Expr* position = parseConversion();
             if (current().kind != Kind::rbracket)
                 fail(MessageKind::missingBracket);
             advance();
-            e = makeExpr(expr::Index{std::move(e), std::move(position)}, rangeFrom(first));
+            e = m_arena->make(expr::Index{e, position}, rangeFrom(first));
         } else {
             return e;
         }
     }
 }
 
-ExprPtr Parser::parsePrimary() {
+const Expr* Parser::parsePrimary() {
     const Token& token = current();
-    const std::size_t first = m_index;
+    const std::uint32_t first = here();
     const SourceRange range = token.range();
     switch (token.kind) {
     case Kind::number: {
-        double value = token.number;
+        const double value = token.number;
         advance();
-        return makeExpr(expr::Number{value}, range);
+        return m_arena->make(expr::Number{value}, range);
     }
     case Kind::string: {
-        std::string text = token.text;
+        const std::string_view text = m_arena->keep(token.text);
         advance();
-        return makeExpr(expr::Text{std::move(text)}, range);
+        return m_arena->make(expr::Text{text}, range);
     }
     case Kind::ref: {
-        std::int64_t line = token.ref;
+        const std::int64_t line = token.ref;
         advance();
-        return makeExpr(expr::Ref{line}, range);
+        return m_arena->make(expr::Ref{line}, range);
     }
     case Kind::identifier: {
-        std::string name = token.text;
+        const std::string_view name = m_arena->keep(token.text);
         advance();
         if (current().kind == Kind::lparen)
-            return parseCall(std::move(name), first);
+            return parseCall(name, first);
         if (current().kind == Kind::number && isKnownUnit(name)) {
             // A unit written before its value: $5, ¥1200.
             NestingScope nesting(m_depth);
-            ExprPtr operand = parsePostfix();
-            return makeExpr(expr::UnitApply{std::move(operand), std::move(name)}, rangeFrom(first));
+            const Expr* operand = parsePostfix();
+            return m_arena->make(expr::UnitApply{operand, name}, rangeFrom(first));
         }
-        return makeExpr(expr::Identifier{std::move(name)}, range);
+        return m_arena->make(expr::Identifier{name}, range);
     }
     case Kind::lparen: {
         advance();
         NestingScope nesting(m_depth);
-        ExprPtr inner = parseConversion();
+        const Expr* inner = parseConversion();
         if (current().kind != Kind::rparen)
             fail(MessageKind::missingClosingParenthesis);
         advance();
@@ -526,10 +451,10 @@ ExprPtr Parser::parsePrimary() {
     failMisplacedOperator(token.text);
 }
 
-ExprPtr Parser::parseCall(std::string name, std::size_t first) {
+const Expr* Parser::parseCall(std::string_view name, std::uint32_t first) {
     advance(); // "("
     NestingScope nesting(m_depth);
-    std::vector<ExprPtr> args;
+    std::vector<const Expr*> args;
     if (current().kind != Kind::rparen) {
         args.push_back(parseConversion());
         while (current().kind == Kind::comma) {
@@ -538,16 +463,16 @@ ExprPtr Parser::parseCall(std::string name, std::size_t first) {
         }
     }
     if (current().kind != Kind::rparen)
-        failMissingCallParen(name);
+        failMissingCallParen(std::string(name));
     advance();
-    return makeExpr(expr::Call{std::move(name), std::move(args)}, rangeFrom(first));
+    return m_arena->make(expr::Call{name, m_arena->keep(args)}, rangeFrom(first));
 }
 
-ExprPtr Parser::parseList() {
-    const std::size_t first = m_index;
+const Expr* Parser::parseList() {
+    const std::uint32_t first = here();
     advance(); // "["
     NestingScope nesting(m_depth);
-    std::vector<ExprPtr> items;
+    std::vector<const Expr*> items;
     if (current().kind != Kind::rbracket) {
         items.push_back(parseConversion());
         while (current().kind == Kind::comma) {
@@ -558,7 +483,7 @@ ExprPtr Parser::parseList() {
     if (current().kind != Kind::rbracket)
         fail(MessageKind::missingListBracket);
     advance();
-    return makeExpr(expr::List{std::move(items)}, rangeFrom(first));
+    return m_arena->make(expr::List{m_arena->keep(items)}, rangeFrom(first));
 }
 
 std::string Parser::parseUnitTarget() {
@@ -585,7 +510,7 @@ std::string Parser::parseUnitTarget() {
 }
 
 Statement parseStatement(std::string_view text) {
-    return Parser(tokenize(text)).parseStatement();
+    return Parser(text).parseStatement();
 }
 
 } // namespace lumo

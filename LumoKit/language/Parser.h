@@ -14,72 +14,83 @@
 //   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
 //   primary        := number | text | ref | call | unit postfix | name | "(" expression ")" | list
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <memory_resource>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
+#include "LumoKit/base/CalcError.h"
 #include "LumoKit/language/Lexer.h"
 
 namespace lumo {
 
 struct Expr;
-/// Children are shared immutably, so trees are cheap to copy and safe to cache.
+/// A parsed tree, held by its root. Its nodes, their lists and their texts live in one arena
+/// that the root keeps alive: a line's tree is usually a single allocation, a long line's
+/// nodes lie packed together, and trees are cheap to copy and safe to cache.
 using ExprPtr = std::shared_ptr<const Expr>;
+/// The children of a list or a call, in the tree's arena.
+using ExprList = std::span<const Expr* const>;
 
 namespace expr {
 struct Number {
     double value;
 };
 struct Text {
-    std::string value;
+    std::string_view value;
 };
 struct List {
-    std::vector<ExprPtr> items;
+    ExprList items;
 };
 struct Index {
-    ExprPtr target;
-    ExprPtr position;
+    const Expr* target;
+    const Expr* position;
 };
 struct Identifier {
-    std::string name;
+    std::string_view name;
 };
 struct Ref {
     std::int64_t line;
 };
 struct Unary {
-    std::string op;
-    ExprPtr operand;
-}; // "-" or "not"
+    std::string_view op; // "-" or "not"
+    const Expr* operand;
+};
 struct Binary {
-    std::string op;
-    ExprPtr left;
-    ExprPtr right;
+    std::string_view op;
+    const Expr* left;
+    const Expr* right;
 };
 struct Percent {
-    ExprPtr operand;
+    const Expr* operand;
 };
 struct UnitApply {
-    ExprPtr operand;
-    std::string unit;
+    const Expr* operand;
+    std::string_view unit;
 };
 struct Call {
-    std::string name;
-    std::vector<ExprPtr> args;
+    std::string_view name;
+    ExprList args;
 };
 struct Convert {
-    ExprPtr operand;
-    std::string target;
+    const Expr* operand;
+    std::string_view target;
 };
 struct PercentOf {
-    ExprPtr percentage;
-    ExprPtr base;
+    const Expr* percentage;
+    const Expr* base;
 };
 } // namespace expr
 
+/// One node. Nodes own nothing: they point into the arena of their tree.
 struct Expr {
     using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
                               expr::Unary, expr::Binary, expr::Percent, expr::UnitApply, expr::Call,
@@ -89,22 +100,29 @@ struct Expr {
     /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".
     SourceRange range;
 
-    // Built from any of its cases. Spelled out because clang does not yet build aggregates
-    // from parentheses, which std::make_shared needs.
-    Expr(Node n, SourceRange r = {}) : node(std::move(n)), range(r) {}
-    /// Releases a chain of binary operators of any length in bounded stack.
-    ~Expr();
-
     template <typename T> const T* as() const { return std::get_if<T>(&node); }
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
-template <typename T> ExprPtr makeExpr(T node, SourceRange range = {}) {
-    return std::make_shared<const Expr>(std::move(node), range);
-}
+/// The memory of one tree. Nodes are never freed one by one, so they are placed one after
+/// another; a line's tree usually fits in the first block, which comes with the arena.
+class ExprArena {
+public:
+    ExprArena() = default;
+    ExprArena(const ExprArena&) = delete;
+    ExprArena& operator=(const ExprArena&) = delete;
 
-/// Structural equality of two trees (numbers compared exactly; ranges are not compared).
-bool sameTree(const Expr& a, const Expr& b);
+    template <typename T> const Expr* make(T node, SourceRange range) {
+        return new (m_memory.allocate(sizeof(Expr), alignof(Expr))) Expr{Expr::Node(std::move(node)), range};
+    }
+    std::string_view keep(std::string_view text);
+    ExprList keep(const std::vector<const Expr*>& items);
+
+private:
+    std::array<std::byte, 512> m_first;
+    std::pmr::monotonic_buffer_resource m_memory{m_first.data(), m_first.size()};
+};
+static_assert(std::is_trivially_destructible_v<Expr>, "an arena releases its nodes without destroying them");
 
 /// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
 /// A chain of binary operators (1+1+…+1) is not nesting: it has no limit, and every walk of
@@ -125,50 +143,68 @@ bool isReservedWord(std::string_view word);
 bool isConversionWord(std::string_view word);
 bool isComparisonOperator(std::string_view op);
 
-/// Recursive-descent parser over one token list; `index` never passes the final eof.
+/// Recursive-descent parser over one line's tokens, read as the rules ask for them with one
+/// token of lookahead. The text must outlive the parser.
 class Parser {
 public:
-    explicit Parser(std::vector<Token> tokens);
+    explicit Parser(std::string_view text);
 
     /// The statement rule: optional name, expression, end of line.
     Statement parseStatement();
-    /// The expression rule alone (conversion level); leaves the index after it.
+    /// The expression rule alone (conversion level); leaves the tokens after it unread.
     ExprPtr parseExpression();
+    /// The expression rule, up to the end of the line.
+    ExprPtr parseWholeExpression();
 
-    const Token& current() const;
-    const Token& peek(std::size_t ahead = 1) const;
+    const Token& current() const { return m_current; }
+    /// The token after the current one.
+    const Token& peek() const { return m_next; }
     bool atEnd() const;
-    std::size_t index() const { return m_index; }
 
 private:
-    // One function per grammar level.
-    ExprPtr parseConversion();
-    ExprPtr parseOr();
-    ExprPtr parseAnd();
-    ExprPtr parseNot();
-    ExprPtr parseComparison();
-    ExprPtr parseAdditive();
-    ExprPtr parseMultiplicative();
-    ExprPtr parseUnary();
-    ExprPtr parsePower();
-    ExprPtr parsePostfix();
-    ExprPtr parsePrimary();
+    // One function per grammar level. Nodes are made in the arena of the tree being read;
+    // the public functions hand out its root.
+    Statement parseStatementRule();
+    const Expr* parseConversion();
+    const Expr* parseOr();
+    const Expr* parseAnd();
+    const Expr* parseNot();
+    const Expr* parseComparison();
+    const Expr* parseAdditive();
+    const Expr* parseMultiplicative();
+    const Expr* parseUnary();
+    const Expr* parsePower();
+    const Expr* parsePostfix();
+    const Expr* parsePrimary();
     std::string parseUnitTarget();
-    ExprPtr parseCall(std::string name, std::size_t first);
-    ExprPtr parseList();
+    const Expr* parseCall(std::string_view name, std::uint32_t first);
+    const Expr* parseList();
 
-    // Called for every token, so it is defined here to be inlined.
+    const Expr* binary(std::string_view op, const Expr* left, const Expr* right, std::uint32_t first);
+    ExprPtr root(const Expr* node) const;
+
+    /// Rethrows a failure of the rules, unless the rest of the line holds an unreadable
+    /// character: then that is thrown.
+    [[noreturn]] void failWithLineErrorFirst(const CalcError& error);
+
+    // Called for every token, so it is defined here to be inlined. At the end, the current
+    // token stays `eof`.
     void advance() {
-        if (m_index + 1 < m_tokens.size()) {
-            m_consumedEnd = m_tokens[m_index].range().end;
-            ++m_index;
+        if (m_current.kind != Token::Kind::eof) {
+            m_consumedEnd = m_current.range().end;
+            m_current = std::move(m_next);
+            m_next = m_stream.next();
         }
     }
-    /// From the start of the token at `first` to the end of the last token consumed.
-    SourceRange rangeFrom(std::size_t first) const { return {m_tokens[first].range().begin, m_consumedEnd}; }
+    /// Where the current token begins.
+    std::uint32_t here() const { return m_current.range().begin; }
+    /// From `first` to the end of the last token consumed.
+    SourceRange rangeFrom(std::uint32_t first) const { return {first, m_consumedEnd}; }
 
-    std::vector<Token> m_tokens;
-    std::size_t m_index = 0;
+    std::shared_ptr<ExprArena> m_arena = std::make_shared<ExprArena>();
+    TokenStream m_stream;
+    Token m_current;
+    Token m_next;
     std::uint32_t m_consumedEnd = 0; // where the last token consumed ends
     int m_depth = 0;                 // guards the recursion against deeply nested input
     int m_chain = 0; // operators chained to the left on the current path, bounding the tree's height

@@ -30,7 +30,7 @@ bool isMixedSum(const Expr& expression, const LineContext& context) {
     const auto word = sheetWordOf(identifier->name);
     if (!word || *word == SheetWord::previous)
         return false;
-    if (!context.locals.empty() && context.locals.back().contains(identifier->name))
+    if (!context.locals.empty() && context.locals.back().contains(std::string(identifier->name)))
         return false;
     return !(*word == SheetWord::blockSum ? context.block : context.all).value();
 }

@@ -57,7 +57,7 @@ std::uint32_t findCharacter(const SourceText& source, std::uint32_t from, std::u
 // tree's ranges stop at an item's own first and last character: between two items lie only
 // such brackets and signs, white space and the one comma.
 std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t open, std::uint32_t close,
-                                      const std::vector<ExprPtr>& items) {
+                                      ExprList items) {
     std::vector<std::string> texts;
     std::uint32_t from = open + 1;
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -152,15 +152,15 @@ double stepPoint(PlotRange range, int step, int steps) {
 
 // ---- Ranges -------------------------------------------------------------------------------
 
-double rangeEnd(const ExprPtr& expression, EvalContext& context, const EvaluationOptions& options) {
-    const Value value = Evaluator(options, &context).evaluate(expression);
+double rangeEnd(const Expr* expression, EvalContext& context, const EvaluationOptions& options) {
+    const Value value = Evaluator(options, &context).evaluate(*expression);
     // A text or list has no place on an axis; it fails like any other unusable end.
     if (!value.isNumber() || !std::isfinite(value.number))
         fail(MessageKind::plotLeftNotLess);
     return value.number;
 }
 
-PlotRange readRange(const ExprPtr& left, const ExprPtr& right, EvalContext& context,
+PlotRange readRange(const Expr* left, const Expr* right, EvalContext& context,
                     const EvaluationOptions& options) {
     const PlotRange range{rangeEnd(left, context, options), rangeEnd(right, context, options)};
     if (!(range.low < range.high))
@@ -247,7 +247,7 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context, const Evaluati
 // ---- Surfaces -----------------------------------------------------------------------------
 
 bool refersToName(const Expr& start, std::string_view name) {
-    const auto refers = [name](const ExprPtr& child) { return child && refersToName(*child, name); };
+    const auto refers = [name](const Expr* child) { return child && refersToName(*child, name); };
     // A chain of operators leans left as deep as it is long, so it is followed in a loop.
     const Expr* link = &start;
     while (const auto* binary = link->as<expr::Binary>()) {
@@ -255,7 +255,7 @@ bool refersToName(const Expr& start, std::string_view name) {
             return true;
         if (!binary->left)
             return false;
-        link = binary->left.get();
+        link = binary->left;
     }
     const Expr& expression = *link;
     return std::visit(
@@ -348,8 +348,8 @@ PlotSpec buildBars(const expr::Call& call, const CallSource& source, EvalContext
                    const EvaluationOptions& options) {
     const Evaluator evaluator(options, &context);
     std::vector<Value> values;
-    for (const ExprPtr& argument : call.args)
-        values.push_back(evaluator.evaluate(argument));
+    for (const Expr* argument : call.args)
+        values.push_back(evaluator.evaluate(*argument));
 
     std::vector<std::string> labels;
     if (values.size() == 1 && values.front().isList()) {

@@ -347,11 +347,7 @@ bool Program::isValidName(std::string_view name) {
 }
 
 ExprPtr Program::parseWholeExpression(std::string_view text) {
-    Parser parser(tokenize(text));
-    ExprPtr expression = parser.parseExpression();
-    if (!parser.atEnd())
-        throw CalcError(MessageKind::badExpression);
-    return expression;
+    return Parser(text).parseWholeExpression();
 }
 
 } // namespace lumo

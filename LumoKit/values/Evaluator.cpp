@@ -16,28 +16,29 @@ namespace lumo {
 
 namespace {
 
-UnitRef findUnit(const std::string& name) {
+UnitRef findUnit(std::string_view name) {
     return UnitRegistry::shared().find(name);
 }
 
-[[noreturn]] void throwUnknownUnit(const std::string& name) {
-    throw CalcError(MessageKind::unknownUnit, {name});
+[[noreturn]] void throwUnknownUnit(std::string_view name) {
+    throw CalcError(MessageKind::unknownUnit, {std::string(name)});
 }
 
-[[noreturn]] void throwUndefinedName(const std::string& name) {
+[[noreturn]] void throwUndefinedName(std::string_view name) {
     // A lower-case letter that names a unit in upper case (b, k, n, j …) is most likely that unit.
     if (unicode::graphemeCount(name) == 1) {
         const std::string upper = unicode::toUpper(name);
         if (upper != name) {
             if (const UnitRef unit = findUnit(upper)) {
-                throw CalcError(MessageKind::undefinedNameLikeUnit, {name, unit->display, upper});
+                throw CalcError(MessageKind::undefinedNameLikeUnit,
+                                {std::string(name), unit->display, upper});
             }
         }
     }
-    throw CalcError(MessageKind::undefinedName, {name});
+    throw CalcError(MessageKind::undefinedName, {std::string(name)});
 }
 
-bool isOrdering(const std::string& op) {
+bool isOrdering(std::string_view op) {
     return op != "==" && op != "!=";
 }
 
@@ -45,7 +46,7 @@ Value boolValue(bool truth) {
     return Value::plain(truth ? 1 : 0);
 }
 
-bool compareNumbers(const std::string& op, double a, double b) {
+bool compareNumbers(std::string_view op, double a, double b) {
     if (op == "==")
         return a == b;
     if (op == "!=")
@@ -59,7 +60,7 @@ bool compareNumbers(const std::string& op, double a, double b) {
     return a >= b;
 }
 
-bool orderSays(const std::string& op, int order) {
+bool orderSays(std::string_view op, int order) {
     if (op == "==")
         return order == 0;
     if (op == "!=")
@@ -89,25 +90,26 @@ public:
     explicit TreeWalker(const Evaluator& evaluator) : m_evaluator(evaluator) {}
 
     Value walk(const Expr& expression) const {
-        return std::visit(overloaded{
-                              [](const expr::Number& node) { return Value::plain(node.value); },
-                              [](const expr::Text& node) { return Value::makeText(node.value); },
-                              [this](const expr::List& node) { return list(node); },
-                              [this](const expr::Index& node) {
-                                  const Value target = walk(*node.target);
-                                  return indexValue(target, walk(*node.position));
-                              },
-                              [this](const expr::Identifier& node) { return identifier(node.name); },
-                              [this](const expr::Ref& node) { return ref(node.line); },
-                              [this](const expr::Unary& node) { return unary(node); },
-                              [this](const expr::Binary& node) { return binary(node); },
-                              [this](const expr::Percent& node) { return percent(node); },
-                              [this](const expr::UnitApply& node) { return unitApply(node); },
-                              [this](const expr::Call& node) { return call(node); },
-                              [this](const expr::Convert& node) { return convertTo(node); },
-                              [this](const expr::PercentOf& node) { return percentOf(node); },
-                          },
-                          expression.node);
+        return std::visit(
+            overloaded{
+                [](const expr::Number& node) { return Value::plain(node.value); },
+                [](const expr::Text& node) { return Value::makeText(std::string(node.value)); },
+                [this](const expr::List& node) { return list(node); },
+                [this](const expr::Index& node) {
+                    const Value target = walk(*node.target);
+                    return indexValue(target, walk(*node.position));
+                },
+                [this](const expr::Identifier& node) { return identifier(std::string(node.name)); },
+                [this](const expr::Ref& node) { return ref(node.line); },
+                [this](const expr::Unary& node) { return unary(node); },
+                [this](const expr::Binary& node) { return binary(node); },
+                [this](const expr::Percent& node) { return percent(node); },
+                [this](const expr::UnitApply& node) { return unitApply(node); },
+                [this](const expr::Call& node) { return call(node); },
+                [this](const expr::Convert& node) { return convertTo(node); },
+                [this](const expr::PercentOf& node) { return percentOf(node); },
+            },
+            expression.node);
     }
 
 private:
@@ -119,18 +121,19 @@ private:
         args.reserve(node.args.size());
         for (const auto& arg : node.args)
             args.push_back(walk(*arg));
-        if (auto answer = callBuiltin(node.name, args, m_evaluator.options()))
+        const std::string name(node.name);
+        if (auto answer = callBuiltin(name, args, m_evaluator.options()))
             return std::move(*answer);
-        if (auto answer = context().callUserFunction(node.name, args))
+        if (auto answer = context().callUserFunction(name, args))
             return std::move(*answer);
-        throw CalcError(MessageKind::noSuchFunction, {node.name});
+        throw CalcError(MessageKind::noSuchFunction, {name});
     }
 
     Value list(const expr::List& node) const {
         std::vector<Value> items;
         items.reserve(node.items.size());
         std::size_t weight = 1;
-        for (const ExprPtr& item : node.items) {
+        for (const Expr* item : node.items) {
             items.push_back(walk(*item));
             weight += valueWeight(items.back());
             if (weight > maxValueWeight())
@@ -186,7 +189,7 @@ private:
                 longChain.push_back(link);
             }
             ++length;
-            first = link->left.get();
+            first = link->left;
         }
         Value value = walk(*first);
         for (std::size_t i = length; i-- > 0;)
@@ -221,7 +224,7 @@ private:
         }
         if (isComparisonOperator(op))
             return compareValues(node.op, left, right);
-        throw CalcError(MessageKind::operatorNotUsable, {node.op});
+        throw CalcError(MessageKind::operatorNotUsable, {std::string(node.op)});
     }
 
     Value percent(const expr::Percent& node) const {
@@ -239,16 +242,17 @@ private:
     // True for a name the context knows, or a juxtaposition made only of such names.
     bool isKnownNameChain(const Expr& expression) const {
         if (const auto* name = expression.as<expr::Identifier>())
-            return context().valueOf(name->name).has_value();
+            return context().valueOf(std::string(name->name)).has_value();
         if (const auto* apply = expression.as<expr::UnitApply>()) {
-            return isKnownNameChain(*apply->operand) && context().valueOf(apply->unit).has_value();
+            return isKnownNameChain(*apply->operand) &&
+                   context().valueOf(std::string(apply->unit)).has_value();
         }
         return false;
     }
 
     Value unitApply(const expr::UnitApply& node) const {
         const Value operand = walk(*node.operand);
-        if (auto named = context().valueOf(node.unit)) {
+        if (auto named = context().valueOf(std::string(node.unit))) {
             // "rent food" lists amounts to be summed; "3 x" is a coefficient times a variable.
             if (isKnownNameChain(*node.operand))
                 return add(operand, *named);
@@ -365,7 +369,7 @@ bool truthiness(const Value& value) {
     return false;
 }
 
-Value compareValues(const std::string& op, const Value& left, const Value& right) {
+Value compareValues(std::string_view op, const Value& left, const Value& right) {
     if (left.isNumber() && right.isNumber()) {
         const Value a = withoutPercent(left);
         const Value b = withoutPercent(right);

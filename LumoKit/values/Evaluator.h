@@ -62,7 +62,7 @@ bool truthiness(const Value& value);
 
 /// Applies a comparison operator ("==", "!=", "<", "<=", ">", ">=") to two values;
 /// answers the plain number 1 or 0.
-Value compareValues(const std::string& op, const Value& left, const Value& right);
+Value compareValues(std::string_view op, const Value& left, const Value& right);
 
 /// Text ordering: scalar values after canonical normalisation. Negative, zero or positive.
 int compareTexts(std::string_view a, std::string_view b);
