@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -708,11 +709,25 @@ std::string normalize(std::string_view text) {
 }
 
 // Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
-TokenStream::TokenStream(std::string_view text)
-    : m_normalized(isAscii(text) ? std::string() : normalize(text)),
-      m_scanner(std::make_unique<Scanner>(isAscii(text) ? text : std::string_view(m_normalized))) {}
+// Every line is read through a stream, so its scanner lives inside it rather than on the heap.
+static_assert(sizeof(Scanner) <= TokenStream::scannerSize && alignof(Scanner) <= alignof(std::max_align_t));
 
-TokenStream::~TokenStream() = default;
+TokenStream::TokenStream(std::string_view text) {
+    // Normalisation leaves ASCII text as it is, so such a line is scanned in place.
+    if (!isAscii(text)) {
+        m_normalized = normalize(text);
+        text = m_normalized;
+    }
+    new (m_scannerStorage) Scanner(text);
+}
+
+TokenStream::~TokenStream() {
+    scanner().~Scanner();
+}
+
+Scanner& TokenStream::scanner() {
+    return *std::launder(reinterpret_cast<Scanner*>(m_scannerStorage));
+}
 
 Token TokenStream::next() {
     // After a character that can't be read, the rest of the line is not read either: the
@@ -720,7 +735,7 @@ Token TokenStream::next() {
     if (m_failed)
         return Token::make(Token::Kind::eof, 0);
     try {
-        return m_scanner->next();
+        return scanner().next();
     } catch (const CalcError&) {
         m_failed = true;
         throw;

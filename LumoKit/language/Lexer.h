@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -104,9 +104,14 @@ public:
     /// CalcError for an unusable character, a non-finite number or an unclosed text.
     Token next();
 
+    /// Room for the scanner, which is defined with the lexer.
+    static constexpr std::size_t scannerSize = 192;
+
 private:
+    Scanner& scanner();
+
     std::string m_normalized; // the normalised line, when normalising changed it
-    std::unique_ptr<Scanner> m_scanner;
+    alignas(std::max_align_t) std::byte m_scannerStorage[scannerSize];
     bool m_failed = false;
 };
 
