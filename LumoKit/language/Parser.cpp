@@ -141,23 +141,6 @@ bool isConversionWord(std::string_view word) {
     return keywords::isConversionWord(word);
 }
 
-std::string_view ExprArena::keep(std::string_view text) {
-    if (text.empty())
-        return {};
-    auto* copy = static_cast<char*>(m_memory.allocate(text.size(), 1));
-    std::copy(text.begin(), text.end(), copy);
-    return {copy, text.size()};
-}
-
-ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
-    if (items.empty())
-        return {};
-    auto* copy = static_cast<const Expr**>(
-        m_memory.allocate(items.size() * sizeof(const Expr*), alignof(const Expr*)));
-    std::copy(items.begin(), items.end(), copy);
-    return {copy, items.size()};
-}
-
 bool isComparisonOperator(std::string_view op) {
     static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">", ">="};
     return op.size() <= 2 && std::find(std::begin(ops), std::end(ops), op) != std::end(ops);

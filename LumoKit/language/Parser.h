@@ -14,115 +14,18 @@
 //   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
 //   primary        := number | text | ref | call | unit postfix | name | "(" expression ")" | list
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <memory_resource>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <variant>
 #include <vector>
 
 #include "LumoKit/base/CalcError.h"
+#include "LumoKit/language/Expr.h"
 #include "LumoKit/language/Lexer.h"
 
 namespace lumo {
-
-struct Expr;
-/// A parsed tree, held by its root. Its nodes, their lists and their texts live in one arena
-/// that the root keeps alive: a line's tree is usually a single allocation, a long line's
-/// nodes lie packed together, and trees are cheap to copy and safe to cache.
-using ExprPtr = std::shared_ptr<const Expr>;
-/// The children of a list or a call, in the tree's arena.
-using ExprList = std::span<const Expr* const>;
-
-namespace expr {
-struct Number {
-    double value;
-};
-struct Text {
-    std::string_view value;
-};
-struct List {
-    ExprList items;
-};
-struct Index {
-    const Expr* target;
-    const Expr* position;
-};
-struct Identifier {
-    std::string_view name;
-};
-struct Ref {
-    std::int64_t line;
-};
-struct Unary {
-    std::string_view op; // "-" or "not"
-    const Expr* operand;
-};
-struct Binary {
-    std::string_view op;
-    const Expr* left;
-    const Expr* right;
-};
-struct Percent {
-    const Expr* operand;
-};
-struct UnitApply {
-    const Expr* operand;
-    std::string_view unit;
-};
-struct Call {
-    std::string_view name;
-    ExprList args;
-};
-struct Convert {
-    const Expr* operand;
-    std::string_view target;
-};
-struct PercentOf {
-    const Expr* percentage;
-    const Expr* base;
-};
-} // namespace expr
-
-/// One node. Nodes own nothing: they point into the arena of their tree.
-struct Expr {
-    using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
-                              expr::Unary, expr::Binary, expr::Percent, expr::UnitApply, expr::Call,
-                              expr::Convert, expr::PercentOf>;
-    Node node;
-    /// The characters of the parsed text this node was read from, from its first token to its
-    /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".
-    SourceRange range;
-
-    template <typename T> const T* as() const { return std::get_if<T>(&node); }
-    template <typename T> bool is() const { return std::holds_alternative<T>(node); }
-};
-
-/// The memory of one tree. Nodes are never freed one by one, so they are placed one after
-/// another; a line's tree usually fits in the first block, which comes with the arena.
-class ExprArena {
-public:
-    ExprArena() = default;
-    ExprArena(const ExprArena&) = delete;
-    ExprArena& operator=(const ExprArena&) = delete;
-
-    template <typename T> const Expr* make(T node, SourceRange range) {
-        return new (m_memory.allocate(sizeof(Expr), alignof(Expr))) Expr{Expr::Node(std::move(node)), range};
-    }
-    std::string_view keep(std::string_view text);
-    ExprList keep(const std::vector<const Expr*>& items);
-
-private:
-    std::array<std::byte, 512> m_first;
-    std::pmr::monotonic_buffer_resource m_memory{m_first.data(), m_first.size()};
-};
-static_assert(std::is_trivially_destructible_v<Expr>, "an arena releases its nodes without destroying them");
 
 /// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
 /// A chain of binary operators (1+1+…+1) is not nesting: it has no limit, and every walk of

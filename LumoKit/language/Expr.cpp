@@ -1,0 +1,56 @@
+#include "LumoKit/language/Expr.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace lumo {
+
+namespace {
+
+// Blocks after the arena's own grow from 1 kB to 64 kB: small trees stay small, and a tree of
+// millions of nodes wastes less than one block.
+constexpr std::size_t firstBlockSize = 1024;
+constexpr std::size_t largestBlockSize = 64 * 1024;
+
+} // namespace
+
+ExprArena::~ExprArena() {
+    while (m_lastBlock) {
+        BlockHeader* previous = m_lastBlock->previous;
+        ::operator delete(m_lastBlock);
+        m_lastBlock = previous;
+    }
+}
+
+void* ExprArena::allocateInNewBlock(std::size_t size, std::size_t alignment) {
+    const std::size_t grown = m_lastBlock ? std::min(2 * m_capacity, largestBlockSize) : firstBlockSize;
+    const std::size_t header =
+        (sizeof(BlockHeader) + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
+    const std::size_t capacity = std::max(grown, size + alignment);
+    auto* block = static_cast<std::byte*>(::operator new(header + capacity));
+    m_lastBlock = new (block) BlockHeader{m_lastBlock};
+    m_block = block + header;
+    m_capacity = capacity;
+    m_used = 0;
+    return allocate(size, alignment);
+}
+
+std::string_view ExprArena::keep(std::string_view text) {
+    if (text.empty())
+        return {};
+    auto* copy = static_cast<char*>(allocate(text.size(), 1));
+    std::copy(text.begin(), text.end(), copy);
+    return {copy, text.size()};
+}
+
+ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
+    if (items.empty())
+        return {};
+    auto* copy =
+        static_cast<const Expr**>(allocate(items.size() * sizeof(const Expr*), alignof(const Expr*)));
+    std::copy(items.begin(), items.end(), copy);
+    return {copy, items.size()};
+}
+
+} // namespace lumo
