@@ -745,6 +745,7 @@ Token TokenStream::next() {
 std::vector<Token> tokenize(std::string_view text) {
     TokenStream stream(text);
     std::vector<Token> tokens;
+    tokens.reserve(16);
     do
         tokens.push_back(stream.next());
     while (tokens.back().kind != Token::Kind::eof);
