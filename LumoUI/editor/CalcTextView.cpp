@@ -561,7 +561,10 @@ void CalcTextView::relayout() {
         QPlainTextEdit::resizeEvent(&resize);
     }
     const QRect area = viewport()->geometry();
-    m_overlay->setGeometry(area.right() + 1, area.top(), right, area.height());
+    // The overlay also covers the text's right margin, where the text control's own band for
+    // the caret's line stops, so that band runs on into the answer without a seam.
+    const int margin = int(document()->documentMargin());
+    m_overlay->setGeometry(area.right() + 1 - margin, area.top(), right + margin, area.height());
     m_handle->setAvailable(width());
     m_handle->setGeometry(m_overlay->x() + columnLeftInOverlay() - columnGap / 2, area.top(), columnGap,
                           area.height());
