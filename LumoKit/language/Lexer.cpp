@@ -355,15 +355,17 @@ class Scanner {
 public:
     explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
 
-    /// The next token, or `eof` once the line is read. Whitespace yields no token, so a
-    /// character is scanned until one is made.
-    Token next() {
+    /// Scans the next token into `out`, or `eof` once the line is read. Whitespace yields no
+    /// token, so characters are scanned until one is made. The token is written in place, so
+    /// a reader that keeps its slots reuses their texts' storage.
+    void next(Token& out) {
+        m_out = &out;
         m_ready = false;
         while (!m_ready && m_i < m_chars.size())
             scanOne();
         if (!m_ready)
-            return Token::make(Token::Kind::eof, position(m_chars.size()));
-        return std::move(m_token);
+            emit(Token::Kind::eof, position(m_chars.size()));
+        m_out = nullptr;
     }
 
 private:
@@ -398,8 +400,9 @@ private:
             std::string_view c = at(m_i);
             if (c == quote) {
                 ++m_i;
-                emit(Token::makeString(std::move(content), position(start))).length =
-                    charactersBetween(start, m_i);
+                Token& token = emit(Token::Kind::string, position(start));
+                token.text = std::move(content);
+                token.length = charactersBetween(start, m_i);
                 return;
             }
             if (isChar(c, '\\') && m_i + 1 < m_chars.size()) {
@@ -434,7 +437,9 @@ private:
             ++m_i;
         }
         // The start is deliberately the index just after the digits.
-        emit(Token::makeRef(overflow ? 0 : line, position(m_i))).length = charactersBetween(hash, m_i);
+        Token& token = emit(Token::Kind::ref, position(m_i));
+        token.ref = overflow ? 0 : line;
+        token.length = charactersBetween(hash, m_i);
     }
 
     // Digits with grouping commas and points, then at most one exponent.
@@ -501,7 +506,9 @@ private:
         }
         if (!std::isfinite(total))
             failNumberTooLarge();
-        emit(Token::makeNumber(total, position(start))).length = charactersBetween(start, m_i);
+        Token& token = emit(Token::Kind::number, position(start));
+        token.number = total;
+        token.length = charactersBetween(start, m_i);
     }
 
     void scanName() {
@@ -558,7 +565,7 @@ private:
     }
 
     bool push(Token::Kind kind) {
-        emit(Token::make(kind, position(m_i))).length = 1;
+        emit(kind, position(m_i)).length = 1;
         ++m_i;
         return true;
     }
@@ -571,25 +578,30 @@ private:
 
     // Tokens with text are built in place, so the text is copied once.
     void pushText(Token::Kind kind, std::size_t start, std::size_t end, std::string_view text) {
-        Token& token = emit(Token{});
-        token.kind = kind;
+        Token& token = emit(kind, position(start));
         token.length = charactersBetween(start, end);
-        token.start = position(start);
         token.text = text;
     }
 
-    Token& emit(Token token) {
-        m_token = std::move(token);
+    // The slot with every field cleared but the text's storage.
+    Token& emit(Token::Kind kind, std::int64_t start) {
+        Token& token = *m_out;
+        token.kind = kind;
+        token.start = start;
+        token.length = 0;
+        token.number = 0;
+        token.ref = 0;
+        token.text.clear();
         m_ready = true;
-        return m_token;
+        return token;
     }
 
     const CharClasses& m_classes = CharClasses::shared();
     Characters m_chars;
     std::size_t m_i = 0;
-    Token m_token;         // the token just scanned
-    bool m_ready = false;  // whether m_token is waiting to be taken
-    std::string m_literal; // reused buffer for number literals
+    Token* m_out = nullptr; // where the token being scanned goes
+    bool m_ready = false;   // whether a token has been made
+    std::string m_literal;  // reused buffer for number literals
 };
 
 namespace lexer {
@@ -729,17 +741,25 @@ Scanner& TokenStream::scanner() {
     return *std::launder(reinterpret_cast<Scanner*>(m_scannerStorage));
 }
 
-Token TokenStream::next() {
+void TokenStream::next(Token& out) {
     // After a character that can't be read, the rest of the line is not read either: the
     // first such character is the one a line reports.
-    if (m_failed)
-        return Token::make(Token::Kind::eof, 0);
+    if (m_failed) {
+        out = Token::make(Token::Kind::eof, 0);
+        return;
+    }
     try {
-        return scanner().next();
+        scanner().next(out);
     } catch (const CalcError&) {
         m_failed = true;
         throw;
     }
+}
+
+Token TokenStream::next() {
+    Token token;
+    next(token);
+    return token;
 }
 
 std::vector<Token> tokenize(std::string_view text) {

@@ -103,6 +103,8 @@ public:
     /// The next token; `eof` once the line is read, and on every call after that. Throws
     /// CalcError for an unusable character, a non-finite number or an unclosed text.
     Token next();
+    /// The same, written over `out`, whose text's storage is reused.
+    void next(Token& out);
 
     /// Room for the scanner, which is defined with the lexer.
     static constexpr std::size_t scannerSize = 192;

@@ -117,11 +117,15 @@ private:
     int m_saved;
 };
 
-// The spelling of a comparison operator, kept for as long as the program runs: trees point at
-// their operators rather than copying them.
+// The spelling of a comparison operator (one that isComparisonOperator accepts), kept for as
+// long as the program runs: trees point at their operators rather than copying them.
 std::string_view comparisonSpelling(std::string_view op) {
-    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">", ">="};
-    return *std::find(std::begin(ops), std::end(ops), op);
+    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">"};
+    for (const std::string_view spelled : ops) {
+        if (spelled == op)
+            return spelled;
+    }
+    return ">=";
 }
 
 // A whole exponent small enough for a unit target ("m^2").
@@ -150,7 +154,10 @@ bool isComparisonOperator(std::string_view op) {
 // Parser
 // ---------------------------------------------------------------------------------------------
 
-Parser::Parser(std::string_view text) : m_stream(text), m_current(m_stream.next()), m_next(m_stream.next()) {}
+Parser::Parser(std::string_view text) : m_stream(text) {
+    m_stream.next(m_window[0]);
+    m_stream.next(m_window[1]);
+}
 
 bool Parser::atEnd() const {
     return current().kind == Kind::eof;
@@ -159,8 +166,8 @@ bool Parser::atEnd() const {
 void Parser::failWithLineErrorFirst(const CalcError& error) {
     // Tokens are scanned as the rules ask for them, but the line's text is judged before its
     // grammar: a character that can't be read anywhere on the line is what the line reports.
-    while (m_next.kind != Kind::eof)
-        m_next = m_stream.next();
+    while (peek().kind != Kind::eof)
+        m_stream.next(m_window[m_at ^ 1]);
     throw error;
 }
 

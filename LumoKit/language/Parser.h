@@ -59,9 +59,9 @@ public:
     /// The expression rule, up to the end of the line.
     ExprPtr parseWholeExpression();
 
-    const Token& current() const { return m_current; }
+    const Token& current() const { return m_window[m_at]; }
     /// The token after the current one.
-    const Token& peek() const { return m_next; }
+    const Token& peek() const { return m_window[m_at ^ 1]; }
     bool atEnd() const;
 
 private:
@@ -93,21 +93,22 @@ private:
     // Called for every token, so it is defined here to be inlined. At the end, the current
     // token stays `eof`.
     void advance() {
-        if (m_current.kind != Token::Kind::eof) {
-            m_consumedEnd = m_current.range().end;
-            m_current = std::move(m_next);
-            m_next = m_stream.next();
+        if (current().kind != Token::Kind::eof) {
+            m_consumedEnd = current().range().end;
+            m_at ^= 1;
+            m_stream.next(m_window[m_at ^ 1]);
         }
     }
     /// Where the current token begins.
-    std::uint32_t here() const { return m_current.range().begin; }
+    std::uint32_t here() const { return current().range().begin; }
     /// From `first` to the end of the last token consumed.
     SourceRange rangeFrom(std::uint32_t first) const { return {first, m_consumedEnd}; }
 
     std::shared_ptr<ExprArena> m_arena = std::make_shared<ExprArena>();
     TokenStream m_stream;
-    Token m_current;
-    Token m_next;
+    // The current token and the one after it, which swap places as the parser advances.
+    Token m_window[2];
+    int m_at = 0;
     std::uint32_t m_consumedEnd = 0; // where the last token consumed ends
     int m_depth = 0;                 // guards the recursion against deeply nested input
     int m_chain = 0; // operators chained to the left on the current path, bounding the tree's height

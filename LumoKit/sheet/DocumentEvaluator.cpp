@@ -1,5 +1,6 @@
 #include "LumoKit/sheet/DocumentEvaluator.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -64,6 +65,19 @@ std::optional<SheetWord> sheetWordOf(std::string_view name) {
 
 bool isSheetWord(std::string_view name) {
     return sheetWordOf(name).has_value();
+}
+
+// No character outside ASCII lower-cases to a letter of a sheet word, so comparing ASCII
+// letters without case gives what lower-casing the whole name would, without a copy.
+bool isSheetWordInAnyCase(std::string_view name) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+    for (const auto& entry : sheetWords) {
+        const std::string_view word = entry.first;
+        if (word.size() == name.size() &&
+            std::equal(word.begin(), word.end(), name.begin(), [&](char a, char b) { return a == lower(b); }))
+            return true;
+    }
+    return false;
 }
 
 bool continuesPrevious(std::string_view text) {

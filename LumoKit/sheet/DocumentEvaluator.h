@@ -32,6 +32,8 @@ enum class SheetWord { previous, blockSum, totalSum };
 /// 合計), exact spelling; nothing for any other name.
 std::optional<SheetWord> sheetWordOf(std::string_view name);
 bool isSheetWord(std::string_view name);
+/// Whether the name is a sheet word in any mix of upper and lower case (Sum, TOTAL).
+bool isSheetWordInAnyCase(std::string_view name);
 
 /// Whether a line's text (without its trailing "=") starts like a continuation of the previous
 /// answer: an operator such as * or /, or + and - followed by a space.

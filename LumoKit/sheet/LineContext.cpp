@@ -159,7 +159,7 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     const Statement& statement = *parsedLine.statement;
     // Sum or TOTAL would be looked up as ordinary names, but taking them as names would
     // only confuse, so the lower-case spelling is refused as well.
-    if (statement.name && (isSheetWord(*statement.name) || isSheetWord(unicode::toLower(*statement.name))))
+    if (statement.name && isSheetWordInAnyCase(*statement.name))
         return {
             LineOutcome::makeFailure({MessageKind::sheetWordAsName, {*statement.name}}, m_options.language),
             statement.name};
