@@ -8,6 +8,8 @@
 // The engine's single doorway to Unicode questions; every answer comes from utf8proc.
 namespace lumo::unicode {
 
+/// Whether every byte is ASCII.
+bool isAscii(std::string_view text);
 /// Decodes UTF-8 into scalars; each invalid byte becomes U+FFFD.
 std::u32string decode(std::string_view text);
 /// Decodes the first scalar of a non-empty text and returns its length in bytes; an invalid

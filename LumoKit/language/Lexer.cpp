@@ -121,13 +121,7 @@ std::size_t plainAsciiEnd(std::string_view text, std::size_t from) {
     return from;
 }
 
-bool isAscii(std::string_view text) {
-    for (char c : text) {
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
-    }
-    return true;
-}
+using unicode::isAscii;
 
 // ---------------------------------------------------------------------------------------------
 // Characters of the normalised text
@@ -153,11 +147,14 @@ public:
 
     std::size_t size() const { return m_count; }
 
-    /// The character at i, or an empty view past the end.
+    /// The character at i, or an empty view past the end. Asked for every character, often
+    /// more than once, so a line of one byte per character is answered without the table.
     std::string_view at(std::size_t i) const {
         if (i >= m_count)
             return {};
-        return m_text.substr(offset(i), offset(i + 1) - offset(i));
+        if (m_offsets.empty())
+            return {m_text.data() + i, 1};
+        return {m_text.data() + m_offsets[i], m_offsets[i + 1] - m_offsets[i]};
     }
 
     /// The text of characters [from, to).

@@ -208,8 +208,12 @@ bool Value::operator==(const Value& other) const {
     return number == other.number && isPercent == other.isPercent && sameUnit(unit, other.unit);
 }
 
+bool isPercentNumber(const Value& value) {
+    return value.isNumber() && value.isPercent;
+}
+
 Value withoutPercent(const Value& value) {
-    if (!value.isNumber() || !value.isPercent)
+    if (!isPercentNumber(value))
         return value;
     return Value::plain(value.number / 100);
 }
@@ -247,9 +251,10 @@ Value subtract(const Value& left, const Value& right) {
     return addNumbers(left, right, Sign::minus);
 }
 
-Value multiply(const Value& leftOperand, const Value& rightOperand) {
-    const Value left = withoutPercent(leftOperand);
-    const Value right = withoutPercent(rightOperand);
+Value multiply(const Value& left, const Value& right) {
+    // Percentages take part as their fractions; everything else is used as it is, uncopied.
+    if (isPercentNumber(left) || isPercentNumber(right))
+        return multiply(withoutPercent(left), withoutPercent(right));
     if (left.isNumber() && right.isNumber())
         return combineNumbers(left, right, left.number * right.number, 1);
     if (isRepeatable(left) && right.isNumber())
@@ -259,9 +264,9 @@ Value multiply(const Value& leftOperand, const Value& rightOperand) {
     throwKindMismatch(left, right, "*");
 }
 
-Value divide(const Value& leftOperand, const Value& rightOperand) {
-    const Value left = withoutPercent(leftOperand);
-    const Value right = withoutPercent(rightOperand);
+Value divide(const Value& left, const Value& right) {
+    if (isPercentNumber(left) || isPercentNumber(right))
+        return divide(withoutPercent(left), withoutPercent(right));
     if (!left.isNumber() || !right.isNumber())
         throwKindMismatch(left, right, "/");
     if (right.number == 0)
@@ -269,9 +274,9 @@ Value divide(const Value& leftOperand, const Value& rightOperand) {
     return combineNumbers(left, right, left.number / right.number, -1);
 }
 
-Value power(const Value& baseOperand, const Value& exponentOperand) {
-    const Value base = withoutPercent(baseOperand);
-    const Value exponent = withoutPercent(exponentOperand);
+Value power(const Value& base, const Value& exponent) {
+    if (isPercentNumber(base) || isPercentNumber(exponent))
+        return power(withoutPercent(base), withoutPercent(exponent));
     if (!base.isNumber() || !exponent.isNumber())
         throwKindMismatch(base, exponent, "^");
     if (exponent.unit)

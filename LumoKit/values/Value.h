@@ -52,6 +52,8 @@ Message kindName(const Value& value);
 
 /// A percent operand made its plain fraction (figure ÷ 100); other values unchanged.
 Value withoutPercent(const Value& value);
+/// Whether the value is a number written as a percentage.
+bool isPercentNumber(const Value& value);
 
 // The five operators. Each returns a new value or throws CalcError.
 Value add(const Value& left, const Value& right);

@@ -56,6 +56,16 @@ TEST(Unicode, CaseTrimAndNormalisation) {
     };
     for (const auto& [text, trimmed] : trims)
         EXPECT_EQ(unicode::trim(text), trimmed) << text;
+    // The view is read from both ends; a broken sequence at either end is kept, not a space.
+    const std::pair<std::string, std::string> viewTrims[] = {
+        {"\u3000 日本 \u3000", "日本"}, {"x\u3000\x80 ", "x\u3000\x80"}, {" \u3000\x80", "\x80"},
+        {" \xE3\x80", "\xE3\x80"},      {"x\u2028\u00A0", "x"},
+    };
+    for (const auto& [text, trimmed] : viewTrims)
+        EXPECT_EQ(unicode::trimView(text), trimmed) << text;
+    EXPECT_TRUE(unicode::isAscii("twelve bytes"));
+    EXPECT_FALSE(unicode::isAscii("eight by\u00e9"));
+    EXPECT_FALSE(unicode::isAscii("\u00e9ight bytes"));
     EXPECT_EQ(unicode::nfc("e\u0301"), "\u00e9");
 }
 
