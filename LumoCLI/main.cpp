@@ -60,7 +60,11 @@ int run(const CliOptions& options, const EvaluationOptions& evaluation) {
     for (std::size_t i = 0; i < sheets.size(); ++i) {
         if (options.sheet && sheets[i].name != *options.sheet)
             continue;
-        evaluated.push_back({sheets[i].name, unicode::splitLines(sheets[i].text),
+        // JSON lines carry answers only, so the source lines are cut only for the other formats.
+        std::vector<std::string> lines;
+        if (options.format != OutputFormat::jsonLines)
+            lines = unicode::splitLines(sheets[i].text);
+        evaluated.push_back({sheets[i].name, std::move(lines),
                              DocumentEvaluator::evaluate(sheets[i].text, othersThan(sheets, i), evaluation)});
     }
 
