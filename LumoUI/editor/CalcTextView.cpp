@@ -101,9 +101,9 @@ CalcTextView::~CalcTextView() = default;
 
 // MARK: - Results and locks
 
-void CalcTextView::setResults(std::vector<LineResult> results) {
+void CalcTextView::setResults(SharedResults results) {
     m_results = std::move(results);
-    m_answers.assign(m_results.size(), std::nullopt);
+    m_answers.assign(m_results->size(), std::nullopt);
     m_plots->resultsChanged();
     m_overlay->resultsChanged();
 }
@@ -122,11 +122,11 @@ qreal CalcTextView::bandHeight(int line) const {
 
 const std::optional<LineAnswer>& CalcTextView::answer(int line) const {
     static const std::optional<LineAnswer> none;
-    if (line < 0 || std::size_t(line) >= m_results.size())
+    if (line < 0 || std::size_t(line) >= m_results->size())
         return none;
     auto& cached = m_answers[std::size_t(line)];
     if (!cached)
-        cached = lineAnswer(m_results[std::size_t(line)]);
+        cached = lineAnswer((*m_results)[std::size_t(line)]);
     return *cached;
 }
 

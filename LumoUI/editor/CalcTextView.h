@@ -12,6 +12,7 @@
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/editor/LineAnswer.h"
 #include "LumoUI/settings/Theme.h"
+#include "LumoUI/store/SharedResults.h"
 
 namespace lumo {
 
@@ -49,8 +50,8 @@ public:
 
     /// The per-line results, matched to lines by index; there may be more or fewer than lines
     /// while an evaluation is under way.
-    void setResults(std::vector<LineResult> results);
-    const std::vector<LineResult>& results() const { return m_results; }
+    void setResults(SharedResults results);
+    const std::vector<LineResult>& results() const { return *m_results; }
     /// The answer of a line, formatted once per set of results.
     const std::optional<LineAnswer>& answer(int line) const;
 
@@ -157,7 +158,7 @@ private:
     ResultColumnHandle* m_handle = nullptr;
     PlotLayer* m_plots = nullptr;
     SyntaxColorOverrides m_syntaxColors;
-    std::vector<LineResult> m_results;
+    SharedResults m_results = noResults();
     mutable std::vector<std::optional<std::optional<LineAnswer>>> m_answers;
     int m_lockCount = 0;
     std::optional<int> m_hoveredResultLine;

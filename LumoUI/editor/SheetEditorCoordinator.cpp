@@ -134,7 +134,7 @@ void SheetEditor::Coordinator::sheetChanged() {
     const Sheet* sheet = sheetID && store() ? store()->sheet(*sheetID) : nullptr;
     m_textView->setTextWhole(sheet ? QString::fromStdString(sheet->text) : QString());
     m_textView->setLockedLines(sheet ? sheet->lockedLines : std::vector<std::int64_t>{});
-    m_textView->setResults(m_session->results());
+    m_textView->setResults(m_session->sharedResults());
 
     const auto found = sheetID ? m_viewStates.find(*sheetID) : m_viewStates.end();
     if (found != m_viewStates.end()) {
@@ -157,7 +157,7 @@ void SheetEditor::Coordinator::sheetChanged() {
 
 void SheetEditor::Coordinator::resultsChanged() {
     if (m_textView && m_session)
-        m_textView->setResults(m_session->results());
+        m_textView->setResults(m_session->sharedResults());
 }
 
 void SheetEditor::Coordinator::documentChanged() {

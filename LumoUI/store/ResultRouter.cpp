@@ -33,9 +33,10 @@ void ResultRouter::registerSession(SheetSession* session) {
     if (m_document.selectedSheetID) {
         if (m_mode == StoreEvaluation::synchronous) {
             if (const Sheet* selected = findSheet(*m_document.selectedSheetID))
-                session->assignResults(evaluate(prepareRun(*selected), *takeParseCache(selected->id)));
+                session->assignResults(
+                    shareResults(evaluate(prepareRun(*selected), *takeParseCache(selected->id))));
             else
-                session->assignResults({});
+                session->assignResults(noResults());
         } else {
             session->assignResults(publishedResults(*m_document.selectedSheetID));
             m_heldSheet[session] = *m_document.selectedSheetID;
@@ -119,14 +120,14 @@ void ResultRouter::refresh() {
 }
 
 void ResultRouter::refreshNow() {
-    std::unordered_map<Uuid, std::vector<LineResult>> evaluated;
-    const auto resultsOf = [&](const Uuid& id) -> const std::vector<LineResult>& {
+    std::unordered_map<Uuid, SharedResults> evaluated;
+    const auto resultsOf = [&](const Uuid& id) -> const SharedResults& {
         auto found = evaluated.find(id);
         if (found == evaluated.end()) {
             const Sheet* target = findSheet(id);
             found = evaluated
-                        .emplace(id, target ? evaluate(prepareRun(*target), *takeParseCache(id))
-                                            : std::vector<LineResult>{})
+                        .emplace(id, target ? shareResults(evaluate(prepareRun(*target), *takeParseCache(id)))
+                                            : noResults())
                         .first;
         }
         return found->second;
@@ -136,7 +137,7 @@ void ResultRouter::refreshNow() {
             session->assignResults(resultsOf(*session->sheetID()));
     }
     const std::optional<Uuid> shown = shownSheetID();
-    m_results = shown ? resultsOf(*shown) : std::vector<LineResult>{};
+    m_results = shown ? resultsOf(*shown) : noResults();
     emit resultsChanged();
 }
 
@@ -168,16 +169,16 @@ void ResultRouter::refreshInBackground() {
         show(*shown);
     if (shown != m_resultsSheet) {
         m_resultsSheet = shown;
-        m_results = shown ? publishedResults(*shown) : std::vector<LineResult>{};
+        m_results = shown ? publishedResults(*shown) : noResults();
         emit resultsChanged();
     }
     for (const Uuid& id : shownSheets)
         start(id);
 }
 
-std::vector<LineResult> ResultRouter::publishedResults(const Uuid& sheetID) const {
+SharedResults ResultRouter::publishedResults(const Uuid& sheetID) const {
     const auto found = m_published.find(sheetID);
-    return found == m_published.end() ? std::vector<LineResult>{} : found->second;
+    return found == m_published.end() ? noResults() : found->second;
 }
 
 void ResultRouter::start(const Uuid& sheetID) {
@@ -203,13 +204,14 @@ void ResultRouter::start(const Uuid& sheetID) {
     });
 }
 
-void ResultRouter::deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results,
+void ResultRouter::deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> delivered,
                            ParseCache cache) {
     --m_runsInFlight;
     if (findSheet(sheetID))
         returnParseCache(sheetID, std::move(cache));
     const auto latest = m_generations.find(sheetID);
     if (latest != m_generations.end() && latest->second->load() == generation && findSheet(sheetID)) {
+        const SharedResults results = shareResults(std::move(delivered));
         for (SheetSession* session : liveSessions()) {
             if (session->sheetID() == sheetID) {
                 m_heldSheet[session] = sheetID;
@@ -221,7 +223,7 @@ void ResultRouter::deliver(const Uuid& sheetID, std::uint64_t generation, std::v
             m_results = results;
             emit resultsChanged();
         }
-        m_published[sheetID] = std::move(results);
+        m_published[sheetID] = results;
     }
     if (m_runsInFlight == 0)
         emit idle();

@@ -18,6 +18,7 @@
 #include "LumoKit/document/Document.h"
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/sheet/SheetParseCache.h"
+#include "LumoUI/store/SharedResults.h"
 #include "LumoUI/store/StoreOptions.h"
 
 namespace lumo {
@@ -50,7 +51,7 @@ public:
     QList<SheetSession*> liveSessions() const;
 
     /// The results of the sheet the active session shows (the selected sheet without one).
-    const std::vector<LineResult>& results() const { return m_results; }
+    const std::vector<LineResult>& results() const { return *m_results; }
 
     /// Evaluates every shown sheet and hands each session its sheet's results.
     void refresh();
@@ -94,13 +95,13 @@ private:
     void deliver(const Uuid& sheetID, std::uint64_t generation, std::vector<LineResult> results,
                  ParseCache cache);
     /// The latest published results of a sheet, or none yet.
-    std::vector<LineResult> publishedResults(const Uuid& sheetID) const;
+    SharedResults publishedResults(const Uuid& sheetID) const;
 
     const LumoDocument& m_document;
     const StoreEvaluation m_mode;
     QList<QPointer<SheetSession>> m_sessions;
     QPointer<SheetSession> m_activeSession;
-    std::vector<LineResult> m_results;
+    SharedResults m_results = noResults();
     // Each sheet's line parses, kept from one run to the next; answers are never kept.
     std::unordered_map<Uuid, ParseCache> m_parseCaches;
 
@@ -109,7 +110,7 @@ private:
     std::unordered_map<const SheetSession*, Uuid> m_heldSheet;
     std::optional<Uuid> m_resultsSheet;
     std::unordered_map<Uuid, Generation> m_generations;
-    std::unordered_map<Uuid, std::vector<LineResult>> m_published;
+    std::unordered_map<Uuid, SharedResults> m_published;
     int m_runsInFlight = 0;
     QThreadPool m_workers;
 };

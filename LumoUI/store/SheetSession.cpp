@@ -26,7 +26,7 @@ void SheetSession::assignSheet(std::optional<Uuid> sheetID) {
     emit sheetIDChanged();
 }
 
-void SheetSession::assignResults(std::vector<LineResult> results) {
+void SheetSession::assignResults(SharedResults results) {
     m_results = std::move(results);
     emit resultsChanged();
 }

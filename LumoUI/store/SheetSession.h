@@ -8,6 +8,7 @@
 
 #include "LumoKit/document/Document.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoUI/store/SharedResults.h"
 
 namespace lumo {
 
@@ -24,7 +25,8 @@ public:
 
     DocumentStore* store() const { return m_store; }
     const std::optional<Uuid>& sheetID() const { return m_sheetID; }
-    const std::vector<LineResult>& results() const { return m_results; }
+    const std::vector<LineResult>& results() const { return *m_results; }
+    const SharedResults& sharedResults() const { return m_results; }
 
     /// Shows another sheet; the store evaluates it.
     void showSheet(const Uuid& sheetID);
@@ -39,11 +41,11 @@ private:
     friend class DocumentStore;
     friend class ResultRouter;
     void assignSheet(std::optional<Uuid> sheetID);
-    void assignResults(std::vector<LineResult> results);
+    void assignResults(SharedResults results);
 
     QPointer<DocumentStore> m_store;
     std::optional<Uuid> m_sheetID;
-    std::vector<LineResult> m_results;
+    SharedResults m_results = noResults();
 };
 
 } // namespace lumo
