@@ -130,10 +130,17 @@ void DecorationOverlay::paintLine(QPainter& painter, const QTextBlock& block, co
         const QTextLine first = layout->lineAt(0);
         row = QRectF(0, geometry.top() + first.y(), width(), first.height());
     }
-    // The caret's band covers the line's rows, not the plot under them.
-    if (line == m_owner->caretLine())
-        painter.fillRect(QRectF(0, geometry.top(), width(), geometry.height() - m_owner->bandHeight(line)),
+    // The caret's band covers the line's rows, not the plot under them nor the margin below the
+    // last line, as the text control's own band does.
+    if (line == m_owner->caretLine()) {
+        qreal height = geometry.height() - m_owner->bandHeight(line);
+        if (layout && layout->lineCount() > 0) {
+            const QTextLine last = layout->lineAt(layout->lineCount() - 1);
+            height = std::min(height, last.y() + last.height());
+        }
+        painter.fillRect(QRectF(0, geometry.top(), width(), height),
                          palette().color(QPalette::AlternateBase));
+    }
     if (m_owner->isLineLocked(line))
         paintLockMark(painter, row);
 
