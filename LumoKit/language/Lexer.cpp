@@ -15,24 +15,6 @@
 
 namespace lumo {
 
-Token Token::makeNumber(double value, std::int64_t start) {
-    Token token = make(Kind::number, start);
-    token.number = value;
-    return token;
-}
-
-Token Token::makeString(std::string content, std::int64_t start) {
-    Token token = make(Kind::string, start);
-    token.text = std::move(content);
-    return token;
-}
-
-Token Token::makeRef(std::int64_t line, std::int64_t start) {
-    Token token = make(Kind::ref, start);
-    token.ref = line;
-    return token;
-}
-
 Token Token::make(Kind kind, std::int64_t start) {
     Token token;
     token.kind = kind;
@@ -717,7 +699,6 @@ std::string normalize(std::string_view text) {
     return out;
 }
 
-// Normalisation leaves ASCII text as it is, so such a line is scanned without a copy.
 // Every line is read through a stream, so its scanner lives inside it rather than on the heap.
 static_assert(sizeof(Scanner) <= TokenStream::scannerSize && alignof(Scanner) <= alignof(std::max_align_t));
 

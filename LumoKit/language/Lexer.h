@@ -39,9 +39,6 @@ struct Token {
         return {begin, begin + length};
     }
 
-    static Token makeNumber(double value, std::int64_t start);
-    static Token makeString(std::string content, std::int64_t start);
-    static Token makeRef(std::int64_t line, std::int64_t start);
     static Token make(Kind kind, std::int64_t start);
 };
 

@@ -117,15 +117,16 @@ private:
     int m_saved;
 };
 
-// The spelling of a comparison operator (one that isComparisonOperator accepts), kept for as
-// long as the program runs: trees point at their operators rather than copying them.
+constexpr std::string_view comparisonOperators[] = {"==", "!=", "<", "<=", ">", ">="};
+
+// The operator's spelling in the table above, or an empty view: a tree points at its operator
+// rather than holding a copy, so the spelling must outlive every tree.
 std::string_view comparisonSpelling(std::string_view op) {
-    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">"};
-    for (const std::string_view spelled : ops) {
+    for (const std::string_view spelled : comparisonOperators) {
         if (spelled == op)
             return spelled;
     }
-    return ">=";
+    return {};
 }
 
 // A whole exponent small enough for a unit target ("m^2").
@@ -146,8 +147,7 @@ bool isConversionWord(std::string_view word) {
 }
 
 bool isComparisonOperator(std::string_view op) {
-    static constexpr std::string_view ops[] = {"==", "!=", "<", "<=", ">", ">="};
-    return op.size() <= 2 && std::find(std::begin(ops), std::end(ops), op) != std::end(ops);
+    return !comparisonSpelling(op).empty();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -171,31 +171,29 @@ void Parser::failWithLineErrorFirst(const CalcError& error) {
     throw error;
 }
 
-Statement Parser::parseStatement() {
+template <typename Rule> auto Parser::readingTheLineFirst(Rule rule) {
     try {
-        return parseStatementRule();
+        return rule();
     } catch (const CalcError& error) {
         failWithLineErrorFirst(error);
     }
+}
+
+Statement Parser::parseStatement() {
+    return readingTheLineFirst([this] { return parseStatementRule(); });
 }
 
 ExprPtr Parser::parseExpression() {
-    try {
-        return root(parseConversion());
-    } catch (const CalcError& error) {
-        failWithLineErrorFirst(error);
-    }
+    return readingTheLineFirst([this] { return root(parseConversion()); });
 }
 
 ExprPtr Parser::parseWholeExpression() {
-    try {
+    return readingTheLineFirst([this] {
         const Expr* expression = parseConversion();
         if (!atEnd())
             fail(MessageKind::badExpression);
         return root(expression);
-    } catch (const CalcError& error) {
-        failWithLineErrorFirst(error);
-    }
+    });
 }
 
 ExprPtr Parser::root(const Expr* node) const {

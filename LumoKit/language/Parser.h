@@ -89,6 +89,8 @@ private:
     /// Rethrows a failure of the rules, unless the rest of the line holds an unreadable
     /// character: then that is thrown.
     [[noreturn]] void failWithLineErrorFirst(const CalcError& error);
+    /// Applies a rule, with failures passed through failWithLineErrorFirst.
+    template <typename Rule> auto readingTheLineFirst(Rule rule);
 
     // Called for every token, so it is defined here to be inlined. At the end, the current
     // token stays `eof`.

@@ -92,7 +92,7 @@ std::optional<std::string> nameClash(std::string_view name) {
         return refuse(MessageKind::builtinFunctionName, name);
     if (isConstantName(name))
         return refuse(MessageKind::constantNameClash, name);
-    if (isSheetWord(name) || isSheetWord(lower))
+    if (isSheetWordInAnyCase(name))
         return refuse(MessageKind::builtinWordName, name);
     if (isKnownUnit(name))
         return refuse(MessageKind::unitName, name);
