@@ -74,6 +74,21 @@ void LineContext::expectLines(std::size_t count) {
     m_retainedByLine.reserve(count);
 }
 
+SheetState LineContext::state() const {
+    return {names, previous, block, all, byLine, m_retainedByLine, m_retained};
+}
+
+void LineContext::restore(const SheetState& state) {
+    names = state.names;
+    previous = state.previous;
+    block = state.block;
+    all = state.all;
+    // Assigned element by element, so that the room made for the whole sheet stays.
+    byLine.assign(state.byLine.begin(), state.byLine.end());
+    m_retainedByLine.assign(state.retainedByLine.begin(), state.retainedByLine.end());
+    m_retained = state.retained;
+}
+
 std::optional<Value> LineContext::valueOf(const std::string& name) {
     std::optional<Value> value = lookUp(name);
     if (m_recording)
@@ -113,6 +128,7 @@ std::optional<Value> LineContext::answerOnLine(std::int64_t line) {
 
 std::optional<Value> LineContext::callUserFunction(const std::string& name, const std::vector<Value>& args) {
     m_recordingHolds = false;
+    calledFunctions = true;
     if (!findFunction || !runFunction)
         return std::nullopt;
     const ProgramFunction* function = findFunction(name);

@@ -38,6 +38,17 @@ private:
     bool m_mixed = false;
 };
 
+/// What the lines of a sheet have built up at one point of a run, outside any function.
+struct SheetState {
+    std::unordered_map<std::string, Value> names;
+    std::optional<Value> previous;
+    RunningSum block;
+    RunningSum all;
+    std::vector<std::optional<Value>> byLine;
+    std::vector<std::size_t> retainedByLine;
+    std::size_t retained = 0;
+};
+
 /// The state of one run of a sheet, and the surroundings its lines are evaluated in.
 class LineContext final : public EvalContext {
 public:
@@ -59,6 +70,9 @@ public:
     RunFunction runFunction;
     FindFunction findFunction;
     SheetParseCache* parses = nullptr; // kept between runs when the caller has one
+    /// Set once a line calls a function: from then on the run depends on other sheets' defs
+    /// and has spent budget.
+    bool calledFunctions = false;
 
     std::optional<Value> valueOf(const std::string& name) override;
     std::optional<Value> answerOnLine(std::int64_t line) override;
@@ -73,6 +87,10 @@ public:
     /// Makes room for the answers of a sheet of `count` lines at once: growing the tables line
     /// by line would move every answer kept so far each time they fill up.
     void expectLines(std::size_t count);
+
+    /// The sheet's state between two lines outside any function, and putting it back.
+    SheetState state() const;
+    void restore(const SheetState& state);
 
     /// A blank line ends the block that sum adds up.
     void endBlock() { block.clear(); }

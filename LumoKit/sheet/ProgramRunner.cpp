@@ -7,6 +7,7 @@
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Keywords.h"
+#include "LumoKit/sheet/RunCheckpoint.h"
 #include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/builtins/Builtins.h"
 
@@ -61,6 +62,15 @@ private:
     bool m_mixedUnits;
 };
 
+// How many nodes at the top of a program are plain lines, blanks and notes: over them node i
+// is line i, and their answers depend only on each other.
+std::size_t plainLinesAtTop(const ProgramBody& program) {
+    const auto firstOther = std::find_if(program.begin(), program.end(), [](const ProgramNode& node) {
+        return !node.is<Program::Line>() && !node.is<Program::Blank>() && !node.is<Program::Comment>();
+    });
+    return static_cast<std::size_t>(firstOther - program.begin());
+}
+
 } // namespace
 
 ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& others,
@@ -82,12 +92,20 @@ std::vector<LineResult> ProgramRunner::run() {
     };
     const ProgramBody program = Program::parse(m_lines);
     showStructure(program);
-    if (m_context.parses)
-        m_context.parses->beginRun();
+    std::size_t next = 0;
+    // The line a later run may start at: the first one that changed, or the end of the plain
+    // lines at the top if that comes first.
+    std::optional<std::size_t> checkpointLine;
+    if (m_context.parses) {
+        checkpointLine = std::min(m_context.parses->beginRun(m_lines), plainLinesAtTop(program));
+        next = resume(*checkpointLine);
+    }
     try {
         // A break, continue or return that reaches the top level ends nothing.
-        for (const auto& node : program) {
-            executeNode(node, LineCounting::counted);
+        for (; next < program.size(); ++next) {
+            if (next == checkpointLine)
+                keepCheckpoint(next);
+            executeNode(program[next], LineCounting::counted);
             stopIfExhausted();
         }
     } catch (const RunStopped&) {
@@ -96,6 +114,30 @@ std::vector<LineResult> ProgramRunner::run() {
     if (m_context.parses)
         m_context.parses->endRun();
     return std::move(m_results);
+}
+
+std::size_t ProgramRunner::resume(std::size_t sameLinesAbove) {
+    SheetParseCache& parses = *m_context.parses;
+    const RunCheckpoint* checkpoint = parses.checkpoint();
+    if (!checkpoint || checkpoint->line > sameLinesAbove || checkpoint->options != m_context.options()) {
+        parses.dropCheckpoint();
+        return 0;
+    }
+    m_context.restore(checkpoint->state);
+    std::copy(checkpoint->results.begin(), checkpoint->results.end(), m_results.begin());
+    std::fill_n(m_visited.begin(), checkpoint->line, true);
+    parses.resumeAt(*checkpoint);
+    return checkpoint->line;
+}
+
+void ProgramRunner::keepCheckpoint(std::size_t line) {
+    SheetParseCache& parses = *m_context.parses;
+    // A call reads other sheets and spends budget, which a later run could not see again.
+    if (line == 0 || m_context.calledFunctions || (parses.checkpoint() && parses.checkpoint()->line == line))
+        return;
+    const auto above = m_results.begin() + static_cast<std::ptrdiff_t>(line);
+    parses.keepCheckpoint(std::make_unique<RunCheckpoint>(RunCheckpoint{
+        line, parses.asks(), m_context.options(), m_context.state(), std::vector<LineResult>(m_results.begin(), above)}));
 }
 
 std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting) {

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "LumoKit/base/CalcError.h"
+#include "LumoKit/sheet/RunCheckpoint.h"
 
 namespace lumo {
 
@@ -46,9 +47,44 @@ std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text)
     return slot->second.parse;
 }
 
-void SheetParseCache::beginRun() {
+SheetParseCache::SheetParseCache() = default;
+SheetParseCache::~SheetParseCache() = default;
+
+std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
     ++m_run;
     m_cursor = 0;
+    // Only the lines from the first one that changed are written again.
+    std::size_t same = 0;
+    std::size_t start = 0;
+    const std::size_t count = std::min(lines.size(), m_lastLineEnds.size());
+    for (; same < count; ++same) {
+        const std::size_t end = m_lastLineEnds[same];
+        if (std::string_view(m_lastLines).substr(start, end - start) != lines[same])
+            break;
+        start = end;
+    }
+    m_lastLines.resize(start);
+    m_lastLineEnds.resize(same);
+    for (std::size_t i = same; i < lines.size(); ++i) {
+        m_lastLines.append(lines[i]);
+        m_lastLineEnds.push_back(m_lastLines.size());
+    }
+    return same;
+}
+
+void SheetParseCache::resumeAt(const RunCheckpoint& checkpoint) {
+    m_order.assign(m_lastOrder.begin(), m_lastOrder.begin() + static_cast<std::ptrdiff_t>(checkpoint.asks));
+    for (Slot* slot : m_order)
+        slot->second.lastRun = m_run;
+    m_cursor = checkpoint.asks;
+}
+
+void SheetParseCache::keepCheckpoint(std::unique_ptr<RunCheckpoint> checkpoint) {
+    m_checkpoint = std::move(checkpoint);
+}
+
+void SheetParseCache::dropCheckpoint() {
+    m_checkpoint.reset();
 }
 
 // Every entry is in the last run's order or has been asked for since, so the entries to drop

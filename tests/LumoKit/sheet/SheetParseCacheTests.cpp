@@ -3,6 +3,7 @@
 #include <random>
 
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/RunCheckpoint.h"
 #include "LumoKit/sheet/SheetParseCache.h"
 #include "support/SheetTestSupport.h"
 
@@ -146,6 +147,7 @@ TEST(SheetParseCache, KeptAnswersAreNeverStaleThroughRandomEdits) {
     std::vector<SharedSheet> others{{"Lib", pick(libraries)}};
     EvaluationOptions options = sheetOptions();
     SheetParseCache cache;
+    int checkpoints = 0; // runs that left a line for the next run to start at
     for (int step = 0; step < 600; ++step) {
         switch (random() % 8) {
         case 0:
@@ -176,5 +178,7 @@ TEST(SheetParseCache, KeptAnswersAreNeverStaleThroughRandomEdits) {
         for (std::size_t i = 0; i < fresh.size(); ++i)
             ASSERT_EQ(exactly(cached[i]), exactly(fresh[i])) << "step " << step << ", line " << i + 1 << "\n"
                                                              << text;
+        checkpoints += cache.checkpoint() != nullptr;
     }
+    EXPECT_GT(checkpoints, 200);
 }
