@@ -286,15 +286,48 @@ std::string_view trimView(std::string_view text) {
     return text.substr(begin, end - begin);
 }
 
+// Checked byte by byte against the table of well-formed sequences (no overlong forms, no
+// surrogates, nothing past U+10FFFF) instead of decoding: a sheet's whole text is checked on
+// every run.
 bool isValidUtf8(std::string_view text) {
-    if (isAscii(text))
-        return true;
-    for (std::size_t offset = 0; offset < text.size();) {
-        char32_t c;
-        const std::size_t length = decodeFirst(text.substr(offset), c);
-        if (length == 1 && c == replacementCharacter)
+    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* const end = p + text.size();
+    while (p < end) {
+        if (end - p >= 8) {
+            std::uint64_t word;
+            std::memcpy(&word, p, 8);
+            if (!(word & 0x8080808080808080u)) {
+                p += 8;
+                continue;
+            }
+        }
+        const unsigned char lead = *p;
+        if (lead < 0x80) {
+            ++p;
+            continue;
+        }
+        std::ptrdiff_t length = 0;
+        unsigned char low = 0x80, high = 0xBF; // the range of the second byte
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            low = lead == 0xE0 ? 0xA0 : 0x80;
+            high = lead == 0xED ? 0x9F : 0xBF;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            low = lead == 0xF0 ? 0x90 : 0x80;
+            high = lead == 0xF4 ? 0x8F : 0xBF;
+        } else {
             return false;
-        offset += length;
+        }
+        if (end - p < length || p[1] < low || p[1] > high)
+            return false;
+        for (std::ptrdiff_t i = 2; i < length; ++i) {
+            if ((p[i] & 0xC0) != 0x80)
+                return false;
+        }
+        p += length;
     }
     return true;
 }

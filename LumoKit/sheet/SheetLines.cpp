@@ -8,14 +8,18 @@ namespace lumo {
 
 SheetLines::SheetLines(std::string_view text) {
     m_views.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
+    // "\n" is never part of a longer sequence, so the lines of a valid text are valid.
+    const bool valid = unicode::isValidUtf8(text);
     std::size_t start = 0;
     while (true) {
         const auto newline = text.find('\n', start);
-        if (newline == std::string_view::npos) {
-            add(text.substr(start));
+        const auto line = text.substr(start, newline == std::string_view::npos ? newline : newline - start);
+        if (valid)
+            m_views.push_back(line);
+        else
+            add(line);
+        if (newline == std::string_view::npos)
             return;
-        }
-        add(text.substr(start, newline - start));
         start = newline + 1;
     }
 }
