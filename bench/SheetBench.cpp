@@ -115,7 +115,7 @@ BENCHMARK(uniqueSheet)->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000)->Unit(bench
 void uniqueSheetAfterKeystroke(benchmark::State& state) {
     const auto lines = static_cast<int>(state.range(0));
     const std::string text = bench::uniqueSheet(lines);
-    std::size_t at = text.size() / 2;
+    std::size_t at = text.size() * std::size_t(state.range(1)) / 100;
     while (at < text.size() && !(text[at] >= '0' && text[at] <= '9'))
         ++at;
     std::string typed = text;
@@ -132,7 +132,7 @@ void uniqueSheetAfterKeystroke(benchmark::State& state) {
         benchmark::Counter(static_cast<double>(lines) * 1e-6,
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
-BENCHMARK(uniqueSheetAfterKeystroke)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(uniqueSheetAfterKeystroke)->Args({10000, 1})->Args({10000, 50})->Args({10000, 99})->Unit(benchmark::kMillisecond);
 
 // One long line: a flat chain of terms of the given size in bytes. Time and the heap's peak
 // are per input byte, and must stay flat from 100 kB to 10 MB.

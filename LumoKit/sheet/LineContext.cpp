@@ -152,7 +152,7 @@ bool LineContext::continues(const Program::Line& line) {
     return previous.has_value() && *cache.canContinue;
 }
 
-const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued) {
+const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued, LineOwner owner) {
     LineParseCache& cache = line.cache;
     auto& slot = continued ? cache.continued : cache.asWritten;
     if (!slot) {
@@ -161,7 +161,12 @@ const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued)
         const std::string_view text = !continued && !endsWithEquals(line.source)
                                           ? line.source
                                           : std::string_view(prepared = prepareLine(line.source, continued));
-        slot = parses ? parses->parsed(text) : std::make_shared<const ParsedLine>(parseLine(text));
+        if (!parses)
+            slot = std::make_shared<const ParsedLine>(parseLine(text));
+        else if (owner == LineOwner::thisSheet)
+            slot = parses->parsed(text, static_cast<std::size_t>(line.index), continued);
+        else
+            slot = parses->parsed(text);
     }
     return *slot;
 }
@@ -169,7 +174,7 @@ const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued)
 LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner) {
     mixedUnits = false;
     const bool continued = continues(line);
-    const ParsedLine& parsedLine = parsed(line, continued);
+    const ParsedLine& parsedLine = parsed(line, continued, owner);
     if (!parsedLine.statement)
         return {LineOutcome::makeFailure(parsedLine.error, m_options.language), std::nullopt};
     const Statement& statement = *parsedLine.statement;

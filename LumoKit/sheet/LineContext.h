@@ -103,7 +103,7 @@ public:
 private:
     /// Whether the line is calculated as a continuation of the previous answer ("prev " in front).
     bool continues(const Program::Line& line);
-    const ParsedLine& parsed(const Program::Line& line, bool continued);
+    const ParsedLine& parsed(const Program::Line& line, bool continued, LineOwner owner);
     LineOutcome evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine, bool continued,
                                   LineCounting counting, LineOwner owner);
     /// The answer of a line of this sheet outside any function, from its memo when every read

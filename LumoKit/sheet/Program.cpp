@@ -319,10 +319,10 @@ Program::Row Program::makeRow(std::int64_t index, std::string_view line) {
     return row;
 }
 
-ProgramBody Program::parse(const SheetLines& lines) {
+ProgramBody Program::parse(const SheetLines& lines, std::size_t from) {
     std::vector<Row> rows;
-    rows.reserve(lines.size());
-    for (std::size_t i = 0; i < lines.size(); ++i)
+    rows.reserve(lines.size() - std::min(from, lines.size()));
+    for (std::size_t i = from; i < lines.size(); ++i)
         rows.push_back(makeRow(static_cast<std::int64_t>(i), lines[i]));
     return TreeBuilder(std::move(rows)).parseAll();
 }

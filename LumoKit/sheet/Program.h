@@ -118,9 +118,10 @@ struct Program {
     /// The row of line `index` (valid UTF-8): its indentation width, trimmed text and kind.
     static Row makeRow(std::int64_t index, std::string_view line);
 
-    /// Parses a whole sheet into its top-level nodes. Never fails: every structural mistake
-    /// becomes an `invalid` node carrying its message.
-    static ProgramBody parse(const SheetLines& lines);
+    /// Parses a sheet into its top-level nodes, from line `from` on. Never fails: every
+    /// structural mistake becomes an `invalid` node carrying its message. The lines above
+    /// `from` must be lines, blanks and notes at the top level (none of them opens a block).
+    static ProgramBody parse(const SheetLines& lines, std::size_t from = 0);
 
     /// The top-level defs of a parsed sheet, each with the given home; a later def of the same
     /// name replaces an earlier one.

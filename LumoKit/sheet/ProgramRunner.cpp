@@ -90,22 +90,26 @@ std::vector<LineResult> ProgramRunner::run() {
     m_context.runFunction = [this](const ProgramFunction& function, const std::vector<Value>& args) {
         return runFunction(function, args);
     };
-    const ProgramBody program = Program::parse(m_lines);
-    showStructure(program);
-    std::size_t next = 0;
-    // The line a later run may start at: the first one that changed, or the end of the plain
-    // lines at the top if that comes first.
-    std::optional<std::size_t> checkpointLine;
+    std::size_t from = 0; // the first line to run
+    std::optional<std::size_t> sameAbove;
     if (m_context.parses) {
-        checkpointLine = std::min(m_context.parses->beginRun(m_lines), plainLinesAtTop(program));
-        next = resume(*checkpointLine);
+        sameAbove = m_context.parses->beginRun(m_lines);
+        from = resume(*sameAbove);
     }
+    // The lines above `from` are plain lines that open no block, so the rest parses alone.
+    const ProgramBody program = Program::parse(m_lines, from);
+    showStructure(program);
+    // The line a later run may start at: the first one that changed, or the end of the plain
+    // lines at the top if that comes first. Over those, node i is line from + i.
+    std::optional<std::size_t> checkpointLine;
+    if (sameAbove)
+        checkpointLine = std::min(*sameAbove, from + plainLinesAtTop(program));
     try {
         // A break, continue or return that reaches the top level ends nothing.
-        for (; next < program.size(); ++next) {
-            if (next == checkpointLine)
-                keepCheckpoint(next);
-            executeNode(program[next], LineCounting::counted);
+        for (std::size_t i = 0; i < program.size(); ++i) {
+            if (from + i == checkpointLine)
+                keepCheckpoint(from + i);
+            executeNode(program[i], LineCounting::counted);
             stopIfExhausted();
         }
     } catch (const RunStopped&) {

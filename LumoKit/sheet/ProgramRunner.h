@@ -42,7 +42,7 @@ private:
     using SharedDefinitions = std::vector<std::pair<std::string, FunctionTable>>;
 
     /// Takes up the state at the parse cache's checkpoint when the lines above it are among the
-    /// `sameLinesAbove` unchanged plain lines; the line to run from (0 when it can't).
+    /// `sameLinesAbove` unchanged lines; the line to run from (0 when it can't).
     std::size_t resume(std::size_t sameLinesAbove);
     /// Keeps the run's state before `line` in the parse cache for the next run.
     void keepCheckpoint(std::size_t line);

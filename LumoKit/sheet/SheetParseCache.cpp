@@ -18,29 +18,34 @@ ParsedLine parseLine(std::string_view text) {
     return parsedLine;
 }
 
-SheetParseCache::Slot* SheetParseCache::inSequence(std::string_view text) {
-    // A few entries ahead, so that a line deleted above costs no more than one changed.
-    constexpr std::size_t lookAhead = 4;
-    const std::size_t end = std::min(m_lastOrder.size(), m_cursor + lookAhead);
-    for (std::size_t i = m_cursor; i < end; ++i) {
-        if (m_lastOrder[i]->first == text) {
-            m_cursor = i + 1;
-            return m_lastOrder[i];
-        }
-    }
-    return nullptr;
+std::optional<std::size_t> SheetParseCache::lastRunsLine(std::size_t line) const {
+    if (line < m_sameAbove)
+        return line;
+    const std::size_t count = m_lineSlots.size();
+    if (line < count && count - line <= m_sameBelow)
+        return m_lastLineCount - (count - line);
+    return std::nullopt;
 }
 
-std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text) {
-    Slot* slot = inSequence(text);
-    if (!slot) {
-        auto entry = m_entries.find(text);
-        if (entry == m_entries.end())
-            entry =
-                m_entries
-                    .emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
+SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
+    auto entry = m_entries.find(text);
+    if (entry == m_entries.end())
+        entry = m_entries.emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
                     .first;
-        slot = &*entry;
+    return &*entry;
+}
+
+std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text, std::optional<std::size_t> line,
+                                                          bool continued) {
+    Slot* slot = nullptr;
+    if (line && *line < m_lineSlots.size()) {
+        if (const auto last = lastRunsLine(*line))
+            slot = m_lastLineSlots[*last][continued];
+        if (!slot)
+            slot = lookUp(text);
+        m_lineSlots[*line][continued] = slot;
+    } else {
+        slot = lookUp(text);
     }
     slot->second.lastRun = m_run;
     m_order.push_back(slot);
@@ -52,18 +57,26 @@ SheetParseCache::~SheetParseCache() = default;
 
 std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
     ++m_run;
-    m_cursor = 0;
-    // Only the lines from the first one that changed are written again.
+    const std::size_t lastCount = m_lastLineEnds.size();
+    const auto lastLine = [&](std::size_t i) {
+        const std::size_t start = i == 0 ? 0 : m_lastLineEnds[i - 1];
+        return std::string_view(m_lastLines).substr(start, m_lastLineEnds[i] - start);
+    };
     std::size_t same = 0;
-    std::size_t start = 0;
-    const std::size_t count = std::min(lines.size(), m_lastLineEnds.size());
-    for (; same < count; ++same) {
-        const std::size_t end = m_lastLineEnds[same];
-        if (std::string_view(m_lastLines).substr(start, end - start) != lines[same])
-            break;
-        start = end;
-    }
-    m_lastLines.resize(start);
+    const std::size_t count = std::min(lines.size(), lastCount);
+    while (same < count && lastLine(same) == lines[same])
+        ++same;
+    std::size_t sameBelow = 0;
+    while (same + sameBelow < count &&
+           lastLine(lastCount - 1 - sameBelow) == lines[lines.size() - 1 - sameBelow])
+        ++sameBelow;
+    m_sameAbove = same;
+    m_sameBelow = sameBelow;
+    m_lastLineCount = lastCount;
+    m_lineSlots.assign(lines.size(), {});
+
+    // Only the lines from the first one that changed are written again.
+    m_lastLines.resize(same == 0 ? 0 : m_lastLineEnds[same - 1]);
     m_lastLineEnds.resize(same);
     for (std::size_t i = same; i < lines.size(); ++i) {
         m_lastLines.append(lines[i]);
@@ -76,7 +89,7 @@ void SheetParseCache::resumeAt(const RunCheckpoint& checkpoint) {
     m_order.assign(m_lastOrder.begin(), m_lastOrder.begin() + static_cast<std::ptrdiff_t>(checkpoint.asks));
     for (Slot* slot : m_order)
         slot->second.lastRun = m_run;
-    m_cursor = checkpoint.asks;
+    std::copy_n(m_lastLineSlots.begin(), checkpoint.line, m_lineSlots.begin());
 }
 
 void SheetParseCache::keepCheckpoint(std::unique_ptr<RunCheckpoint> checkpoint) {
@@ -103,7 +116,8 @@ void SheetParseCache::endRun() {
     std::erase_if(m_order, [&](const Slot* slot) { return slot->second.lastRun == dropped; });
     m_lastOrder = std::move(m_order);
     m_order.clear();
-    m_cursor = 0;
+    m_lastLineSlots = std::move(m_lineSlots);
+    m_lineSlots.clear();
     // Erased last: the views point into the entries' keys.
     for (const std::string_view text : unused)
         m_entries.erase(m_entries.find(text));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,8 +36,11 @@ public:
     SheetParseCache(const SheetParseCache&) = delete;
     SheetParseCache& operator=(const SheetParseCache&) = delete;
 
-    /// The parse of `text`, from the cache or made now.
-    std::shared_ptr<const ParsedLine> parsed(std::string_view text);
+    /// The parse of `text`, from the cache or made now. `line` is the 0-based line of this
+    /// sheet the text was prepared from (as continued with "prev " when `continued`), if it is
+    /// one: a line the run knows to be unchanged finds its parse without its text being compared.
+    std::shared_ptr<const ParsedLine> parsed(std::string_view text, std::optional<std::size_t> line = {},
+                                             bool continued = false);
 
     /// Called by the run around its use of the cache. beginRun gives how many lines at the
     /// top are the same as the last run's.
@@ -63,18 +67,31 @@ private:
     using Entries = std::unordered_map<std::string, Entry, TextHash, std::equal_to<>>;
     using Slot = Entries::value_type;
 
-    // The entry for `text` if the asks follow the last run's order: a run after a keystroke
-    // asks for nearly the same texts in the same order, and walking that order costs less than
-    // hashing every text into a table the size of the sheet.
-    Slot* inSequence(std::string_view text);
+    // The entries a line's two parses use, by 0-based line.
+    struct LineSlots {
+        Slot* asWritten = nullptr;
+        Slot* continued = nullptr;
+        Slot*& operator[](bool continuedSlot) { return continuedSlot ? continued : asWritten; }
+    };
+
+    // The last run's line with the same text as `line` of this run, known from where the two
+    // texts start and end the same.
+    std::optional<std::size_t> lastRunsLine(std::size_t line) const;
+    Slot* lookUp(std::string_view text);
 
     Entries m_entries;
     std::uint64_t m_run = 0;
-    // The entries in the order the last run asked for them (slots of a node-based table
-    // don't move), the order of the asks since, and where the asks are in the last run's order.
+    // The entries in the order the last run asked for them and in the order of the asks since
+    // (slots of a node-based table don't move).
     std::vector<Slot*> m_lastOrder;
     std::vector<Slot*> m_order;
-    std::size_t m_cursor = 0;
+    std::vector<LineSlots> m_lastLineSlots;
+    std::vector<LineSlots> m_lineSlots;
+    // How many lines at the top and at the bottom are the same as the last run's, and how many
+    // lines the last run had.
+    std::size_t m_sameAbove = 0;
+    std::size_t m_sameBelow = 0;
+    std::size_t m_lastLineCount = 0;
     // The last run's lines one after the other, and where each ends.
     std::string m_lastLines;
     std::vector<std::size_t> m_lastLineEnds;
