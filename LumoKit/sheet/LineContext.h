@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include <absl/container/flat_hash_map.h>
+
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/sheet/Program.h"
 #include "LumoKit/sheet/ProgramBudget.h"
@@ -38,9 +40,13 @@ private:
     bool m_mixed = false;
 };
 
+/// Names and their values, in one scope. An open-addressing table: a long sheet defines
+/// thousands of names, and a chained table costs a cache miss per link.
+using NameTable = absl::flat_hash_map<std::string, Value>;
+
 /// What the lines of a sheet have built up at one point of a run, outside any function.
 struct SheetState {
-    std::unordered_map<std::string, Value> names;
+    NameTable names;
     std::optional<Value> previous;
     RunningSum block;
     RunningSum all;
@@ -58,14 +64,14 @@ public:
     explicit LineContext(const EvaluationOptions& options, BudgetLimits limits = {});
 
     // The run's state, in the order the lines build it up.
-    std::unordered_map<std::string, Value> names;
+    NameTable names;
     std::optional<Value> previous;
     RunningSum block;                         // counted answers since the last blank line
     RunningSum all;                           // counted answers since the top of the sheet
     std::vector<std::optional<Value>> byLine; // by 0-based line index, grown as answers arrive
     bool mixedUnits = false;
     FunctionTable functions;
-    std::vector<std::unordered_map<std::string, Value>> locals; // innermost last
+    std::vector<NameTable> locals; // innermost last
     ProgramBudget budget;
     RunFunction runFunction;
     FindFunction findFunction;

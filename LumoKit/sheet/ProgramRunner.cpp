@@ -37,8 +37,8 @@ std::int64_t wholeBound(double number) {
 // Puts back what a function call changed in the context, however the call ends.
 class CallScope {
 public:
-    CallScope(LineContext& context, std::vector<std::optional<std::string>>& homeStack,
-              std::unordered_map<std::string, Value> arguments, const std::optional<std::string>& home)
+    CallScope(LineContext& context, std::vector<std::optional<std::string>>& homeStack, NameTable arguments,
+              const std::optional<std::string>& home)
         : m_context(context), m_homeStack(homeStack), m_previous(context.previous),
           m_mixedUnits(context.mixedUnits) {
         m_context.budget.enterCall();
@@ -140,8 +140,9 @@ void ProgramRunner::keepCheckpoint(std::size_t line) {
     if (line == 0 || m_context.calledFunctions || (parses.checkpoint() && parses.checkpoint()->line == line))
         return;
     const auto above = m_results.begin() + static_cast<std::ptrdiff_t>(line);
-    parses.keepCheckpoint(std::make_unique<RunCheckpoint>(RunCheckpoint{
-        line, parses.asks(), m_context.options(), m_context.state(), std::vector<LineResult>(m_results.begin(), above)}));
+    parses.keepCheckpoint(std::make_unique<RunCheckpoint>(
+        RunCheckpoint{line, parses.asks(), m_context.options(), m_context.state(),
+                      std::vector<LineResult>(m_results.begin(), above)}));
 }
 
 std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting) {
@@ -379,7 +380,7 @@ Value ProgramRunner::runFunction(const ProgramFunction& function, const std::vec
              function.params.size() == 1 ? MessageKind::argumentWord : MessageKind::argumentsWord});
     // The table entry may be replaced while the body runs (a def of the same name inside it).
     const ProgramFunction called = function;
-    std::unordered_map<std::string, Value> arguments;
+    NameTable arguments;
     for (std::size_t i = 0; i < args.size(); ++i)
         arguments.insert_or_assign(called.params[i], args[i]);
     try {

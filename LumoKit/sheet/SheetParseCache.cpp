@@ -30,13 +30,14 @@ std::optional<std::size_t> SheetParseCache::lastRunsLine(std::size_t line) const
 SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
     auto entry = m_entries.find(text);
     if (entry == m_entries.end())
-        entry = m_entries.emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
+        entry = m_entries
+                    .emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
                     .first;
     return &*entry;
 }
 
-std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text, std::optional<std::size_t> line,
-                                                          bool continued) {
+std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text,
+                                                          std::optional<std::size_t> line, bool continued) {
     Slot* slot = nullptr;
     if (line && *line < m_lineSlots.size()) {
         if (const auto last = lastRunsLine(*line))

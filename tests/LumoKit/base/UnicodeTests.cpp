@@ -92,14 +92,14 @@ TEST(Unicode, ValidUtf8IsWhatDecodingAcceptsWhole) {
         {"plain ascii, longer than eight bytes", true},
         {"82000円 × 1.1", true},
         {"\xF0\x9F\x98\x80 and \xF4\x8F\xBF\xBF", true}, // U+1F600, U+10FFFF
-        {"\xEF\xBF\xBD", true},                           // U+FFFD written out
-        {"\xC0\xAF", false},                              // overlong "/"
-        {"\xE0\x80\xAF", false},                          // overlong, three bytes
-        {"\xED\xA0\x80", false},                          // a surrogate
-        {"\xF4\x90\x80\x80", false},                      // past U+10FFFF
-        {"abcdefgh\xE5\x86", false},                      // cut short at the end
-        {"\xE5\x86x", false},                             // cut short by ASCII
-        {"\x80", false},                                  // a lone continuation byte
+        {"\xEF\xBF\xBD", true},                          // U+FFFD written out
+        {"\xC0\xAF", false},                             // overlong "/"
+        {"\xE0\x80\xAF", false},                         // overlong, three bytes
+        {"\xED\xA0\x80", false},                         // a surrogate
+        {"\xF4\x90\x80\x80", false},                     // past U+10FFFF
+        {"abcdefgh\xE5\x86", false},                     // cut short at the end
+        {"\xE5\x86x", false},                            // cut short by ASCII
+        {"\x80", false},                                 // a lone continuation byte
         {"\xFF", false},
     };
     for (const auto& c : cases) {
