@@ -1,6 +1,8 @@
 #include "LumoKit/document/SheetHistory.h"
 
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 #include "LumoKit/base/Unicode.h"
 
@@ -8,31 +10,58 @@ namespace lumo {
 
 namespace {
 
+// How many bytes two texts share at the start: whole blocks through memcmp, then bytes, since
+// a keystroke's texts are equal for all but a few bytes of a long sheet.
+std::size_t commonPrefix(std::string_view a, std::string_view b) {
+    constexpr std::size_t block = 64;
+    const std::size_t shorter = std::min(a.size(), b.size());
+    std::size_t at = 0;
+    while (at + block <= shorter && std::memcmp(a.data() + at, b.data() + at, block) == 0)
+        at += block;
+    while (at < shorter && a[at] == b[at])
+        ++at;
+    return at;
+}
+
+// The same at the end, without reaching into the first `skip` bytes of either.
+std::size_t commonSuffix(std::string_view a, std::string_view b, std::size_t skip) {
+    constexpr std::size_t block = 64;
+    const std::size_t limit = std::min(a.size(), b.size()) - skip;
+    std::size_t length = 0;
+    while (length + block <= limit && std::memcmp(a.data() + a.size() - length - block,
+                                                  b.data() + b.size() - length - block, block) == 0)
+        length += block;
+    while (length < limit && a[a.size() - 1 - length] == b[b.size() - 1 - length])
+        ++length;
+    return length;
+}
+
 std::size_t newlineCount(std::string_view text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
-// Lengths are compared in user-perceived characters, so that typing one emoji or one
-// accented letter counts as a single character however many scalars it takes.
-// Only the lines that differ are counted: a character always ends at a line feed, so the
-// identical lines around them hold as many characters in both texts.
-bool lengthChangedByTwoOrMore(std::string_view before, std::string_view after) {
-    const std::size_t shorter = std::min(before.size(), after.size());
-    std::size_t prefix = static_cast<std::size_t>(
-        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin())
-            .first -
-        before.begin());
+// The parts of two texts between what they share at the start and at the end, widened to
+// whole lines.
+std::pair<std::string_view, std::string_view> differingLines(std::string_view before,
+                                                             std::string_view after) {
+    std::size_t prefix = commonPrefix(before, after);
+    std::size_t suffix = commonSuffix(before, after, prefix);
     const std::size_t lineStart = prefix == 0 ? std::string_view::npos : before.rfind('\n', prefix - 1);
     prefix = lineStart == std::string_view::npos ? 0 : lineStart + 1;
-    std::size_t suffix = 0;
-    while (suffix < shorter - prefix &&
-           before[before.size() - 1 - suffix] == after[after.size() - 1 - suffix])
-        ++suffix;
     const std::string_view common = before.substr(before.size() - suffix);
     const std::size_t lineEnd = common.find('\n');
     suffix = lineEnd == std::string_view::npos ? 0 : suffix - (lineEnd + 1);
-    auto a = unicode::graphemeCount(before.substr(prefix, before.size() - suffix - prefix));
-    auto b = unicode::graphemeCount(after.substr(prefix, after.size() - suffix - prefix));
+    return {before.substr(prefix, before.size() - suffix - prefix),
+            after.substr(prefix, after.size() - suffix - prefix)};
+}
+
+// Lengths are compared in user-perceived characters, so that typing one emoji or one
+// accented letter counts as a single character however many scalars it takes. Only the lines
+// that differ are counted: a character always ends at a line feed, so the identical lines
+// around them hold as many characters in both texts.
+bool lengthChangedByTwoOrMore(std::string_view before, std::string_view after) {
+    const std::size_t a = unicode::graphemeCount(before);
+    const std::size_t b = unicode::graphemeCount(after);
     return (a > b ? a - b : b - a) >= 2;
 }
 
@@ -41,11 +70,14 @@ bool lengthChangedByTwoOrMore(std::string_view before, std::string_view after) {
 SheetHistory::SheetHistory(SheetSnapshot initial) : m_current(std::move(initial)) {}
 
 SheetHistory::Change SheetHistory::classify(const SheetSnapshot& next) const {
-    if (newlineCount(next.text) != newlineCount(m_current.text))
-        return Change::structural;
     if (next.lockedLines != m_current.lockedLines)
         return Change::structural;
-    if (lengthChangedByTwoOrMore(m_current.text, next.text))
+    // Lines outside the differing ones are the same in both texts, so they hold as many line
+    // feeds and characters in each.
+    const auto [before, after] = differingLines(m_current.text, next.text);
+    if (newlineCount(before) != newlineCount(after))
+        return Change::structural;
+    if (lengthChangedByTwoOrMore(before, after))
         return Change::structural;
     return Change::small;
 }

@@ -75,7 +75,7 @@ std::size_t plainLinesAtTop(const ProgramBody& program) {
 
 ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& others,
                              const EvaluationOptions& options, BudgetLimits limits, SheetParseCache* parses)
-    : m_lines(std::move(lines)), m_context(options, limits), m_results(m_lines.size()),
+    : m_lines(std::move(lines)), m_context(options, limits),
       m_visited(m_lines.size(), false), m_others(others) {
     m_context.parses = parses;
     m_context.expectLines(m_lines.size());
@@ -96,6 +96,8 @@ std::vector<LineResult> ProgramRunner::run() {
         sameAbove = m_context.parses->beginRun(m_lines);
         from = resume(*sameAbove);
     }
+    // Lines above a resumed run's first line have their results already; the rest start blank.
+    m_results.resize(m_lines.size());
     // The lines above `from` are plain lines that open no block, so the rest parses alone.
     const ProgramBody program = Program::parse(m_lines, from);
     showStructure(program);
@@ -128,7 +130,8 @@ std::size_t ProgramRunner::resume(std::size_t sameLinesAbove) {
         return 0;
     }
     m_context.restore(checkpoint->state);
-    std::copy(checkpoint->results.begin(), checkpoint->results.end(), m_results.begin());
+    m_results.reserve(m_lines.size());
+    m_results = checkpoint->results;
     std::fill_n(m_visited.begin(), checkpoint->line, true);
     parses.resumeAt(*checkpoint);
     return checkpoint->line;
