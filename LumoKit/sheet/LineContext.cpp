@@ -23,21 +23,14 @@ std::size_t weigh(const Value& value, std::size_t limit) {
 
 // Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
 // the commonest failure of a sheet, answered without throwing through the evaluator.
-bool isMixedSum(const Expr& expression, const LineContext& context) {
-    const auto* identifier = expression.as<expr::Identifier>();
-    if (!identifier)
+bool isMixedSum(const ParsedLine& parsedLine, const LineContext& context) {
+    if (!parsedLine.isBareSumWord)
         return false;
-    const auto word = sheetWordOf(identifier->name);
-    if (!word || *word == SheetWord::previous)
+    const std::string_view name = parsedLine.statement->expr->as<expr::Identifier>()->name;
+    if (!context.locals.empty() &&
+        context.locals.back().contains(absl::string_view(name.data(), name.size())))
         return false;
-    if (!context.locals.empty() && context.locals.back().contains(std::string(identifier->name)))
-        return false;
-    return !(*word == SheetWord::blockSum ? context.block : context.all).value();
-}
-
-bool isPlotCall(const Expr& expression) {
-    const auto* call = expression.as<expr::Call>();
-    return call && (isPlotWord(call->name) || isChartWord(call->name));
+    return !(*sheetWordOf(name) == SheetWord::blockSum ? context.block : context.all).value();
 }
 
 } // namespace
@@ -184,7 +177,7 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
         return {
             LineOutcome::makeFailure({MessageKind::sheetWordAsName, {*statement.name}}, m_options.language),
             statement.name};
-    if (isMixedSum(*statement.expr, *this)) {
+    if (isMixedSum(parsedLine, *this)) {
         mixedUnits = true;
         return {LineOutcome::makeFailure(MessageKind::unitsMixedInSum, m_options.language), statement.name};
     }
@@ -202,7 +195,7 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
 LineOutcome LineContext::evaluateStatement(const Program::Line& line, const ParsedLine& parsedLine,
                                            bool continued, LineCounting counting, LineOwner owner) {
     const Statement& statement = *parsedLine.statement;
-    if (isPlotCall(*statement.expr)) {
+    if (parsedLine.isPlot) {
         try {
             return LineOutcome::makePlot(
                 buildPlot(*statement.expr, prepareLine(line.source, continued), *this, m_options));

@@ -29,6 +29,9 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 struct ParsedLine {
     std::optional<Statement> statement; // absent when the parse failed
     Message error;                      // the parser's message when it failed
+    // Read from the tree once, so that a line answered from its memo never walks its tree.
+    bool isPlot = false;        // a plot or chart call
+    bool isBareSumWord = false; // only a sum word (sum, total and their spellings)
     /// The last answer worked out from this parse, when a run kept its parses in a cache. Only
     /// the run that holds the cache touches it.
     mutable std::optional<LineMemo> memo;

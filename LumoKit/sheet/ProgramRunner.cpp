@@ -75,8 +75,8 @@ std::size_t plainLinesAtTop(const ProgramBody& program) {
 
 ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& others,
                              const EvaluationOptions& options, BudgetLimits limits, SheetParseCache* parses)
-    : m_lines(std::move(lines)), m_context(options, limits),
-      m_visited(m_lines.size(), false), m_others(others) {
+    : m_lines(std::move(lines)), m_context(options, limits), m_visited(m_lines.size(), false),
+      m_others(others) {
     m_context.parses = parses;
     m_context.expectLines(m_lines.size());
 }

@@ -4,6 +4,8 @@
 #include <limits>
 
 #include "LumoKit/base/CalcError.h"
+#include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/PlotBuilder.h"
 #include "LumoKit/sheet/RunCheckpoint.h"
 
 namespace lumo {
@@ -14,6 +16,14 @@ ParsedLine parseLine(std::string_view text) {
         parsedLine.statement = parseStatement(text);
     } catch (const CalcError& error) {
         parsedLine.error = error.message();
+        return parsedLine;
+    }
+    const Expr& expression = *parsedLine.statement->expr;
+    if (const auto* call = expression.as<expr::Call>())
+        parsedLine.isPlot = isPlotWord(call->name) || isChartWord(call->name);
+    if (const auto* identifier = expression.as<expr::Identifier>()) {
+        const auto word = sheetWordOf(identifier->name);
+        parsedLine.isBareSumWord = word && *word != SheetWord::previous;
     }
     return parsedLine;
 }
