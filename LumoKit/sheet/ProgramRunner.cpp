@@ -143,9 +143,8 @@ void ProgramRunner::keepCheckpoint(std::size_t line) {
     if (line == 0 || m_context.calledFunctions || (parses.checkpoint() && parses.checkpoint()->line == line))
         return;
     const auto above = m_results.begin() + static_cast<std::ptrdiff_t>(line);
-    parses.keepCheckpoint(std::make_unique<RunCheckpoint>(
-        RunCheckpoint{line, parses.asks(), m_context.options(), m_context.state(),
-                      std::vector<LineResult>(m_results.begin(), above)}));
+    parses.keepCheckpoint(std::make_unique<RunCheckpoint>(RunCheckpoint{
+        line, m_context.options(), m_context.state(), std::vector<LineResult>(m_results.begin(), above)}));
 }
 
 std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, LineCounting counting) {

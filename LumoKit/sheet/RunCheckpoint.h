@@ -15,7 +15,6 @@ namespace lumo {
 /// there instead of at the top: typing into one line of a long sheet runs only from that line.
 struct RunCheckpoint {
     std::size_t line = 0; // 0-based; the lines above it are done
-    std::size_t asks = 0; // how many parses the lines above asked the cache for
     EvaluationOptions options;
     SheetState state;
     std::vector<LineResult> results; // of the lines above

@@ -1,7 +1,6 @@
 #include "LumoKit/sheet/SheetParseCache.h"
 
 #include <algorithm>
-#include <limits>
 
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
@@ -40,9 +39,8 @@ std::optional<std::size_t> SheetParseCache::lastRunsLine(std::size_t line) const
 SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
     auto entry = m_entries.find(text);
     if (entry == m_entries.end())
-        entry = m_entries
-                    .emplace(std::string(text), Entry{std::make_shared<const ParsedLine>(parseLine(text)), 0})
-                    .first;
+        entry =
+            m_entries.emplace(std::string(text), std::make_shared<const ParsedLine>(parseLine(text))).first;
     return &*entry;
 }
 
@@ -58,16 +56,15 @@ std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text,
     } else {
         slot = lookUp(text);
     }
-    slot->second.lastRun = m_run;
-    m_order.push_back(slot);
-    return slot->second.parse;
+    if (!line || *line >= m_lineSlots.size())
+        m_otherAsks.push_back(slot);
+    return slot->second;
 }
 
 SheetParseCache::SheetParseCache() = default;
 SheetParseCache::~SheetParseCache() = default;
 
 std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
-    ++m_run;
     const std::size_t lastCount = m_lastLineEnds.size();
     const auto lastLine = [&](std::size_t i) {
         const std::size_t start = i == 0 ? 0 : m_lastLineEnds[i - 1];
@@ -97,9 +94,6 @@ std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
 }
 
 void SheetParseCache::resumeAt(const RunCheckpoint& checkpoint) {
-    m_order.assign(m_lastOrder.begin(), m_lastOrder.begin() + static_cast<std::ptrdiff_t>(checkpoint.asks));
-    for (Slot* slot : m_order)
-        slot->second.lastRun = m_run;
     std::copy_n(m_lastLineSlots.begin(), checkpoint.line, m_lineSlots.begin());
 }
 
@@ -111,27 +105,50 @@ void SheetParseCache::dropCheckpoint() {
     m_checkpoint.reset();
 }
 
-// Every entry is in the last run's order or has been asked for since, so the entries to drop
-// are found there, without a walk over the whole table.
+// Only entries the last run used can have fallen out of use: those of the lines that changed,
+// those of unchanged lines now parsed the other way (continued or not), and those asked for
+// without a line. Whatever of them this run used stays; the table is never walked whole.
 void SheetParseCache::endRun() {
-    constexpr std::uint64_t dropped = std::numeric_limits<std::uint64_t>::max();
-    std::vector<std::string_view> unused;
-    for (const auto* order : {&m_lastOrder, &m_order}) {
-        for (Slot* slot : *order) {
-            if (slot->second.lastRun != m_run && slot->second.lastRun != dropped) {
-                slot->second.lastRun = dropped;
-                unused.push_back(slot->first);
-            }
+    std::vector<Slot*> candidates(m_lastOtherAsks.begin(), m_lastOtherAsks.end());
+    const auto offer = [&](const LineSlots& last, const LineSlots& now) {
+        for (const bool continued : {false, true}) {
+            if (last[continued] && last[continued] != now[continued])
+                candidates.push_back(last[continued]);
+        }
+    };
+    const LineSlots none;
+    const std::size_t count = m_lineSlots.size();
+    for (std::size_t j = 0; j < m_lastLineSlots.size(); ++j) {
+        const bool above = j < m_sameAbove;
+        const bool below = !above && m_lastLineSlots.size() - j <= m_sameBelow;
+        offer(m_lastLineSlots[j], above   ? m_lineSlots[j]
+                                  : below ? m_lineSlots[count - (m_lastLineSlots.size() - j)]
+                                          : none);
+    }
+    if (!candidates.empty()) {
+        std::sort(candidates.begin(), candidates.end());
+        candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+        std::vector<bool> used(candidates.size(), false);
+        const auto keep = [&](Slot* slot) {
+            if (const auto found = std::lower_bound(candidates.begin(), candidates.end(), slot);
+                found != candidates.end() && *found == slot)
+                used[static_cast<std::size_t>(found - candidates.begin())] = true;
+        };
+        for (const LineSlots& slots : m_lineSlots) {
+            keep(slots.asWritten);
+            keep(slots.continued);
+        }
+        for (Slot* slot : m_otherAsks)
+            keep(slot);
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            if (!used[i])
+                m_entries.erase(m_entries.find(candidates[i]->first));
         }
     }
-    std::erase_if(m_order, [&](const Slot* slot) { return slot->second.lastRun == dropped; });
-    m_lastOrder = std::move(m_order);
-    m_order.clear();
     m_lastLineSlots = std::move(m_lineSlots);
     m_lineSlots.clear();
-    // Erased last: the views point into the entries' keys.
-    for (const std::string_view text : unused)
-        m_entries.erase(m_entries.find(text));
+    m_lastOtherAsks = std::move(m_otherAsks);
+    m_otherAsks.clear();
 }
 
 } // namespace lumo

@@ -54,17 +54,12 @@ public:
     void resumeAt(const RunCheckpoint& checkpoint);
     void keepCheckpoint(std::unique_ptr<RunCheckpoint> checkpoint);
     void dropCheckpoint();
-    /// How many parses this run has asked for so far.
-    std::size_t asks() const { return m_order.size(); }
 
     std::size_t size() const { return m_entries.size(); }
 
 private:
-    struct Entry {
-        std::shared_ptr<const ParsedLine> parse;
-        std::uint64_t lastRun = 0;
-    };
-    using Entries = std::unordered_map<std::string, Entry, TextHash, std::equal_to<>>;
+    using Entries =
+        std::unordered_map<std::string, std::shared_ptr<const ParsedLine>, TextHash, std::equal_to<>>;
     using Slot = Entries::value_type;
 
     // The entries a line's two parses use, by 0-based line.
@@ -72,6 +67,7 @@ private:
         Slot* asWritten = nullptr;
         Slot* continued = nullptr;
         Slot*& operator[](bool continuedSlot) { return continuedSlot ? continued : asWritten; }
+        Slot* operator[](bool continuedSlot) const { return continuedSlot ? continued : asWritten; }
     };
 
     // The last run's line with the same text as `line` of this run, known from where the two
@@ -80,13 +76,12 @@ private:
     Slot* lookUp(std::string_view text);
 
     Entries m_entries;
-    std::uint64_t m_run = 0;
-    // The entries in the order the last run asked for them and in the order of the asks since
-    // (slots of a node-based table don't move).
-    std::vector<Slot*> m_lastOrder;
-    std::vector<Slot*> m_order;
+    // The entries each line used, in the last run and in this one (slots of a node-based table
+    // don't move), and those asked for without a line of this sheet.
     std::vector<LineSlots> m_lastLineSlots;
     std::vector<LineSlots> m_lineSlots;
+    std::vector<Slot*> m_lastOtherAsks;
+    std::vector<Slot*> m_otherAsks;
     // How many lines at the top and at the bottom are the same as the last run's, and how many
     // lines the last run had.
     std::size_t m_sameAbove = 0;

@@ -179,6 +179,8 @@ TEST(SheetParseCache, KeptAnswersAreNeverStaleThroughRandomEdits) {
             ASSERT_EQ(exactly(cached[i]), exactly(fresh[i])) << "step " << step << ", line " << i + 1 << "\n"
                                                              << text;
         checkpoints += cache.checkpoint() != nullptr;
+        // Two parses per line at most (as written and continued), and the library's few.
+        ASSERT_LE(cache.size(), 2 * lines.size() + 4) << "step " << step;
     }
     EXPECT_GT(checkpoints, 200);
 }
