@@ -212,8 +212,8 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     // outside loops and functions read the same values run after run.
     const bool memoized =
         parses && owner == LineOwner::thisSheet && counting == LineCounting::counted && locals.empty();
-    Value answer =
-        memoized ? memoizedAnswer(parsedLine) : Evaluator(m_options, this).evaluate(*statement.expr);
+    Value answer = memoized ? memoizedAnswer(parsedLine, parses->memo(static_cast<std::size_t>(line.index)))
+                            : Evaluator(m_options, this).evaluate(*statement.expr);
     retain(line, owner, answer);
     previous = answer;
     if (owner == LineOwner::thisSheet) {
@@ -231,12 +231,11 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
     return LineOutcome::makeValue(std::move(answer));
 }
 
-Value LineContext::memoizedAnswer(const ParsedLine& parsedLine) {
-    std::optional<LineMemo>& memo = parsedLine.memo;
-    if (memo && memoHolds(*memo))
+Value LineContext::memoizedAnswer(const ParsedLine& parsedLine, std::unique_ptr<LineMemo>& memo) {
+    if (memo && memo->parse == &parsedLine && memoHolds(*memo))
         return memo->answer;
     memo.reset();
-    LineMemo recording{m_options, {}, {}};
+    LineMemo recording{&parsedLine, m_options, {}, {}};
     m_recording = &recording;
     m_recordingHolds = true;
     Value answer;
@@ -249,7 +248,7 @@ Value LineContext::memoizedAnswer(const ParsedLine& parsedLine) {
     m_recording = nullptr;
     if (m_recordingHolds && valueWeight(answer, memoWeightLimit) <= memoWeightLimit) {
         recording.answer = answer;
-        memo = std::move(recording);
+        memo = std::make_unique<LineMemo>(std::move(recording));
     }
     return answer;
 }

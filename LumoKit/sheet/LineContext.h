@@ -9,6 +9,7 @@
 
 #include <absl/container/flat_hash_map.h>
 
+#include "LumoKit/sheet/LineMemo.h"
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoKit/sheet/Program.h"
 #include "LumoKit/sheet/ProgramBudget.h"
@@ -114,7 +115,7 @@ private:
                                   LineCounting counting, LineOwner owner);
     /// The answer of a line of this sheet outside any function, from its memo when every read
     /// recorded there reads the same now, else evaluated and recorded.
-    Value memoizedAnswer(const ParsedLine& parsedLine);
+    Value memoizedAnswer(const ParsedLine& parsedLine, std::unique_ptr<LineMemo>& memo);
     bool memoHolds(const LineMemo& memo);
     void record(LineMemo::Read read);
     std::optional<Value> lookUp(const std::string& name);

@@ -10,11 +10,13 @@
 
 namespace lumo {
 
+struct ParsedLine;
+
 /// A line's last answer with everything its evaluation read from the sheet: the names (the
 /// sheet words among them) and the line answers, each with what it read, in order. Evaluation
 /// is a pure function of the parse, the options and these reads, so when every read gives the
-/// same value again the answer is the same, wherever the line has moved. A line that called a
-/// function gets no memo: a call runs program lines and spends the run's budget.
+/// same value again the answer is the same. A line that called a function gets no memo: a call
+/// runs program lines and spends the run's budget.
 struct LineMemo {
     struct Read {
         std::string name;      // empty for a line answer
@@ -22,6 +24,7 @@ struct LineMemo {
         std::optional<Value> value;
     };
 
+    const ParsedLine* parse = nullptr; // what was evaluated
     EvaluationOptions options;
     std::vector<Read> reads;
     Value answer;

@@ -13,7 +13,6 @@
 
 #include "LumoKit/base/Messages.h"
 #include "LumoKit/language/Parser.h"
-#include "LumoKit/sheet/LineMemo.h"
 #include "LumoKit/sheet/SheetLines.h"
 
 namespace lumo {
@@ -32,9 +31,6 @@ struct ParsedLine {
     // Read from the tree once, so that a line answered from its memo never walks its tree.
     bool isPlot = false;        // a plot or chart call
     bool isBareSumWord = false; // only a sum word (sum, total and their spellings)
-    /// The last answer worked out from this parse, when a run kept its parses in a cache. Only
-    /// the run that holds the cache touches it.
-    mutable std::optional<LineMemo> memo;
 };
 
 /// The parses of one line, as written and continued with "prev ", filled on first use.

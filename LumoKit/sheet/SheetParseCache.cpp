@@ -48,8 +48,11 @@ std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text,
                                                           std::optional<std::size_t> line, bool continued) {
     Slot* slot = nullptr;
     if (line && *line < m_lineSlots.size()) {
-        if (const auto last = lastRunsLine(*line))
+        if (const auto last = lastRunsLine(*line)) {
             slot = m_lastLineSlots[*last][continued];
+            if (!m_lineSlots[*line].memo)
+                m_lineSlots[*line].memo = std::move(m_lastLineSlots[*last].memo);
+        }
         if (!slot)
             slot = lookUp(text);
         m_lineSlots[*line][continued] = slot;
@@ -81,7 +84,8 @@ std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
     m_sameAbove = same;
     m_sameBelow = sameBelow;
     m_lastLineCount = lastCount;
-    m_lineSlots.assign(lines.size(), {});
+    m_lineSlots.clear();
+    m_lineSlots.resize(lines.size());
 
     // Only the lines from the first one that changed are written again.
     m_lastLines.resize(same == 0 ? 0 : m_lastLineEnds[same - 1]);
@@ -94,7 +98,8 @@ std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
 }
 
 void SheetParseCache::resumeAt(const RunCheckpoint& checkpoint) {
-    std::copy_n(m_lastLineSlots.begin(), checkpoint.line, m_lineSlots.begin());
+    std::move(m_lastLineSlots.begin(), m_lastLineSlots.begin() + static_cast<std::ptrdiff_t>(checkpoint.line),
+              m_lineSlots.begin());
 }
 
 void SheetParseCache::keepCheckpoint(std::unique_ptr<RunCheckpoint> checkpoint) {

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "LumoKit/sheet/LineMemo.h"
 #include "LumoKit/sheet/Program.h"
 #include "LumoKit/values/Units.h"
 
@@ -22,10 +23,13 @@ ParsedLine parseLine(std::string_view text);
 /// keystroke parses only the lines that changed.
 ///
 /// Parses are keyed by the exact text that was parsed: a parse depends on nothing else (a
-/// failed parse keeps its message's kind, not a text in one language). Each parse also carries
-/// the last answer worked out from it with the reads it made (LineMemo), which a later run uses
-/// only when every read gives the same value again. Entries that a run did not use are dropped
-/// at its end, so the cache stays the size of the sheet. One run at a time may use a cache.
+/// failed parse keeps its message's kind, not a text in one language). Entries that a run did
+/// not use are dropped at its end, so the cache stays the size of the sheet. One run at a time
+/// may use a cache.
+///
+/// Each line also keeps its last answer with the reads it made (LineMemo), which a later run
+/// uses only when every read gives the same value again. Memos belong to lines, not texts: the
+/// "sum" closing every block of a sheet reads a different sum in each.
 ///
 /// The cache also keeps the sheet's lines as the last run met them, and where a run may start
 /// instead of at the top (RunCheckpoint).
@@ -41,6 +45,10 @@ public:
     /// one: a line the run knows to be unchanged finds its parse without its text being compared.
     std::shared_ptr<const ParsedLine> parsed(std::string_view text, std::optional<std::size_t> line = {},
                                              bool continued = false);
+
+    /// The memo of line `line` (0-based) of this run; the line's parse must have been asked
+    /// for first. An unchanged line brings its memo from the last run.
+    std::unique_ptr<LineMemo>& memo(std::size_t line) { return m_lineSlots[line].memo; }
 
     /// Called by the run around its use of the cache. beginRun gives how many lines at the
     /// top are the same as the last run's.
@@ -62,12 +70,13 @@ private:
         std::unordered_map<std::string, std::shared_ptr<const ParsedLine>, TextHash, std::equal_to<>>;
     using Slot = Entries::value_type;
 
-    // The entries a line's two parses use, by 0-based line.
+    // The entries a line's two parses use and its memo, by 0-based line.
     struct LineSlots {
         Slot* asWritten = nullptr;
         Slot* continued = nullptr;
         Slot*& operator[](bool continuedSlot) { return continuedSlot ? continued : asWritten; }
         Slot* operator[](bool continuedSlot) const { return continuedSlot ? continued : asWritten; }
+        std::unique_ptr<LineMemo> memo;
     };
 
     // The last run's line with the same text as `line` of this run, known from where the two
