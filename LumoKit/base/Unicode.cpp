@@ -1,6 +1,7 @@
 #include "LumoKit/base/Unicode.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -296,10 +297,14 @@ bool isValidUtf8(std::string_view text) {
         if (end - p >= 8) {
             std::uint64_t word;
             std::memcpy(&word, p, 8);
-            if (!(word & 0x8080808080808080u)) {
+            const std::uint64_t high = word & 0x8080808080808080u;
+            if (!high) {
                 p += 8;
                 continue;
             }
+            // Straight to the first byte outside ASCII (the word was read little-endian).
+            if constexpr (std::endian::native == std::endian::little)
+                p += std::countr_zero(high) / 8;
         }
         const unsigned char lead = *p;
         if (lead < 0x80) {

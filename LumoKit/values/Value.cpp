@@ -194,6 +194,32 @@ Value Value::makeText(std::string text) {
     return value;
 }
 
+Value::Value(const Value& other)
+    : number(other.number), unit(other.unit), isPercent(other.isPercent), kind(other.kind) {
+    if (kind == Kind::list)
+        items = other.items;
+    else if (kind == Kind::text)
+        text = other.text;
+}
+
+Value& Value::operator=(const Value& other) {
+    if (this == &other)
+        return *this;
+    number = other.number;
+    unit = other.unit;
+    isPercent = other.isPercent;
+    kind = other.kind;
+    if (kind == Kind::list)
+        items = other.items;
+    else
+        items.clear();
+    if (kind == Kind::text)
+        text = other.text;
+    else
+        text.clear();
+    return *this;
+}
+
 bool Value::operator==(const Value& other) const {
     if (kind != other.kind)
         return false;

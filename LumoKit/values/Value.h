@@ -21,6 +21,15 @@ struct Value {
     std::vector<Value> items; // payload of `list`
     std::string text;         // payload of `text`
 
+    Value() = default;
+    // A copy carries only the payload of its kind: most values are numbers, copied with every
+    // answer, and their list and text are empty anyway.
+    Value(const Value& other);
+    Value& operator=(const Value& other);
+    Value(Value&&) noexcept = default;
+    Value& operator=(Value&&) noexcept = default;
+    ~Value() = default;
+
     static Value plain(double number);
     static Value withUnit(double number, UnitRef unit);
     static Value percent(double figure);

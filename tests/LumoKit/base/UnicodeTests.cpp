@@ -99,7 +99,11 @@ TEST(Unicode, ValidUtf8IsWhatDecodingAcceptsWhole) {
         {"\xF4\x90\x80\x80", false},                     // past U+10FFFF
         {"abcdefgh\xE5\x86", false},                     // cut short at the end
         {"\xE5\x86x", false},                            // cut short by ASCII
-        {"\x80", false},                                 // a lone continuation byte
+        {"1234567\xE5\x86", false},                      // cut short after ASCII in one word
+        {"12345\xC0\xAF"
+         "90",
+         false},         // overlong after ASCII in one word
+        {"\x80", false}, // a lone continuation byte
         {"\xFF", false},
     };
     for (const auto& c : cases) {
