@@ -1,6 +1,7 @@
 #include "LumoCLI/SheetReport.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <ostream>
 #include <string_view>
@@ -131,9 +132,11 @@ void appendJsonString(std::string& json, std::string_view text) {
 
 void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
                     const EvaluationOptions& options, Grouping grouping) {
-    // Each object is written straight into one buffer: building a JSON tree for every line
-    // cost more than the whole evaluation of the sheet.
+    // Rows are written straight into one buffer, handed to the stream a block at a time:
+    // building a JSON tree for every line cost more than the whole evaluation of the sheet.
+    constexpr std::size_t block = 64 * 1024;
     std::string json;
+    json.reserve(block + 1024);
     for (const auto& sheet : sheets) {
         // Every row of a sheet starts the same way.
         std::string rowStart = "{\"sheet\":";
@@ -141,8 +144,9 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
         rowStart += ",\"line\":";
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];
-            json.assign(rowStart);
-            json += std::to_string(i + 1);
+            json += rowStart;
+            std::array<char, 24> digits;
+            json.append(digits.data(), std::to_chars(digits.begin(), digits.end(), i + 1).ptr);
             json += ",\"kind\":\"";
             json += kindWord(result.outcome.kind);
             json += "\",\"name\":";
@@ -183,9 +187,13 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                 break;
             }
             json += "}\n";
-            out << json;
+            if (json.size() >= block) {
+                out.write(json.data(), static_cast<std::streamsize>(json.size()));
+                json.clear();
+            }
         }
     }
+    out.write(json.data(), static_cast<std::streamsize>(json.size()));
 }
 
 } // namespace lumo::cli
