@@ -78,7 +78,6 @@ ProgramRunner::ProgramRunner(SheetLines lines, const std::vector<SharedSheet>& o
     : m_lines(std::move(lines)), m_context(options, limits), m_visited(m_lines.size(), false),
       m_others(others) {
     m_context.parses = parses;
-    m_context.expectLines(m_lines.size());
 }
 
 ProgramRunner::ProgramRunner(std::vector<std::string> lines, const std::vector<SharedSheet>& others,
@@ -90,16 +89,21 @@ std::vector<LineResult> ProgramRunner::run() {
     m_context.runFunction = [this](const ProgramFunction& function, const std::vector<Value>& args) {
         return runFunction(function, args);
     };
-    std::size_t from = 0; // the first line to run
     std::optional<std::size_t> sameAbove;
+    const RunCheckpoint* checkpoint = nullptr;
     if (m_context.parses) {
         sameAbove = m_context.parses->beginRun(m_lines);
-        from = resume(*sameAbove);
+        checkpoint = usableCheckpoint(*sameAbove);
     }
-    // Lines above a resumed run's first line have their results already; the rest start blank.
-    m_results.resize(m_lines.size());
-    // The lines above `from` are plain lines that open no block, so the rest parses alone.
+    // The lines above a checkpoint are plain lines that open no block, so the rest parses alone.
+    const std::size_t from = checkpoint ? checkpoint->line : 0;
     const ProgramBody program = Program::parse(m_lines, from);
+    // The run's tables are made once the parse has freed its rows.
+    m_context.expectLines(m_lines.size());
+    m_results.reserve(m_lines.size());
+    if (checkpoint)
+        takeUp(*checkpoint);
+    m_results.resize(m_lines.size());
     showStructure(program);
     // The line a later run may start at: the first one that changed, or the end of the plain
     // lines at the top if that comes first. Over those, node i is line from + i.
@@ -122,19 +126,20 @@ std::vector<LineResult> ProgramRunner::run() {
     return std::move(m_results);
 }
 
-std::size_t ProgramRunner::resume(std::size_t sameLinesAbove) {
+const RunCheckpoint* ProgramRunner::usableCheckpoint(std::size_t sameLinesAbove) {
     SheetParseCache& parses = *m_context.parses;
     const RunCheckpoint* checkpoint = parses.checkpoint();
-    if (!checkpoint || checkpoint->line > sameLinesAbove || checkpoint->options != m_context.options()) {
-        parses.dropCheckpoint();
-        return 0;
-    }
-    m_context.restore(checkpoint->state);
-    m_results.reserve(m_lines.size());
-    m_results = checkpoint->results;
-    std::fill_n(m_visited.begin(), checkpoint->line, true);
-    parses.resumeAt(*checkpoint);
-    return checkpoint->line;
+    if (checkpoint && checkpoint->line <= sameLinesAbove && checkpoint->options == m_context.options())
+        return checkpoint;
+    parses.dropCheckpoint();
+    return nullptr;
+}
+
+void ProgramRunner::takeUp(const RunCheckpoint& checkpoint) {
+    m_context.restore(checkpoint.state);
+    m_results = checkpoint.results;
+    std::fill_n(m_visited.begin(), checkpoint.line, true);
+    m_context.parses->resumeAt(checkpoint);
 }
 
 void ProgramRunner::keepCheckpoint(std::size_t line) {

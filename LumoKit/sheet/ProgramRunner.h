@@ -11,6 +11,8 @@
 
 namespace lumo {
 
+struct RunCheckpoint;
+
 /// How a block's execution ended early.
 struct ProgramFlow {
     enum class Kind { ret, breakLoop, continueLoop };
@@ -41,9 +43,11 @@ public:
 private:
     using SharedDefinitions = std::vector<std::pair<std::string, FunctionTable>>;
 
-    /// Takes up the state at the parse cache's checkpoint when the lines above it are among the
-    /// `sameLinesAbove` unchanged lines; the line to run from (0 when it can't).
-    std::size_t resume(std::size_t sameLinesAbove);
+    /// The parse cache's checkpoint if the lines above it are among the `sameLinesAbove`
+    /// unchanged lines and the options are the same; else it is dropped.
+    const RunCheckpoint* usableCheckpoint(std::size_t sameLinesAbove);
+    /// Starts the run where the checkpoint stands: its state, and the results above it.
+    void takeUp(const RunCheckpoint& checkpoint);
     /// Keeps the run's state before `line` in the parse cache for the next run.
     void keepCheckpoint(std::size_t line);
 
