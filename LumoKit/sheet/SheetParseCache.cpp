@@ -32,7 +32,7 @@ std::optional<std::size_t> SheetParseCache::lastRunsLine(std::size_t line) const
         return line;
     const std::size_t count = m_lineSlots.size();
     if (line < count && count - line <= m_sameBelow)
-        return m_lastLineCount - (count - line);
+        return m_lastLineSlots.size() - (count - line);
     return std::nullopt;
 }
 
@@ -46,28 +46,34 @@ SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
 
 std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text,
                                                           std::optional<std::size_t> line, bool continued) {
-    Slot* slot = nullptr;
-    if (line && *line < m_lineSlots.size()) {
-        if (const auto last = lastRunsLine(*line)) {
-            slot = m_lastLineSlots[*last][continued];
-            if (!m_lineSlots[*line].memo)
-                m_lineSlots[*line].memo = std::move(m_lastLineSlots[*last].memo);
-        }
-        if (!slot)
-            slot = lookUp(text);
-        m_lineSlots[*line][continued] = slot;
-    } else {
-        slot = lookUp(text);
-    }
-    if (!line || *line >= m_lineSlots.size())
+    if (!line || *line >= m_lineSlots.size()) {
+        Slot* slot = lookUp(text);
         m_otherAsks.push_back(slot);
-    return slot->second;
+        return slot->second;
+    }
+    LineSlots& slots = m_lineSlots[*line];
+    if (const auto last = lastRunsLine(*line)) {
+        slots[continued] = m_lastLineSlots[*last][continued];
+        if (!slots.memo)
+            slots.memo = std::move(m_lastLineSlots[*last].memo);
+    }
+    if (!slots[continued])
+        slots[continued] = lookUp(text);
+    return slots[continued]->second;
 }
 
 SheetParseCache::SheetParseCache() = default;
 SheetParseCache::~SheetParseCache() = default;
 
 std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
+    // A run that never ended (it threw) left its lines recorded without their slots.
+    if (m_running) {
+        m_lastLines.clear();
+        m_lastLineEnds.clear();
+        m_lastLineSlots.clear();
+        m_checkpoint.reset();
+    }
+    m_running = true;
     const std::size_t lastCount = m_lastLineEnds.size();
     const auto lastLine = [&](std::size_t i) {
         const std::size_t start = i == 0 ? 0 : m_lastLineEnds[i - 1];
@@ -83,7 +89,6 @@ std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
         ++sameBelow;
     m_sameAbove = same;
     m_sameBelow = sameBelow;
-    m_lastLineCount = lastCount;
     m_lineSlots.clear();
     m_lineSlots.resize(lines.size());
 
@@ -121,15 +126,14 @@ void SheetParseCache::endRun() {
                 candidates.push_back(last[continued]);
         }
     };
-    const LineSlots none;
-    const std::size_t count = m_lineSlots.size();
-    for (std::size_t j = 0; j < m_lastLineSlots.size(); ++j) {
-        const bool above = j < m_sameAbove;
-        const bool below = !above && m_lastLineSlots.size() - j <= m_sameBelow;
-        offer(m_lastLineSlots[j], above   ? m_lineSlots[j]
-                                  : below ? m_lineSlots[count - (m_lastLineSlots.size() - j)]
-                                          : none);
+    for (std::size_t i = 0; i < m_lineSlots.size(); ++i) {
+        if (const auto last = lastRunsLine(i))
+            offer(m_lastLineSlots[*last], m_lineSlots[i]);
     }
+    // The last run's lines between those that stayed the same at the top and at the bottom.
+    const LineSlots none;
+    for (std::size_t j = m_sameAbove; j < m_lastLineSlots.size() - m_sameBelow; ++j)
+        offer(m_lastLineSlots[j], none);
     if (!candidates.empty()) {
         std::sort(candidates.begin(), candidates.end());
         candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
@@ -154,6 +158,7 @@ void SheetParseCache::endRun() {
     m_lineSlots.clear();
     m_lastOtherAsks = std::move(m_otherAsks);
     m_otherAsks.clear();
+    m_running = false;
 }
 
 } // namespace lumo

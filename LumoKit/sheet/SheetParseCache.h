@@ -57,8 +57,7 @@ public:
 
     /// Where a run may start, if anywhere.
     const RunCheckpoint* checkpoint() const { return m_checkpoint.get(); }
-    /// A run that starts at the checkpoint: the parses its lines above asked for count as
-    /// asked by this run too.
+    /// A run that starts at the checkpoint: the lines above it keep their parses and memos.
     void resumeAt(const RunCheckpoint& checkpoint);
     void keepCheckpoint(std::unique_ptr<RunCheckpoint> checkpoint);
     void dropCheckpoint();
@@ -91,15 +90,14 @@ private:
     std::vector<LineSlots> m_lineSlots;
     std::vector<Slot*> m_lastOtherAsks;
     std::vector<Slot*> m_otherAsks;
-    // How many lines at the top and at the bottom are the same as the last run's, and how many
-    // lines the last run had.
+    // How many lines at the top and at the bottom are the same as the last run's.
     std::size_t m_sameAbove = 0;
     std::size_t m_sameBelow = 0;
-    std::size_t m_lastLineCount = 0;
     // The last run's lines one after the other, and where each ends.
     std::string m_lastLines;
     std::vector<std::size_t> m_lastLineEnds;
     std::unique_ptr<RunCheckpoint> m_checkpoint;
+    bool m_running = false; // between beginRun and endRun
 };
 
 } // namespace lumo
