@@ -53,4 +53,50 @@ ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
     return {copy, items.size()};
 }
 
+expr::LinkBlock* ExprArena::newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity) {
+    static_assert(sizeof(expr::LinkBlock) % alignof(expr::Link) == 0);
+    void* memory =
+        allocate(sizeof(expr::LinkBlock) + capacity * sizeof(expr::Link), alignof(expr::LinkBlock));
+    auto* block = new (memory) expr::LinkBlock{nullptr, 0, capacity};
+    if (previous)
+        previous->next = block;
+    return block;
+}
+
+namespace expr {
+
+std::string_view spelling(Operator op) {
+    switch (op) {
+    case Operator::plus:
+        return "+";
+    case Operator::minus:
+        return "-";
+    case Operator::times:
+        return "*";
+    case Operator::divide:
+        return "/";
+    case Operator::power:
+        return "^";
+    case Operator::equal:
+        return "==";
+    case Operator::notEqual:
+        return "!=";
+    case Operator::less:
+        return "<";
+    case Operator::lessOrEqual:
+        return "<=";
+    case Operator::greater:
+        return ">";
+    case Operator::greaterOrEqual:
+        return ">=";
+    case Operator::andWord:
+        return "and";
+    case Operator::orWord:
+        return "or";
+    }
+    return {};
+}
+
+} // namespace expr
+
 } // namespace lumo

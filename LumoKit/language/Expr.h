@@ -48,10 +48,125 @@ struct Unary {
     std::string_view op; // "-" or "not"
     const Expr* operand;
 };
-struct Binary {
-    std::string_view op;
-    const Expr* left;
-    const Expr* right;
+/// The operators that join the operands of a chain.
+enum class Operator : std::uint8_t {
+    plus,
+    minus,
+    times,
+    divide,
+    power,
+    equal,
+    notEqual,
+    less,
+    lessOrEqual,
+    greater,
+    greaterOrEqual,
+    andWord,
+    orWord,
+};
+/// How the operator is written: "+", "<=", "and" …
+std::string_view spelling(Operator op);
+
+/// One step of a chain: an operator and the operand on its right. A plain number or a short
+/// name is held in the link itself, so that a long sum costs one small link per term.
+class Link {
+public:
+    enum class Holds : std::uint8_t { node, number, name };
+    /// The longest name a link holds; a longer one is a node of its own.
+    static constexpr std::size_t longestName = 0xffff;
+
+    Link(Operator op, const Expr* operand, SourceRange range) : m_op(op), m_range(range) {
+        m_operand.node = operand;
+    }
+    Link(Operator op, double number, SourceRange range) : m_op(op), m_holds(Holds::number), m_range(range) {
+        m_operand.number = number;
+    }
+    Link(Operator op, std::string_view name, SourceRange range)
+        : m_op(op), m_holds(Holds::name), m_nameSize(static_cast<std::uint16_t>(name.size())),
+          m_range(range) {
+        m_operand.name = name.data();
+    }
+
+    Operator op() const { return m_op; }
+    Holds holds() const { return m_holds; }
+    /// The operand's node, or null when the operand is held here.
+    const Expr* node() const { return m_holds == Holds::node ? m_operand.node : nullptr; }
+    double number() const { return m_operand.number; }
+    /// The operand's name, or an empty view when the link holds no name.
+    std::string_view name() const {
+        return m_holds == Holds::name ? std::string_view(m_operand.name, m_nameSize) : std::string_view();
+    }
+    /// The operand's characters.
+    SourceRange range() const { return m_range; }
+
+private:
+    Operator m_op;
+    Holds m_holds = Holds::node;
+    std::uint16_t m_nameSize = 0;
+    SourceRange m_range;
+    union {
+        const Expr* node;
+        double number;
+        const char* name;
+    } m_operand;
+};
+static_assert(sizeof(Link) == 24);
+
+/// The links of a chain, in the tree's arena: blocks of links, each pointing at the next, so
+/// that a chain is built while it is read without knowing its length or moving its links.
+struct LinkBlock {
+    const LinkBlock* next = nullptr;
+    std::uint32_t size = 0;
+    std::uint32_t capacity = 0;
+
+    Link* links() { return reinterpret_cast<Link*>(this + 1); }
+    const Link* links() const { return reinterpret_cast<const Link*>(this + 1); }
+};
+
+class LinkList {
+public:
+    class iterator {
+    public:
+        using value_type = Link;
+        using difference_type = std::ptrdiff_t;
+        iterator() = default;
+        explicit iterator(const LinkBlock* block) : m_block(block) {}
+        const Link& operator*() const { return m_block->links()[m_index]; }
+        const Link* operator->() const { return &**this; }
+        iterator& operator++() {
+            if (++m_index == m_block->size) {
+                m_block = m_block->next;
+                m_index = 0;
+            }
+            return *this;
+        }
+        iterator operator++(int) {
+            iterator before = *this;
+            ++*this;
+            return before;
+        }
+        bool operator==(const iterator&) const = default;
+
+    private:
+        const LinkBlock* m_block = nullptr;
+        std::uint32_t m_index = 0;
+    };
+
+    LinkList() = default;
+    explicit LinkList(const LinkBlock* first) : m_first(first) {}
+    iterator begin() const { return iterator(m_first); }
+    iterator end() const { return {}; }
+
+private:
+    const LinkBlock* m_first = nullptr;
+};
+
+/// Operands joined left to right by operators of one level (1 + 2 - 3, a and b, x^2): the
+/// first operand, then a link per operator. A chain is not nesting: it is as long as it is
+/// written, and walking it is a loop.
+struct Chain {
+    const Expr* first;
+    LinkList links;
 };
 struct Percent {
     const Expr* operand;
@@ -77,7 +192,7 @@ struct PercentOf {
 /// One node. Nodes own nothing: they point into the arena of their tree.
 struct Expr {
     using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
-                              expr::Unary, expr::Binary, expr::Percent, expr::UnitApply, expr::Call,
+                              expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Call,
                               expr::Convert, expr::PercentOf>;
     Node node;
     /// The characters of the parsed text this node was read from, from its first token to its
@@ -101,8 +216,18 @@ public:
     template <typename T> const Expr* make(T node, SourceRange range) {
         return new (allocate(sizeof(Expr), alignof(Expr))) Expr{Expr::Node(std::move(node)), range};
     }
+    /// Takes back a node made last, when nothing was made after it; false otherwise.
+    bool giveBack(const Expr* node) {
+        const auto* start = reinterpret_cast<const std::byte*>(node);
+        if (start + sizeof(Expr) != m_block + m_used)
+            return false;
+        m_used -= sizeof(Expr);
+        return true;
+    }
     std::string_view keep(std::string_view text);
     ExprList keep(const std::vector<const Expr*>& items);
+    /// A new, empty block of links, to follow `previous` when there is one.
+    expr::LinkBlock* newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity);
 
 private:
     void* allocate(std::size_t size, std::size_t alignment) {
@@ -124,6 +249,7 @@ private:
     std::size_t m_capacity = sizeof m_first;
     BlockHeader* m_lastBlock = nullptr; // the blocks after the first, newest first
 };
-static_assert(std::is_trivially_destructible_v<Expr>, "an arena releases its nodes without destroying them");
+static_assert(std::is_trivially_destructible_v<Expr> && std::is_trivially_destructible_v<expr::Link>,
+              "an arena releases its nodes without destroying them");
 
 } // namespace lumo

@@ -117,16 +117,17 @@ private:
     int m_saved;
 };
 
-constexpr std::string_view comparisonOperators[] = {"==", "!=", "<", "<=", ">", ">="};
+constexpr expr::Operator comparisonOperators[] = {
+    expr::Operator::equal,       expr::Operator::notEqual, expr::Operator::less,
+    expr::Operator::lessOrEqual, expr::Operator::greater,  expr::Operator::greaterOrEqual,
+};
 
-// The operator's spelling in the table above, or an empty view: a tree points at its operator
-// rather than holding a copy, so the spelling must outlive every tree.
-std::string_view comparisonSpelling(std::string_view op) {
-    for (const std::string_view spelled : comparisonOperators) {
-        if (spelled == op)
-            return spelled;
+std::optional<expr::Operator> comparisonOperator(std::string_view op) {
+    for (const expr::Operator comparison : comparisonOperators) {
+        if (sameText(expr::spelling(comparison), op))
+            return comparison;
     }
-    return {};
+    return std::nullopt;
 }
 
 // A whole exponent small enough for a unit target ("m^2").
@@ -147,7 +148,7 @@ bool isConversionWord(std::string_view word) {
 }
 
 bool isComparisonOperator(std::string_view op) {
-    return !comparisonSpelling(op).empty();
+    return comparisonOperator(op).has_value();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -216,8 +217,60 @@ Statement Parser::parseStatementRule() {
     return statement;
 }
 
-const Expr* Parser::binary(std::string_view op, const Expr* left, const Expr* right, std::uint32_t first) {
-    return m_arena->make(expr::Binary{op, left, right}, rangeFrom(first));
+// A chain read one operator at a time. Room for a link is made before its operand is read, so
+// that an operand read as a lone number is the arena's newest node and can be folded into the
+// link.
+class Parser::ChainReader {
+public:
+    ChainReader(Parser& parser, const Expr* first, std::uint32_t begin)
+        : m_parser(parser), m_first(first), m_begin(begin) {}
+
+    /// Call after the operator, before its operand is read.
+    void expectOperand() {
+        if (!m_last || m_last->size == m_last->capacity) {
+            m_capacity = m_last ? std::min<std::uint32_t>(m_capacity * 4, largestLinkBlock) : 1;
+            m_last = m_parser.m_arena->newLinkBlock(m_last, m_capacity);
+            if (!m_firstBlock)
+                m_firstBlock = m_last;
+        }
+    }
+    void add(expr::Operator op, const Expr* operand) {
+        Link* link = m_last->links() + m_last->size++;
+        ExprArena& arena = *m_parser.m_arena;
+        const auto* number = operand->as<expr::Number>();
+        const auto* name = operand->as<expr::Identifier>();
+        if (number && arena.giveBack(operand))
+            new (link) Link(op, number->value, operand->range);
+        else if (name && name->name.size() <= Link::longestName && arena.giveBack(operand))
+            new (link) Link(op, name->name, operand->range);
+        else
+            new (link) Link(op, operand, operand->range);
+    }
+    /// The chain, or the first operand alone when no operator followed it.
+    const Expr* finish() const {
+        if (!m_firstBlock)
+            return m_first;
+        return m_parser.m_arena->make(expr::Chain{m_first, expr::LinkList(m_firstBlock)},
+                                      m_parser.rangeFrom(m_begin));
+    }
+
+private:
+    using Link = expr::Link;
+    static constexpr std::uint32_t largestLinkBlock = 1024;
+
+    Parser& m_parser;
+    const Expr* m_first;
+    std::uint32_t m_begin;
+    expr::LinkBlock* m_firstBlock = nullptr;
+    expr::LinkBlock* m_last = nullptr;
+    std::uint32_t m_capacity = 0;
+};
+
+const Expr* Parser::binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first) {
+    ChainReader chain(*this, left, first);
+    chain.expectOperand();
+    chain.add(op, right);
+    return chain.finish();
 }
 
 const Expr* Parser::parseConversion() {
@@ -246,22 +299,24 @@ const Expr* Parser::parseConversion() {
 
 const Expr* Parser::parseOr() {
     const std::uint32_t first = here();
-    const Expr* left = parseAnd();
+    ChainReader chain(*this, parseAnd(), first);
     while (isWord(current(), keywords::orWord)) {
         advance();
-        left = binary("or", left, parseAnd(), first);
+        chain.expectOperand();
+        chain.add(expr::Operator::orWord, parseAnd());
     }
-    return left;
+    return chain.finish();
 }
 
 const Expr* Parser::parseAnd() {
     const std::uint32_t first = here();
-    const Expr* left = parseNot();
+    ChainReader chain(*this, parseNot(), first);
     while (isWord(current(), keywords::andWord)) {
         advance();
-        left = binary("and", left, parseNot(), first);
+        chain.expectOperand();
+        chain.add(expr::Operator::andWord, parseNot());
     }
-    return left;
+    return chain.finish();
 }
 
 const Expr* Parser::parseNot() {
@@ -276,42 +331,45 @@ const Expr* Parser::parseNot() {
 
 const Expr* Parser::parseComparison() {
     const std::uint32_t first = here();
-    const Expr* left = parseAdditive();
-    while (current().kind == Kind::op && isComparisonOperator(current().text)) {
-        const std::string_view op = comparisonSpelling(current().text);
+    ChainReader chain(*this, parseAdditive(), first);
+    while (current().kind == Kind::op) {
+        const auto op = comparisonOperator(current().text);
+        if (!op)
+            break;
         advance();
-        left = binary(op, left, parseAdditive(), first);
+        chain.expectOperand();
+        chain.add(*op, parseAdditive());
     }
-    return left;
+    return chain.finish();
 }
 
 const Expr* Parser::parseAdditive() {
     const std::uint32_t first = here();
-    const Expr* left = parseMultiplicative();
+    ChainReader chain(*this, parseMultiplicative(), first);
     while (isOp(current(), "+") || isOp(current(), "-")) {
-        const std::string_view op = isOp(current(), "+") ? "+" : "-";
+        const auto op = isOp(current(), "+") ? expr::Operator::plus : expr::Operator::minus;
         advance();
-        left = binary(op, left, parseMultiplicative(), first);
+        chain.expectOperand();
+        chain.add(op, parseMultiplicative());
     }
-    return left;
+    return chain.finish();
 }
 
 const Expr* Parser::parseMultiplicative() {
     const std::uint32_t first = here();
-    const Expr* left = parseUnary();
+    ChainReader chain(*this, parseUnary(), first);
     for (;;) {
         const Token& token = current();
-        std::string_view op;
+        expr::Operator op = expr::Operator::times;
         if (isOp(token, "*") || isOp(token, "/")) {
-            op = isOp(token, "*") ? "*" : "/";
+            op = isOp(token, "*") ? expr::Operator::times : expr::Operator::divide;
             advance();
-        } else if (token.kind == Kind::number || token.kind == Kind::lparen ||
-                   (token.kind == Kind::identifier && peek().kind == Kind::lparen)) {
-            op = "*"; // implicit product; the operand's token is not consumed here
-        } else {
-            return left;
-        }
-        left = binary(op, left, parseUnary(), first);
+        } else if (!(token.kind == Kind::number || token.kind == Kind::lparen ||
+                     (token.kind == Kind::identifier && peek().kind == Kind::lparen))) {
+            return chain.finish();
+        } // otherwise an implicit product; the operand's token is not consumed here
+        chain.expectOperand();
+        chain.add(op, parseUnary());
     }
 }
 
@@ -338,7 +396,7 @@ const Expr* Parser::parsePower() {
         return base;
     advance();
     NestingScope nesting(m_depth);
-    return binary("^", base, parseUnary(), first);
+    return binary(expr::Operator::power, base, parseUnary(), first);
 }
 
 const Expr* Parser::parsePostfix() {
@@ -357,8 +415,8 @@ const Expr* Parser::parsePostfix() {
                 advance();
                 NestingScope nesting(m_depth);
                 const Expr* name = m_arena->make(expr::Identifier{unit}, unitRange);
-                const Expr* power = binary("^", name, parseUnary(), unitRange.begin);
-                e = binary("*", e, power, first);
+                const Expr* power = binary(expr::Operator::power, name, parseUnary(), unitRange.begin);
+                e = binary(expr::Operator::times, e, power, first);
             } else {
                 e = m_arena->make(expr::UnitApply{e, unit}, rangeFrom(first));
             }

@@ -83,7 +83,9 @@ private:
     const Expr* parseCall(std::string_view name, std::uint32_t first);
     const Expr* parseList();
 
-    const Expr* binary(std::string_view op, const Expr* left, const Expr* right, std::uint32_t first);
+    class ChainReader;
+    /// A chain of one operator.
+    const Expr* binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first);
     ExprPtr root(const Expr* node) const;
 
     /// Rethrows a failure of the rules, unless the rest of the line holds an unreadable

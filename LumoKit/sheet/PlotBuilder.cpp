@@ -246,18 +246,8 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context, const Evaluati
 
 // ---- Surfaces -----------------------------------------------------------------------------
 
-bool refersToName(const Expr& start, std::string_view name) {
+bool refersToName(const Expr& expression, std::string_view name) {
     const auto refers = [name](const Expr* child) { return child && refersToName(*child, name); };
-    // A chain of operators leans left as deep as it is long, so it is followed in a loop.
-    const Expr* link = &start;
-    while (const auto* binary = link->as<expr::Binary>()) {
-        if (refers(binary->right))
-            return true;
-        if (!binary->left)
-            return false;
-        link = binary->left;
-    }
-    const Expr& expression = *link;
     return std::visit(
         overloaded{
             [&](const expr::Identifier& node) { return node.name == name; },
@@ -267,7 +257,12 @@ bool refersToName(const Expr& start, std::string_view name) {
             [&](const expr::Call& node) { return std::any_of(node.args.begin(), node.args.end(), refers); },
             [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },
             [&](const expr::Unary& node) { return refers(node.operand); },
-            [&](const expr::Binary& node) { return refers(node.left) || refers(node.right); },
+            [&](const expr::Chain& node) {
+                return refers(node.first) ||
+                       std::any_of(node.links.begin(), node.links.end(), [&](const expr::Link& link) {
+                           return link.name() == name || refers(link.node());
+                       });
+            },
             [&](const expr::Percent& node) { return refers(node.operand); },
             [&](const expr::Convert& node) { return refers(node.operand); },
             [&](const expr::PercentOf& node) { return refers(node.percentage) || refers(node.base); },

@@ -102,7 +102,7 @@ public:
                 [this](const expr::Identifier& node) { return identifier(std::string(node.name)); },
                 [this](const expr::Ref& node) { return ref(node.line); },
                 [this](const expr::Unary& node) { return unary(node); },
-                [this](const expr::Binary& node) { return binary(node); },
+                [this](const expr::Chain& node) { return chain(node); },
                 [this](const expr::Percent& node) { return percent(node); },
                 [this](const expr::UnitApply& node) { return unitApply(node); },
                 [this](const expr::Call& node) { return call(node); },
@@ -117,10 +117,19 @@ private:
 
     // A built-in answers first; any other name is asked of the context (user functions).
     Value call(const expr::Call& node) const {
+        // Arguments are counted and weighed like a list's items: a call of millions of them
+        // is refused before their values take more memory than the line's text ever could.
+        if (node.args.size() > maxListItems)
+            throw CalcError(MessageKind::listTooBig);
         std::vector<Value> args;
         args.reserve(node.args.size());
-        for (const auto& arg : node.args)
+        std::size_t weight = 1;
+        for (const auto& arg : node.args) {
             args.push_back(walk(*arg));
+            weight += valueWeight(args.back());
+            if (weight > maxValueWeight())
+                throw CalcError(MessageKind::listTooBig);
+        }
         const std::string name(node.name);
         if (auto answer = callBuiltin(name, args, m_evaluator.options()))
             return std::move(*answer);
@@ -130,6 +139,8 @@ private:
     }
 
     Value list(const expr::List& node) const {
+        if (node.items.size() > maxListItems)
+            throw CalcError(MessageKind::listTooBig);
         std::vector<Value> items;
         items.reserve(node.items.size());
         std::size_t weight = 1;
@@ -171,60 +182,50 @@ private:
         return operand;
     }
 
-    // A chain of operators (1+2+3…) is a tree leaning left as deep as the chain is long, so
-    // it is walked in a loop: down to its first operand, then up applying each operator.
-    Value binary(const expr::Binary& node) const {
-        // Most chains are short enough for the stack; longer ones spill into the heap.
-        constexpr std::size_t inlineLinks = 16;
-        std::array<const expr::Binary*, inlineLinks> shortChain;
-        std::vector<const expr::Binary*> longChain;
-        std::size_t length = 0;
-        const Expr* first = nullptr;
-        for (const expr::Binary* link = &node; link; link = first->as<expr::Binary>()) {
-            if (length < inlineLinks) {
-                shortChain[length] = link;
-            } else {
-                if (longChain.empty())
-                    longChain.assign(shortChain.begin(), shortChain.end());
-                longChain.push_back(link);
-            }
-            ++length;
-            first = link->left;
-        }
-        Value value = walk(*first);
-        for (std::size_t i = length; i-- > 0;)
-            value = applyBinary(i < inlineLinks && longChain.empty() ? *shortChain[i] : *longChain[i],
-                                std::move(value));
+    // A chain (1+2+3…) is applied left to right in a loop, however long it is.
+    Value chain(const expr::Chain& node) const {
+        Value value = walk(*node.first);
+        for (const expr::Link& link : node.links)
+            value = applyLink(link, std::move(value));
         return value;
     }
 
-    Value applyBinary(const expr::Binary& node, Value left) const {
-        // Compared as a view, so that operators of different lengths differ at once.
-        const std::string_view op = node.op;
-        if (op == "and" || op == "or") {
-            // Short-circuit: the right side is not even looked at once the left decides.
-            if (truthiness(left) == (op == "or"))
-                return left;
-            return walk(*node.right);
-        }
-        const Value right = walk(*node.right);
-        switch (op.size() == 1 ? op.front() : '\0') {
-        case '+':
-            return add(left, right);
-        case '-':
-            return subtract(left, right);
-        case '*':
-            return multiply(left, right);
-        case '/':
-            return divide(left, right);
-        case '^':
-            return power(left, right);
-        default:
+    Value operandOf(const expr::Link& link) const {
+        switch (link.holds()) {
+        case expr::Link::Holds::number:
+            return Value::plain(link.number());
+        case expr::Link::Holds::name:
+            return identifier(std::string(link.name()));
+        case expr::Link::Holds::node:
             break;
         }
-        if (isComparisonOperator(op))
-            return compareValues(node.op, left, right);
-        throw CalcError(MessageKind::operatorNotUsable, {std::string(node.op)});
+        return walk(*link.node());
+    }
+
+    Value applyLink(const expr::Link& link, Value left) const {
+        using Op = expr::Operator;
+        const Op op = link.op();
+        if (op == Op::andWord || op == Op::orWord) {
+            // Short-circuit: the right side is not even looked at once the left decides.
+            if (truthiness(left) == (op == Op::orWord))
+                return left;
+            return operandOf(link);
+        }
+        const Value right = operandOf(link);
+        switch (op) {
+        case Op::plus:
+            return add(left, right);
+        case Op::minus:
+            return subtract(left, right);
+        case Op::times:
+            return multiply(left, right);
+        case Op::divide:
+            return divide(left, right);
+        case Op::power:
+            return power(left, right);
+        default:
+            return compareValues(expr::spelling(op), left, right);
+        }
     }
 
     Value percent(const expr::Percent& node) const {

@@ -22,16 +22,17 @@ std::string printAll(ExprList items) {
     return out;
 }
 
+std::string printNumber(double value) {
+    char buffer[400];
+    auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    return std::string(buffer, result.ptr);
+}
+
 // A compact prefix form: (op a b), (unit x m), (to x km/h), (of p b), (idx a i), [a b], 'text'.
 std::string print(const Expr* e) {
     return std::visit(
         overloaded{
-            [](const expr::Number& n) {
-                char buffer[400];
-                auto result =
-                    std::to_chars(buffer, buffer + sizeof buffer, n.value, std::chars_format::fixed);
-                return std::string(buffer, result.ptr);
-            },
+            [](const expr::Number& n) { return printNumber(n.value); },
             [](const expr::Text& t) { return "'" + std::string(t.value) + "'"; },
             [](const expr::List& l) {
                 std::string items = printAll(l.items);
@@ -41,8 +42,18 @@ std::string print(const Expr* e) {
             [](const expr::Identifier& i) { return std::string(i.name); },
             [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
             [](const expr::Unary& u) { return "(" + std::string(u.op) + " " + print(u.operand) + ")"; },
-            [](const expr::Binary& b) {
-                return "(" + std::string(b.op) + " " + print(b.left) + " " + print(b.right) + ")";
+            [](const expr::Chain& c) {
+                // Printed as the left-leaning tree it stands for: (+ (+ a b) c).
+                std::string printed = print(c.first);
+                for (const expr::Link& link : c.links) {
+                    const std::string operand = link.holds() == expr::Link::Holds::node ? print(link.node())
+                                                : link.holds() == expr::Link::Holds::number
+                                                    ? printNumber(link.number())
+                                                    : std::string(link.name());
+                    printed =
+                        "(" + std::string(expr::spelling(link.op())) + " " + printed + " " + operand + ")";
+                }
+                return printed;
             },
             [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
             [](const expr::UnitApply& u) {
@@ -218,9 +229,14 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
                                walk(*i.position);
                            },
                            [&](const expr::Unary& u) { walk(*u.operand); },
-                           [&](const expr::Binary& b) {
-                               walk(*b.left);
-                               walk(*b.right);
+                           [&](const expr::Chain& c) {
+                               walk(*c.first);
+                               for (const expr::Link& link : c.links) {
+                                   if (link.node())
+                                       walk(*link.node());
+                                   else
+                                       texts.emplace_back(source.slice(link.range()));
+                               }
                            },
                            [&](const expr::Percent& p) { walk(*p.operand); },
                            [&](const expr::UnitApply& u) { walk(*u.operand); },

@@ -161,8 +161,13 @@ TEST(Evaluator, FlatChainsOfAnyLength) {
                    {chain("1 mm", " + ", 5000) + " in m", "5 m"},
                    {chain("a", " and ", 5000), "1"},
                    {"0" + chain("", " or a == 1", 5000), "1"},
-                   {"1" + chain("", " * 1", 50000) + " + (" + chain("1", "+", 3000) + ")", "3001"}},
+                   {"1" + chain("", " * 1", 50000) + " + (" + chain("1", "+", 3000) + ")", "3001"},
+                   {"a" + chain("", " + a - 1", 30000), "1"},
+                   {"sum([" + chain("1", ",", 100000) + "])", "100000"}},
                   &context);
+    // A written list or a call holds at most as many items as any list may.
+    expectErrors({{"[" + chain("1", ",", 100001) + "]", "The list is too big"},
+                  {"max(" + chain("1", ",", 100001) + ")", "The list is too big"}});
 }
 
 TEST(Evaluator, ConversionFailureMessages) {
