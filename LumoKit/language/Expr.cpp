@@ -44,26 +44,29 @@ std::string_view ExprArena::keep(std::string_view text) {
     return {copy, text.size()};
 }
 
+KeptText ExprArena::keepCounted(std::string_view text) {
+    auto* counted =
+        static_cast<std::uint32_t*>(allocate(sizeof(std::uint32_t) + text.size(), alignof(std::uint32_t)));
+    *counted = static_cast<std::uint32_t>(text.size());
+    std::copy(text.begin(), text.end(), reinterpret_cast<char*>(counted + 1));
+    return KeptText(counted);
+}
+
 ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
     if (items.empty())
         return {};
-    auto* copy =
-        static_cast<const Expr**>(allocate(items.size() * sizeof(const Expr*), alignof(const Expr*)));
-    std::copy(items.begin(), items.end(), copy);
-    return {copy, items.size()};
-}
-
-expr::LinkBlock* ExprArena::newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity) {
-    static_assert(sizeof(expr::LinkBlock) % alignof(expr::Link) == 0);
-    void* memory =
-        allocate(sizeof(expr::LinkBlock) + capacity * sizeof(expr::Link), alignof(expr::LinkBlock));
-    auto* block = new (memory) expr::LinkBlock{nullptr, 0, capacity};
-    if (previous)
-        previous->next = block;
-    return block;
+    auto* counted = static_cast<std::size_t*>(
+        allocate(sizeof(std::size_t) + items.size() * sizeof(const Expr*), alignof(std::size_t)));
+    *counted = items.size();
+    std::copy(items.begin(), items.end(), reinterpret_cast<const Expr**>(counted + 1));
+    return ExprList(counted);
 }
 
 namespace expr {
+
+std::string_view spelling(UnaryOperator op) {
+    return op == UnaryOperator::notWord ? "not" : "-";
+}
 
 std::string_view spelling(Operator op) {
     switch (op) {

@@ -21,8 +21,45 @@ struct Expr;
 /// that the root keeps alive: a line's tree is usually a single allocation, a long line's
 /// nodes lie packed together, and trees are cheap to copy and safe to cache.
 using ExprPtr = std::shared_ptr<const Expr>;
-/// The children of a list or a call, in the tree's arena.
-using ExprList = std::span<const Expr* const>;
+/// The children of a list or a call, in the tree's arena: one pointer to their count and the
+/// children after it, so that a node holding a list stays small.
+class ExprList {
+public:
+    ExprList() = default;
+    /// `counted` points at the count, which the children follow.
+    explicit ExprList(const std::size_t* counted) : m_counted(counted) {}
+
+    std::size_t size() const { return m_counted ? *m_counted : 0; }
+    bool empty() const { return size() == 0; }
+    const Expr* const* begin() const {
+        return m_counted ? reinterpret_cast<const Expr* const*>(m_counted + 1) : nullptr;
+    }
+    const Expr* const* end() const { return begin() + size(); }
+    const Expr* operator[](std::size_t i) const { return begin()[i]; }
+    const Expr* front() const { return *begin(); }
+    operator std::span<const Expr* const>() const { return {begin(), size()}; }
+
+private:
+    const std::size_t* m_counted = nullptr;
+};
+
+/// A name or unit text in the tree's arena: one pointer to its length and the bytes after it.
+class KeptText {
+public:
+    KeptText() = default;
+    /// `counted` points at the length, which the bytes follow.
+    explicit KeptText(const std::uint32_t* counted) : m_counted(counted) {}
+
+    std::string_view view() const {
+        return m_counted ? std::string_view(reinterpret_cast<const char*>(m_counted + 1), *m_counted)
+                         : std::string_view();
+    }
+    operator std::string_view() const { return view(); }
+    bool operator==(std::string_view other) const { return view() == other; }
+
+private:
+    const std::uint32_t* m_counted = nullptr;
+};
 
 namespace expr {
 struct Number {
@@ -44,8 +81,11 @@ struct Identifier {
 struct Ref {
     std::int64_t line;
 };
+enum class UnaryOperator : std::uint8_t { minus, notWord };
+/// How the operator is written: "-" or "not".
+std::string_view spelling(UnaryOperator op);
 struct Unary {
-    std::string_view op; // "-" or "not"
+    UnaryOperator op;
     const Expr* operand;
 };
 /// The operators that join the operands of a chain.
@@ -173,15 +213,15 @@ struct Percent {
 };
 struct UnitApply {
     const Expr* operand;
-    std::string_view unit;
+    KeptText unit;
 };
 struct Call {
-    std::string_view name;
+    KeptText name;
     ExprList args;
 };
 struct Convert {
     const Expr* operand;
-    std::string_view target;
+    KeptText target;
 };
 struct PercentOf {
     const Expr* percentage;
@@ -225,9 +265,19 @@ public:
         return true;
     }
     std::string_view keep(std::string_view text);
+    /// The text with its length, for nodes that hold one pointer to it.
+    KeptText keepCounted(std::string_view text);
     ExprList keep(const std::vector<const Expr*>& items);
     /// A new, empty block of links, to follow `previous` when there is one.
-    expr::LinkBlock* newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity);
+    expr::LinkBlock* newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity) {
+        static_assert(sizeof(expr::LinkBlock) % alignof(expr::Link) == 0);
+        void* memory =
+            allocate(sizeof(expr::LinkBlock) + capacity * sizeof(expr::Link), alignof(expr::LinkBlock));
+        auto* block = new (memory) expr::LinkBlock{nullptr, 0, capacity};
+        if (previous)
+            previous->next = block;
+        return block;
+    }
 
 private:
     void* allocate(std::size_t size, std::size_t alignment) {
@@ -249,6 +299,7 @@ private:
     std::size_t m_capacity = sizeof m_first;
     BlockHeader* m_lastBlock = nullptr; // the blocks after the first, newest first
 };
+static_assert(sizeof(Expr) == 32, "nodes are packed: every line's tree is made of them");
 static_assert(std::is_trivially_destructible_v<Expr> && std::is_trivially_destructible_v<expr::Link>,
               "an arena releases its nodes without destroying them");
 

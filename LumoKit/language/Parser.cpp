@@ -285,7 +285,7 @@ const Expr* Parser::parseConversion() {
             advance();
             chain.lengthen();
             const std::string target = parseUnitTarget();
-            left = m_arena->make(expr::Convert{left, m_arena->keep(target)}, rangeFrom(first));
+            left = m_arena->make(expr::Convert{left, m_arena->keepCounted(target)}, rangeFrom(first));
         } else if (isPercentOfWord(token)) {
             advance();
             chain.lengthen();
@@ -297,26 +297,38 @@ const Expr* Parser::parseConversion() {
     }
 }
 
-const Expr* Parser::parseOr() {
+template <typename Operand, typename OperatorHere>
+const Expr* Parser::readChain(Operand operand, OperatorHere operatorHere) {
     const std::uint32_t first = here();
-    ChainReader chain(*this, parseAnd(), first);
-    while (isWord(current(), keywords::orWord)) {
-        advance();
+    const Expr* left = (this->*operand)();
+    std::optional<expr::Operator> op = operatorHere();
+    if (!op)
+        return left; // most operands stand alone, and cost no chain
+    ChainReader chain(*this, left, first);
+    do {
         chain.expectOperand();
-        chain.add(expr::Operator::orWord, parseAnd());
-    }
+        chain.add(*op, (this->*operand)());
+    } while ((op = operatorHere()));
     return chain.finish();
 }
 
-const Expr* Parser::parseAnd() {
-    const std::uint32_t first = here();
-    ChainReader chain(*this, parseNot(), first);
-    while (isWord(current(), keywords::andWord)) {
+// Each level names the operator at the current token, consuming it, or none.
+const Expr* Parser::parseOr() {
+    return readChain(&Parser::parseAnd, [this]() -> std::optional<expr::Operator> {
+        if (!isWord(current(), keywords::orWord))
+            return std::nullopt;
         advance();
-        chain.expectOperand();
-        chain.add(expr::Operator::andWord, parseNot());
-    }
-    return chain.finish();
+        return expr::Operator::orWord;
+    });
+}
+
+const Expr* Parser::parseAnd() {
+    return readChain(&Parser::parseNot, [this]() -> std::optional<expr::Operator> {
+        if (!isWord(current(), keywords::andWord))
+            return std::nullopt;
+        advance();
+        return expr::Operator::andWord;
+    });
 }
 
 const Expr* Parser::parseNot() {
@@ -326,51 +338,48 @@ const Expr* Parser::parseNot() {
     advance();
     NestingScope nesting(m_depth);
     const Expr* operand = parseNot();
-    return m_arena->make(expr::Unary{"not", operand}, rangeFrom(first));
+    return m_arena->make(expr::Unary{expr::UnaryOperator::notWord, operand}, rangeFrom(first));
 }
 
 const Expr* Parser::parseComparison() {
-    const std::uint32_t first = here();
-    ChainReader chain(*this, parseAdditive(), first);
-    while (current().kind == Kind::op) {
+    return readChain(&Parser::parseAdditive, [this]() -> std::optional<expr::Operator> {
+        if (current().kind != Kind::op)
+            return std::nullopt;
         const auto op = comparisonOperator(current().text);
-        if (!op)
-            break;
-        advance();
-        chain.expectOperand();
-        chain.add(*op, parseAdditive());
-    }
-    return chain.finish();
+        if (op)
+            advance();
+        return op;
+    });
 }
 
 const Expr* Parser::parseAdditive() {
-    const std::uint32_t first = here();
-    ChainReader chain(*this, parseMultiplicative(), first);
-    while (isOp(current(), "+") || isOp(current(), "-")) {
-        const auto op = isOp(current(), "+") ? expr::Operator::plus : expr::Operator::minus;
-        advance();
-        chain.expectOperand();
-        chain.add(op, parseMultiplicative());
-    }
-    return chain.finish();
+    return readChain(&Parser::parseMultiplicative, [this]() -> std::optional<expr::Operator> {
+        if (isOp(current(), "+")) {
+            advance();
+            return expr::Operator::plus;
+        }
+        if (isOp(current(), "-")) {
+            advance();
+            return expr::Operator::minus;
+        }
+        return std::nullopt;
+    });
 }
 
 const Expr* Parser::parseMultiplicative() {
-    const std::uint32_t first = here();
-    ChainReader chain(*this, parseUnary(), first);
-    for (;;) {
+    return readChain(&Parser::parseUnary, [this]() -> std::optional<expr::Operator> {
         const Token& token = current();
-        expr::Operator op = expr::Operator::times;
         if (isOp(token, "*") || isOp(token, "/")) {
-            op = isOp(token, "*") ? expr::Operator::times : expr::Operator::divide;
+            const auto op = isOp(token, "*") ? expr::Operator::times : expr::Operator::divide;
             advance();
-        } else if (!(token.kind == Kind::number || token.kind == Kind::lparen ||
-                     (token.kind == Kind::identifier && peek().kind == Kind::lparen))) {
-            return chain.finish();
-        } // otherwise an implicit product; the operand's token is not consumed here
-        chain.expectOperand();
-        chain.add(op, parseUnary());
-    }
+            return op;
+        }
+        // An implicit product: the operand's token is not consumed here.
+        if (token.kind == Kind::number || token.kind == Kind::lparen ||
+            (token.kind == Kind::identifier && peek().kind == Kind::lparen))
+            return expr::Operator::times;
+        return std::nullopt;
+    });
 }
 
 const Expr* Parser::parseUnary() {
@@ -379,7 +388,7 @@ const Expr* Parser::parseUnary() {
         advance();
         NestingScope nesting(m_depth);
         const Expr* operand = parseUnary();
-        return m_arena->make(expr::Unary{"-", operand}, rangeFrom(first));
+        return m_arena->make(expr::Unary{expr::UnaryOperator::minus, operand}, rangeFrom(first));
     }
     if (isOp(current(), "+")) {
         advance();
@@ -407,14 +416,14 @@ const Expr* Parser::parsePostfix() {
         const Token& token = current();
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
-            const std::string_view unit = m_arena->keep(token.text);
+            const KeptText unit = m_arena->keepCounted(token.text);
             const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
             if (isOp(current(), "^")) {
                 advance();
                 NestingScope nesting(m_depth);
-                const Expr* name = m_arena->make(expr::Identifier{unit}, unitRange);
+                const Expr* name = m_arena->make(expr::Identifier{unit.view()}, unitRange);
                 const Expr* power = binary(expr::Operator::power, name, parseUnary(), unitRange.begin);
                 e = binary(expr::Operator::times, e, power, first);
             } else {
@@ -460,7 +469,7 @@ const Expr* Parser::parsePrimary() {
         return m_arena->make(expr::Ref{line}, range);
     }
     case Kind::identifier: {
-        const std::string_view name = m_arena->keep(token.text);
+        const KeptText name = m_arena->keepCounted(token.text);
         advance();
         if (current().kind == Kind::lparen)
             return parseCall(name, first);
@@ -470,7 +479,7 @@ const Expr* Parser::parsePrimary() {
             const Expr* operand = parsePostfix();
             return m_arena->make(expr::UnitApply{operand, name}, rangeFrom(first));
         }
-        return m_arena->make(expr::Identifier{name}, range);
+        return m_arena->make(expr::Identifier{name.view()}, range);
     }
     case Kind::lparen: {
         advance();
@@ -497,7 +506,7 @@ const Expr* Parser::parsePrimary() {
     failMisplacedOperator(token.text);
 }
 
-const Expr* Parser::parseCall(std::string_view name, std::uint32_t first) {
+const Expr* Parser::parseCall(KeptText name, std::uint32_t first) {
     advance(); // "("
     NestingScope nesting(m_depth);
     std::vector<const Expr*> args;

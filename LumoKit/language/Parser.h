@@ -80,10 +80,13 @@ private:
     const Expr* parsePostfix();
     const Expr* parsePrimary();
     std::string parseUnitTarget();
-    const Expr* parseCall(std::string_view name, std::uint32_t first);
+    const Expr* parseCall(KeptText name, std::uint32_t first);
     const Expr* parseList();
 
     class ChainReader;
+    /// Reads operands joined by the operators that `operatorHere` finds, left to right.
+    template <typename Operand, typename OperatorHere>
+    const Expr* readChain(Operand operand, OperatorHere operatorHere);
     /// A chain of one operator.
     const Expr* binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first);
     ExprPtr root(const Expr* node) const;

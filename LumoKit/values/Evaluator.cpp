@@ -171,10 +171,8 @@ private:
 
     Value unary(const expr::Unary& node) const {
         Value operand = walk(*node.operand);
-        if (node.op == "not")
+        if (node.op == expr::UnaryOperator::notWord)
             return boolValue(!truthiness(operand));
-        if (node.op != "-")
-            return operand;
         if (!operand.isNumber()) {
             throw CalcError(MessageKind::cannotNegate, {kindName(operand)});
         }
