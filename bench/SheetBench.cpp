@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <cstring>
 #include <malloc.h>
 #include <new>
 #include <string>
@@ -140,15 +141,30 @@ BENCHMARK(uniqueSheetAfterKeystroke)
     ->Args({10000, 99})
     ->Unit(benchmark::kMillisecond);
 
-// One long line: a flat chain of terms of the given size in bytes. Time and the heap's peak
-// are per input byte, and must stay flat from 100 kB to 10 MB.
+// One long line of the given size in bytes, made of one term repeated: a flat chain of numbers
+// (1+1+…), of names (a+a+…), of signed numbers (1+-1+…) or of units (1m+1m+…), or a written
+// list ([1,1,…], which is refused once it has 100,000 items but is read whole first). Time and
+// the heap's peak are per input byte, and must stay flat from 100 kB to 10 MB.
 void longLine(benchmark::State& state) {
     const auto bytes = static_cast<std::size_t>(state.range(0));
+    struct Shape {
+        const char* label;
+        const char* head;
+        const char* term;
+        const char* tail;
+    };
+    static constexpr Shape shapes[] = {
+        {"1+1+…", "1", "+1", ""},     {"a+a+…", "a = 1\na", "+a", ""}, {"1+-1+…", "1", "+-1", ""},
+        {"1m+1m+…", "1m", "+1m", ""}, {"[1,1,…]", "[1", ",1", "]"},
+    };
+    const Shape& shape = shapes[state.range(1)];
     std::string text;
-    text.reserve(bytes + 2);
-    text = "1";
-    while (text.size() + 2 <= bytes)
-        text += "+1";
+    text.reserve(bytes + 8);
+    text = shape.head;
+    const std::size_t term = std::strlen(shape.term);
+    while (text.size() + term + std::strlen(shape.tail) <= bytes)
+        text += shape.term;
+    text += shape.tail;
     std::size_t peakPerRun = 0;
     for (auto _ : state) {
         const std::size_t before = s_heapInUse.load();
@@ -157,11 +173,15 @@ void longLine(benchmark::State& state) {
         peakPerRun = s_heapPeak.load() - before;
         benchmark::DoNotOptimize(results.data());
     }
+    state.SetLabel(shape.label);
     state.counters["ns_per_byte"] =
         benchmark::Counter(static_cast<double>(text.size()) * 1e-9,
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
     state.counters["peak_B_per_byte"] = static_cast<double>(peakPerRun) / static_cast<double>(text.size());
 }
-BENCHMARK(longLine)->Arg(100000)->Arg(1000000)->Arg(10000000)->Unit(benchmark::kMillisecond);
+BENCHMARK(longLine)
+    ->ArgsProduct({{100000, 1000000, 10000000}, {0}})
+    ->ArgsProduct({{10000000}, {1, 2, 3, 4}})
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace

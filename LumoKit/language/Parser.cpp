@@ -388,6 +388,12 @@ const Expr* Parser::parseUnary() {
         advance();
         NestingScope nesting(m_depth);
         const Expr* operand = parseUnary();
+        // A negative number is a number, not a sign over one.
+        if (const auto* number = operand->as<expr::Number>()) {
+            const double value = number->value;
+            if (m_arena->giveBack(operand))
+                return m_arena->make(expr::Number{-value}, rangeFrom(first));
+        }
         return m_arena->make(expr::Unary{expr::UnaryOperator::minus, operand}, rangeFrom(first));
     }
     if (isOp(current(), "+")) {
