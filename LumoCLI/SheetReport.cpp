@@ -75,6 +75,15 @@ std::string dumpJson(const nlohmann::ordered_json& json) {
 // A number exactly as dumpJson writes it (the library's shortest round-trip form, "2.0" for
 // whole numbers), without building a JSON value for it.
 void appendJsonNumber(std::string& json, double number) {
+    // Most answers are whole numbers, which the library writes as their digits and ".0" below
+    // 10^15; they are written here without its shortest-digits search.
+    if (number != 0 && std::fabs(number) < 1e15 && number == std::trunc(number)) {
+        std::array<char, 24> digits;
+        json.append(digits.data(),
+                    std::to_chars(digits.begin(), digits.end(), static_cast<long long>(number)).ptr);
+        json += ".0";
+        return;
+    }
     std::array<char, 64> buffer;
     char* end = nlohmann::detail::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
     json.append(buffer.data(), std::size_t(end - buffer.data()));

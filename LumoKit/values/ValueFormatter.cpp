@@ -1,9 +1,11 @@
 #include "LumoKit/values/ValueFormatter.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <system_error>
+#include <utility>
 
 namespace lumo {
 
@@ -22,15 +24,6 @@ int significantScale(double number) {
 std::string toChars(double number, std::chars_format format, int precision) {
     char buffer[512];
     auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, number, format, precision);
-    if (error != std::errc())
-        return {};
-    return std::string(buffer, end);
-}
-
-// The shortest digits that read back as the same double.
-std::string toChars(double number, std::chars_format format) {
-    char buffer[512];
-    auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, number, format);
     if (error != std::errc())
         return {};
     return std::string(buffer, end);
@@ -74,45 +67,76 @@ std::string groupThousands(std::string_view integerDigits) {
     return out;
 }
 
-// Rounds a plain decimal string to at most `digits` fraction digits, halves away from zero.
-// Working on the shortest round-trip digits keeps binary noise (1234567.8910000001) out.
-std::string roundDecimalString(std::string text, int digits) {
-    const auto point = text.find('.');
-    if (point == std::string::npos || text.size() - point - 1 <= static_cast<std::size_t>(digits))
-        return text;
-    const std::size_t cut = point + 1 + static_cast<std::size_t>(digits);
-    const bool roundUp = text[cut] >= '5';
-    text.resize(cut);
-    if (!roundUp)
-        return text;
-    for (std::size_t i = text.size(); i-- > 0;) {
-        if (text[i] == '.')
-            continue;
-        if (text[i] == '-')
-            return text.insert(i + 1, "1");
-        if (text[i] != '9') {
-            ++text[i];
-            return text;
+// Rounds the shortest fixed digits in [first, last) to `digits` fraction digits, halves away
+// from zero, and drops trailing zeros after the point. A carry past the first digit writes a
+// new leading "1" just before `first`, which must have room for it. Returns the new range.
+std::pair<char*, char*> roundDigitsInPlace(char* first, char* last, int digits) {
+    const bool negative = *first == '-';
+    char* const point = std::find(first, last, '.');
+    if (point == last)
+        return {first, last};
+    if (last - point - 1 > digits) {
+        char* const cut = point + 1 + digits;
+        const bool roundUp = *cut >= '5';
+        last = cut;
+        if (roundUp) {
+            char* at = last;
+            bool carry = true;
+            while (carry && at-- != first + negative) {
+                if (*at == '.')
+                    continue;
+                if (*at != '9') {
+                    ++*at;
+                    carry = false;
+                } else {
+                    *at = '0';
+                }
+            }
+            if (carry) {
+                // 9.96 → 10.0: one more digit in front, the sign moving ahead of it.
+                --first;
+                first[0] = negative ? '-' : '1';
+                first[1] = negative ? '1' : first[1];
+            }
         }
-        text[i] = '0';
     }
-    return "1" + text;
+    char* const newPoint = std::find(first, last, '.');
+    if (newPoint != last) {
+        while (last[-1] == '0')
+            --last;
+        if (last[-1] == '.')
+            --last;
+    }
+    return {first, last};
 }
 
 std::string decimalForm(double number, int maxFractionDigits, Grouping grouping) {
-    std::string shortest = toChars(number, std::chars_format::fixed);
-    if (shortest.empty())
+    char buffer[512];
+    char* const start = buffer + 1; // room for a carry into a new first digit
+    const auto [end, error] = std::to_chars(start, buffer + sizeof buffer, number, std::chars_format::fixed);
+    if (error != std::errc())
         return std::to_string(number);
-    std::string text = trimFraction(roundDecimalString(std::move(shortest), maxFractionDigits));
+    const auto [first, last] = roundDigitsInPlace(start, end, maxFractionDigits);
+    const std::string_view text(first, static_cast<std::size_t>(last - first));
     if (text == "-0")
         return "0";
     if (grouping == Grouping::none)
-        return text;
+        return std::string(text);
     const bool negative = text.front() == '-';
     const std::size_t begin = negative ? 1 : 0;
     const std::size_t point = std::min(text.find('.'), text.size());
-    return (negative ? "-" : "") + groupThousands(std::string_view(text).substr(begin, point - begin)) +
-           text.substr(point);
+    const std::size_t integerDigits = point - begin;
+    std::string out;
+    out.reserve(text.size() + integerDigits / 3);
+    if (negative)
+        out += '-';
+    for (std::size_t i = 0; i < integerDigits; ++i) {
+        if (i != 0 && (integerDigits - i) % 3 == 0)
+            out += ',';
+        out += text[begin + i];
+    }
+    out.append(text.substr(point));
+    return out;
 }
 
 // Whole numbers below 10^13, most answers, are already at 13 significant digits and have no
@@ -182,7 +206,14 @@ double ValueFormatter::roundSignificant(double number) {
     const int k = significantScale(number);
     if (k < 1 || k > 299)
         return number;
-    const double scale = std::pow(10.0, k);
+    // The same powers std::pow gives, looked up: every fractional answer needs one.
+    static const std::array<double, 300> powersOfTen = [] {
+        std::array<double, 300> powers{};
+        for (std::size_t i = 0; i < powers.size(); ++i)
+            powers[i] = std::pow(10.0, static_cast<double>(i));
+        return powers;
+    }();
+    const double scale = powersOfTen[static_cast<std::size_t>(k)];
     return std::round(number * scale) / scale;
 }
 
