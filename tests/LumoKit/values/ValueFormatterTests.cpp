@@ -117,8 +117,21 @@ TEST(ValueFormatter, LongListsShowAHundredItems) {
 TEST(ValueFormatter, MaxFractionDigits) {
     EXPECT_EQ(ValueFormatter::maxFractionDigits(), 10);
     const std::tuple<int, double, const char*> cases[] = {
-        {2, 1.0 / 3, "0.33"}, {2, 2.0 / 3, "0.67"}, {2, -0.001, "0"}, {0, 12.75, "13"},
-        {0, 1e-9, "0"},       {3, 1.5, "1.5"},      {-5, 2.25, "2"},  {15, 1.0 / 3, "0.3333333333333"},
+        {2, 1.0 / 3, "0.33"},
+        {2, 2.0 / 3, "0.67"},
+        {2, -0.001, "0"},
+        {0, 12.75, "13"},
+        {0, 1e-9, "0"},
+        {3, 1.5, "1.5"},
+        {-5, 2.25, "2"},
+        {15, 1.0 / 3, "0.3333333333333"},
+        // A carry runs through the point and can add a digit in front, behind the sign.
+        {2, 9.996, "10"},
+        {2, -99.996, "-100"},
+        {1, 0.96, "1"},
+        {2, 19.995, "20"},
+        {0, -0.4, "0"},
+        {1, 1.2996, "1.3"},
     };
     for (const auto& [digits, number, expected] : cases) {
         // The process-wide default is kept in range and reaches runs through their options.
