@@ -423,6 +423,19 @@ private:
 
     // Digits with grouping commas and points, then at most one exponent.
     double scanPlainNumber() {
+        // Most numbers are a few digits standing alone: exact as a double, read at once.
+        std::size_t end = m_i;
+        std::int64_t whole = 0;
+        while (end - m_i < 15 && isAsciiDigit(at(end))) {
+            whole = whole * 10 + (at(end)[0] - '0');
+            ++end;
+        }
+        const std::string_view after = at(end);
+        if (end > m_i && !isAsciiDigit(after) && !isChar(after, '.') && !isChar(after, ',') &&
+            !isChar(after, 'e') && !isChar(after, 'E')) {
+            m_i = end;
+            return static_cast<double>(whole);
+        }
         m_literal.clear();
         for (;;) {
             std::string_view c = at(m_i);
