@@ -9,7 +9,7 @@ namespace lumo {
 namespace {
 
 ProgramNode invalidNode(std::int64_t index, MessageKind mistake, ProgramBody body = {}) {
-    return {Program::Invalid{index, mistake, std::move(body)}};
+    return {Program::Invalid{index, std::make_shared<const Message>(mistake), std::move(body)}};
 }
 
 // Compared character by character: the prefixes are a few bytes, asked of every row, and a
@@ -24,15 +24,16 @@ bool startsWith(std::string_view text, std::string_view prefix) {
     return true;
 }
 
-std::string trimmed(std::string_view text) {
-    return unicode::trim(text);
+// Rows are valid UTF-8, so their parts are trimmed in place: the tree views the sheet's text.
+std::string_view trimmed(std::string_view text) {
+    return unicode::trimView(text);
 }
 
 using Keyword = keywords::StatementWord;
 
 struct Header {
     Keyword keyword;
-    std::string argument;
+    std::string_view argument;
 };
 
 // The words that open a block with an argument after them; else stands alone.
@@ -49,13 +50,13 @@ bool keywordEndsAt(std::string_view rest, std::size_t length) {
 std::optional<Header> headerOf(const Program::Row& row) {
     if (row.kind != Program::Row::Kind::code || row.text.empty() || row.text.back() != ':')
         return std::nullopt;
-    const std::string rest = trimmed(row.text.substr(0, row.text.size() - 1));
+    const std::string_view rest = trimmed(row.text.substr(0, row.text.size() - 1));
     if (rest == keywords::spelling(Keyword::elseWord))
         return Header{Keyword::elseWord, {}};
     for (const Keyword keyword : headerWords) {
         const std::string_view word = keywords::spelling(keyword);
         if (startsWith(rest, word) && keywordEndsAt(rest, word.size()))
-            return Header{keyword, trimmed(std::string_view(rest).substr(word.size()))};
+            return Header{keyword, trimmed(rest.substr(word.size()))};
     }
     return std::nullopt;
 }
@@ -87,7 +88,7 @@ std::vector<std::string> splitParameters(std::string_view text) {
     std::size_t start = 0;
     while (true) {
         const std::size_t comma = text.find(',', start);
-        params.push_back(
+        params.emplace_back(
             trimmed(text.substr(start, comma == std::string_view::npos ? text.npos : comma - start)));
         if (comma == std::string_view::npos)
             return params;
@@ -220,7 +221,7 @@ private:
         return {std::move(chain)};
     }
 
-    ProgramNode parseFor(const Program::Row& headerRow, const std::string& argument) {
+    ProgramNode parseFor(const Program::Row& headerRow, std::string_view argument) {
         static const std::string separator = " " + std::string(keywords::inWord) + " ";
         const std::size_t in = argument.find(separator);
         if (in == std::string::npos) {
@@ -244,7 +245,7 @@ private:
         return {std::move(loop)};
     }
 
-    ProgramNode parseWhile(const Program::Row& headerRow, const std::string& argument) {
+    ProgramNode parseWhile(const Program::Row& headerRow, std::string_view argument) {
         Program::WhileLoop loop{headerRow.index, nullptr, {}};
         bool readable = true;
         try {
@@ -258,15 +259,14 @@ private:
         return {std::move(loop)};
     }
 
-    ProgramNode parseDefine(const Program::Row& headerRow, const std::string& argument) {
+    ProgramNode parseDefine(const Program::Row& headerRow, std::string_view argument) {
         ProgramBody body = parseBody(headerRow.indent);
         const std::size_t open = argument.find('(');
         if (open == std::string::npos || argument.empty() || argument.back() != ')')
             return invalidNode(headerRow.index, MessageKind::defShape, std::move(body));
-        Program::Define define{
-            headerRow.index, trimmed(argument.substr(0, open)),
-            splitParameters(std::string_view(argument).substr(open + 1, argument.size() - open - 2)),
-            nullptr};
+        Program::Define define{headerRow.index, trimmed(argument.substr(0, open)),
+                               splitParameters(argument.substr(open + 1, argument.size() - open - 2)),
+                               nullptr};
         bool namesValid = Program::isValidName(define.name);
         for (const auto& param : define.params)
             namesValid = namesValid && Program::isValidName(param);
@@ -303,7 +303,8 @@ private:
 void collectInto(FunctionTable& table, const ProgramBody& nodes, const std::optional<std::string>& home) {
     for (const auto& node : nodes) {
         if (const auto* define = node.as<Program::Define>())
-            table[define->name] = ProgramFunction{define->name, define->params, define->body, home};
+            table[std::string(define->name)] =
+                ProgramFunction{std::string(define->name), define->params, define->body, home};
     }
 }
 

@@ -63,7 +63,8 @@ struct Program {
     /// so that its lines are known, but it never runs.
     struct Invalid {
         std::int64_t index = 0;
-        Message message; // empty for the lines under a faulty header
+        // Shared, so that a node stays small: mistakes are rare and lines are many.
+        std::shared_ptr<const Message> message;
         ProgramBody body;
     };
     /// One branch of an if chain; an else has no condition.
@@ -77,7 +78,7 @@ struct Program {
     };
     struct ForLoop {
         std::int64_t index = 0;
-        std::string name;
+        std::string_view name;
         ExprPtr iterable;
         ProgramBody body;
     };
@@ -88,7 +89,7 @@ struct Program {
     };
     struct Define {
         std::int64_t index = 0;
-        std::string name;
+        std::string_view name;
         std::vector<std::string> params;
         ProgramBodyPtr body;
     };

@@ -164,49 +164,50 @@ std::optional<ProgramFlow> ProgramRunner::executeBlock(const ProgramBody& body, 
 
 std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, LineCounting counting) {
     markVisited(node);
-    return std::visit(overloaded{
-                          [&](const Program::Line& line) -> std::optional<ProgramFlow> {
-                              setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
-                              // A loop's pass can be slow however few passes it makes (a list that
-                              // doubles), so its lines read the clock; a line of the sheet itself
-                              // never does, so no plain line is cut however long the sheet.
-                              if (counting == LineCounting::uncounted) {
-                                  m_context.budget.checkClock();
-                              } else {
-                                  // Outside loops and defs a line runs once: its parse can go now,
-                                  // so a long sheet never holds the trees of all its lines.
-                                  line.cache.asWritten.reset();
-                                  line.cache.continued.reset();
-                              }
-                              return std::nullopt;
-                          },
-                          [&](const Program::Blank&) -> std::optional<ProgramFlow> {
-                              if (m_context.locals.empty())
-                                  m_context.endBlock();
-                              return std::nullopt;
-                          },
-                          [&](const Program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
-                          [&](const Program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
-                          [&](const Program::IfChain& chain) { return executeIf(chain, counting); },
-                          [&](const Program::ForLoop& loop) { return executeFor(loop); },
-                          [&](const Program::WhileLoop& loop) { return executeWhile(loop); },
-                          [&](const Program::Define& define) -> std::optional<ProgramFlow> {
-                              // Defs met inside another sheet's function stay with that sheet.
-                              if (currentOwner() == LineOwner::thisSheet)
-                                  m_context.functions.insert_or_assign(
-                                      define.name,
-                                      ProgramFunction{define.name, define.params, define.body, std::nullopt});
-                              return std::nullopt;
-                          },
-                          [&](const Program::Return& statement) { return executeReturn(statement); },
-                          [&](const Program::BreakLoop&) -> std::optional<ProgramFlow> {
-                              return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
-                          },
-                          [&](const Program::ContinueLoop&) -> std::optional<ProgramFlow> {
-                              return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
-                          },
-                      },
-                      node.node);
+    return std::visit(
+        overloaded{
+            [&](const Program::Line& line) -> std::optional<ProgramFlow> {
+                setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
+                // A loop's pass can be slow however few passes it makes (a list that
+                // doubles), so its lines read the clock; a line of the sheet itself
+                // never does, so no plain line is cut however long the sheet.
+                if (counting == LineCounting::uncounted) {
+                    m_context.budget.checkClock();
+                } else {
+                    // Outside loops and defs a line runs once: its parse can go now,
+                    // so a long sheet never holds the trees of all its lines.
+                    line.cache.asWritten.reset();
+                    line.cache.continued.reset();
+                }
+                return std::nullopt;
+            },
+            [&](const Program::Blank&) -> std::optional<ProgramFlow> {
+                if (m_context.locals.empty())
+                    m_context.endBlock();
+                return std::nullopt;
+            },
+            [&](const Program::Comment&) -> std::optional<ProgramFlow> { return std::nullopt; },
+            [&](const Program::Invalid&) -> std::optional<ProgramFlow> { return std::nullopt; },
+            [&](const Program::IfChain& chain) { return executeIf(chain, counting); },
+            [&](const Program::ForLoop& loop) { return executeFor(loop); },
+            [&](const Program::WhileLoop& loop) { return executeWhile(loop); },
+            [&](const Program::Define& define) -> std::optional<ProgramFlow> {
+                // Defs met inside another sheet's function stay with that sheet.
+                if (currentOwner() == LineOwner::thisSheet)
+                    m_context.functions.insert_or_assign(
+                        std::string(define.name),
+                        ProgramFunction{std::string(define.name), define.params, define.body, std::nullopt});
+                return std::nullopt;
+            },
+            [&](const Program::Return& statement) { return executeReturn(statement); },
+            [&](const Program::BreakLoop&) -> std::optional<ProgramFlow> {
+                return ProgramFlow{ProgramFlow::Kind::breakLoop, std::nullopt};
+            },
+            [&](const Program::ContinueLoop&) -> std::optional<ProgramFlow> {
+                return ProgramFlow{ProgramFlow::Kind::continueLoop, std::nullopt};
+            },
+        },
+        node.node);
 }
 
 std::optional<ProgramFlow> ProgramRunner::executeIf(const Program::IfChain& chain, LineCounting counting) {
@@ -258,7 +259,7 @@ std::optional<ProgramFlow> ProgramRunner::executeFor(const Program::ForLoop& loo
     setResult(loop.index, {});
     std::optional<ProgramFlow> flow;
     for (auto& item : items) {
-        m_context.assign(loop.name, std::move(item));
+        m_context.assign(std::string(loop.name), std::move(item));
         try {
             m_context.budget.takeStep();
         } catch (const CalcError& error) {
@@ -465,7 +466,7 @@ void ProgramRunner::showStructure(const ProgramBody& body) {
                                LineOutcome::makeComment();
                        },
                        [&](const Program::Invalid& invalid) {
-                           failLine(invalid.index, invalid.message);
+                           failLine(invalid.index, *invalid.message);
                            showStructure(invalid.body);
                        },
                        [&](const Program::IfChain& chain) {

@@ -22,7 +22,7 @@ std::string describe(const ProgramNode& node, Language language) {
             [&](const Program::Blank& blank) { return "_" + n(blank.index); },
             [&](const Program::Comment& comment) { return "#" + n(comment.index); },
             [&](const Program::Invalid& invalid) {
-                return "!" + n(invalid.index) + " " + invalid.message.text(language) + "(" +
+                return "!" + n(invalid.index) + " " + invalid.message->text(language) + "(" +
                        describe(invalid.body, language) + ")";
             },
             [&](const Program::IfChain& chain) {
@@ -35,7 +35,8 @@ std::string describe(const ProgramNode& node, Language language) {
                 return text;
             },
             [&](const Program::ForLoop& loop) {
-                return "for" + n(loop.index) + " " + loop.name + "(" + describe(loop.body, language) + ")";
+                return "for" + n(loop.index) + " " + std::string(loop.name) + "(" +
+                       describe(loop.body, language) + ")";
             },
             [&](const Program::WhileLoop& loop) {
                 return "while" + n(loop.index) + "(" + describe(loop.body, language) + ")";
@@ -44,7 +45,7 @@ std::string describe(const ProgramNode& node, Language language) {
                 std::string params;
                 for (const auto& param : define.params)
                     params += (params.empty() ? "" : ",") + param;
-                return "def" + n(define.index) + " " + define.name + "[" + params + "](" +
+                return "def" + n(define.index) + " " + std::string(define.name) + "[" + params + "](" +
                        describe(*define.body, language) + ")";
             },
             [&](const Program::Return& statement) {
