@@ -218,8 +218,8 @@ Statement Parser::parseStatementRule() {
 }
 
 // A chain read one operator at a time. Room for a link is made before its operand is read, so
-// that an operand read as a lone number is the arena's newest node and can be folded into the
-// link.
+// that an operand read as a lone number or name is the arena's newest node, which the link
+// takes in and gives back.
 class Parser::ChainReader {
 public:
     ChainReader(Parser& parser, const Expr* first, std::uint32_t begin)
