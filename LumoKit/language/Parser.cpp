@@ -155,7 +155,13 @@ bool isComparisonOperator(std::string_view op) {
 // Parser
 // ---------------------------------------------------------------------------------------------
 
-Parser::Parser(std::string_view text) : m_stream(text) {
+Parser::Parser(std::string_view text)
+    : m_ownedArena(std::make_shared<ExprArena>()), m_arena(m_ownedArena.get()), m_stream(text) {
+    m_stream.next(m_window[0]);
+    m_stream.next(m_window[1]);
+}
+
+Parser::Parser(std::string_view text, ExprArena& arena) : m_arena(&arena), m_stream(text) {
     m_stream.next(m_window[0]);
     m_stream.next(m_window[1]);
 }
@@ -198,8 +204,9 @@ ExprPtr Parser::parseWholeExpression() {
 }
 
 ExprPtr Parser::root(const Expr* node) const {
-    // The root shares the arena's ownership, so the tree lives as long as anyone holds it.
-    return ExprPtr(m_arena, node);
+    // The root shares the arena's ownership, so the tree lives as long as anyone holds it;
+    // in a lent arena it only points.
+    return m_ownedArena ? ExprPtr(m_ownedArena, node) : ExprPtr(ExprPtr(), node);
 }
 
 Statement Parser::parseStatementRule() {
@@ -572,6 +579,10 @@ std::string Parser::parseUnitTarget() {
 
 Statement parseStatement(std::string_view text) {
     return Parser(text).parseStatement();
+}
+
+Statement parseStatement(std::string_view text, ExprArena& arena) {
+    return Parser(text, arena).parseStatement();
 }
 
 } // namespace lumo

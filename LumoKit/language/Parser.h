@@ -51,6 +51,9 @@ bool isComparisonOperator(std::string_view op);
 class Parser {
 public:
     explicit Parser(std::string_view text);
+    /// A parser whose trees live in `arena`, which must outlive them: the roots it hands out
+    /// point into the arena without owning it.
+    Parser(std::string_view text, ExprArena& arena);
 
     /// The statement rule: optional name, expression, end of line.
     Statement parseStatement();
@@ -111,7 +114,8 @@ private:
     /// From `first` to the end of the last token consumed.
     SourceRange rangeFrom(std::uint32_t first) const { return {first, m_consumedEnd}; }
 
-    std::shared_ptr<ExprArena> m_arena = std::make_shared<ExprArena>();
+    std::shared_ptr<ExprArena> m_ownedArena; // absent when the arena is lent
+    ExprArena* m_arena;
     TokenStream m_stream;
     // The current token and the one after it, which swap places as the parser advances.
     Token m_window[2];
@@ -123,5 +127,7 @@ private:
 
 /// Tokenises a line and applies the statement rule. Throws CalcError.
 Statement parseStatement(std::string_view text);
+/// The same, with the tree in `arena`, which must outlive it.
+Statement parseStatement(std::string_view text, ExprArena& arena);
 
 } // namespace lumo

@@ -155,7 +155,7 @@ const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued,
                                           ? line.source
                                           : std::string_view(prepared = prepareLine(line.source, continued));
         if (!parses)
-            slot = std::make_shared<const ParsedLine>(parseLine(text));
+            slot = parseLine(text);
         else if (owner == LineOwner::thisSheet)
             slot = parses->parsed(text, static_cast<std::size_t>(line.index), continued);
         else

@@ -26,6 +26,12 @@ using ProgramBodyPtr = std::shared_ptr<const ProgramBody>;
 /// The parse of one prepared line text, kept so that a line run many times (inside a loop or
 /// a function) is parsed once.
 struct ParsedLine {
+    ParsedLine() = default;
+    // The tree points into the arena inside: a parse stays where it was made.
+    ParsedLine(const ParsedLine&) = delete;
+    ParsedLine& operator=(const ParsedLine&) = delete;
+
+    ExprArena arena;                    // the statement's tree: one allocation with the parse
     std::optional<Statement> statement; // absent when the parse failed
     Message error;                      // the parser's message when it failed
     // Read from the tree once, so that a line answered from its memo never walks its tree.

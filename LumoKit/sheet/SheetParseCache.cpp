@@ -9,20 +9,20 @@
 
 namespace lumo {
 
-ParsedLine parseLine(std::string_view text) {
-    ParsedLine parsedLine;
+std::shared_ptr<const ParsedLine> parseLine(std::string_view text) {
+    auto parsedLine = std::make_shared<ParsedLine>();
     try {
-        parsedLine.statement = parseStatement(text);
+        parsedLine->statement = parseStatement(text, parsedLine->arena);
     } catch (const CalcError& error) {
-        parsedLine.error = error.message();
+        parsedLine->error = error.message();
         return parsedLine;
     }
-    const Expr& expression = *parsedLine.statement->expr;
+    const Expr& expression = *parsedLine->statement->expr;
     if (const auto* call = expression.as<expr::Call>())
-        parsedLine.isPlot = isPlotWord(call->name) || isChartWord(call->name);
+        parsedLine->isPlot = isPlotWord(call->name) || isChartWord(call->name);
     if (const auto* identifier = expression.as<expr::Identifier>()) {
         const auto word = sheetWordOf(identifier->name);
-        parsedLine.isBareSumWord = word && *word != SheetWord::previous;
+        parsedLine->isBareSumWord = word && *word != SheetWord::previous;
     }
     return parsedLine;
 }
@@ -39,8 +39,7 @@ std::optional<std::size_t> SheetParseCache::lastRunsLine(std::size_t line) const
 SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
     auto entry = m_entries.find(text);
     if (entry == m_entries.end())
-        entry =
-            m_entries.emplace(std::string(text), std::make_shared<const ParsedLine>(parseLine(text))).first;
+        entry = m_entries.emplace(std::string(text), parseLine(text)).first;
     return &*entry;
 }
 

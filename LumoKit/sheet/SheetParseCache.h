@@ -17,7 +17,7 @@ namespace lumo {
 struct RunCheckpoint;
 
 /// Parses a prepared line text; a failure is kept as the parser's message.
-ParsedLine parseLine(std::string_view text);
+std::shared_ptr<const ParsedLine> parseLine(std::string_view text);
 
 /// The parses of one sheet's lines kept from one run to the next, so that a run after a
 /// keystroke parses only the lines that changed.
