@@ -41,7 +41,9 @@ std::string print(const Expr* e) {
             [](const expr::Index& i) { return "(idx " + print(i.target) + " " + print(i.position) + ")"; },
             [](const expr::Identifier& i) { return std::string(i.name); },
             [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
-            [](const expr::Unary& u) { return "(" + std::string(expr::spelling(u.op)) + " " + print(u.operand) + ")"; },
+            [](const expr::Unary& u) {
+                return "(" + std::string(expr::spelling(u.op)) + " " + print(u.operand) + ")";
+            },
             [](const expr::Chain& c) {
                 // Printed as the left-leaning tree it stands for: (+ (+ a b) c).
                 std::string printed = print(c.first);
