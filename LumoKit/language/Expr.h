@@ -18,8 +18,9 @@ namespace lumo {
 
 struct Expr;
 /// A parsed tree, held by its root. Its nodes, their lists and their texts live in one arena
-/// that the root keeps alive: a line's tree is usually a single allocation, a long line's
-/// nodes lie packed together, and trees are cheap to copy and safe to cache.
+/// that the root keeps alive, unless the parser was lent the arena (a sheet's parsed line
+/// holds its own): a line's tree is usually a single allocation, a long line's nodes lie
+/// packed together, and trees are cheap to copy and safe to cache.
 using ExprPtr = std::shared_ptr<const Expr>;
 /// The children of a list or a call, in the tree's arena: one pointer to their count and the
 /// children after it, so that a node holding a list stays small.
