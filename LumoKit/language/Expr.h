@@ -216,6 +216,12 @@ struct UnitApply {
     const Expr* operand;
     KeptText unit;
 };
+/// A number with a unit or name after it or before it (120 mm, $5, 3 x): a unit application
+/// to a plain number, in one node.
+struct Measure {
+    double value;
+    KeptText unit;
+};
 struct Call {
     KeptText name;
     ExprList args;
@@ -233,8 +239,8 @@ struct PercentOf {
 /// One node. Nodes own nothing: they point into the arena of their tree.
 struct Expr {
     using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
-                              expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Call,
-                              expr::Convert, expr::PercentOf>;
+                              expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Measure,
+                              expr::Call, expr::Convert, expr::PercentOf>;
     Node node;
     /// The characters of the parsed text this node was read from, from its first token to its
     /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".

@@ -429,16 +429,26 @@ const Expr* Parser::parsePostfix() {
         const Token& token = current();
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
+            // A number just read is given back before the unit's text is kept, so that a
+            // measure (120 mm) becomes one node.
+            const auto* number = e->as<expr::Number>();
+            const double value = number ? number->value : 0;
+            const SourceRange numberRange = e->range;
+            const bool measure = number && m_arena->giveBack(e);
             const KeptText unit = m_arena->keepCounted(token.text);
             const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
             if (isOp(current(), "^")) {
+                if (measure)
+                    e = m_arena->make(expr::Number{value}, numberRange);
                 advance();
                 NestingScope nesting(m_depth);
                 const Expr* name = m_arena->make(expr::Identifier{unit.view()}, unitRange);
                 const Expr* power = binary(expr::Operator::power, name, parseUnary(), unitRange.begin);
                 e = binary(expr::Operator::times, e, power, first);
+            } else if (measure) {
+                e = m_arena->make(expr::Measure{value, unit}, rangeFrom(first));
             } else {
                 e = m_arena->make(expr::UnitApply{e, unit}, rangeFrom(first));
             }
@@ -490,6 +500,11 @@ const Expr* Parser::parsePrimary() {
             // A unit written before its value: $5, ¥1200.
             NestingScope nesting(m_depth);
             const Expr* operand = parsePostfix();
+            if (const auto* number = operand->as<expr::Number>()) {
+                const double value = number->value;
+                if (m_arena->giveBack(operand))
+                    return m_arena->make(expr::Measure{value, name}, rangeFrom(first));
+            }
             return m_arena->make(expr::UnitApply{operand, name}, rangeFrom(first));
         }
         return m_arena->make(expr::Identifier{name.view()}, range);

@@ -253,6 +253,7 @@ bool refersToName(const Expr& expression, std::string_view name) {
             [&](const expr::Identifier& node) { return node.name == name; },
             // "3y" is a unit application whose name the evaluator first asks the context for.
             [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
+            [&](const expr::Measure& node) { return node.unit == name; },
             [&](const expr::List& node) { return std::any_of(node.items.begin(), node.items.end(), refers); },
             [&](const expr::Call& node) { return std::any_of(node.args.begin(), node.args.end(), refers); },
             [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },

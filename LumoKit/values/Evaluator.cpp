@@ -104,7 +104,12 @@ public:
                 [this](const expr::Unary& node) { return unary(node); },
                 [this](const expr::Chain& node) { return chain(node); },
                 [this](const expr::Percent& node) { return percent(node); },
-                [this](const expr::UnitApply& node) { return unitApply(node); },
+                [this](const expr::UnitApply& node) {
+                    return applyUnit(walk(*node.operand), node.operand, node.unit);
+                },
+                [this](const expr::Measure& node) {
+                    return applyUnit(Value::plain(node.value), nullptr, node.unit);
+                },
                 [this](const expr::Call& node) { return call(node); },
                 [this](const expr::Convert& node) { return convertTo(node); },
                 [this](const expr::PercentOf& node) { return percentOf(node); },
@@ -249,20 +254,20 @@ private:
         return false;
     }
 
-    Value unitApply(const expr::UnitApply& node) const {
-        const Value operand = walk(*node.operand);
-        if (auto named = context().valueOf(std::string(node.unit))) {
+    // `operandNode` is null when the operand was a plain number.
+    Value applyUnit(const Value& operand, const Expr* operandNode, std::string_view unitName) const {
+        if (auto named = context().valueOf(std::string(unitName))) {
             // "rent food" lists amounts to be summed; "3 x" is a coefficient times a variable.
-            if (isKnownNameChain(*node.operand))
+            if (operandNode && isKnownNameChain(*operandNode))
                 return add(operand, *named);
             return multiply(operand, *named);
         }
-        const UnitRef unit = findUnit(node.unit);
+        const UnitRef unit = findUnit(unitName);
         if (!unit) {
             // "2 pi" means 2π: a constant after a number is a factor, never a unit.
-            if (auto constant = constantValue(node.unit))
+            if (auto constant = constantValue(unitName))
                 return multiply(operand, *constant);
-            throwUnknownUnit(node.unit);
+            throwUnknownUnit(unitName);
         }
         return attachUnit(operand, unit);
     }

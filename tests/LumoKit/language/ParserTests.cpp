@@ -61,6 +61,9 @@ std::string print(const Expr* e) {
             [](const expr::UnitApply& u) {
                 return "(unit " + print(u.operand) + " " + std::string(u.unit) + ")";
             },
+            [](const expr::Measure& m) {
+                return "(unit " + printNumber(m.value) + " " + std::string(m.unit) + ")";
+            },
             [](const expr::Call& c) { return "(call " + std::string(c.name) + printAll(c.args) + ")"; },
             [](const expr::Convert& c) {
                 return "(to " + print(c.operand) + " " + std::string(c.target) + ")";
@@ -209,7 +212,7 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
         {"2 * (3 + 4)", {"2 * (3 + 4)", "2", "3 + 4", "3", "4"}},
         {"total = -x^2 %", {"-x^2 %", "x^2 %", "x", "2 %", "2"}},
         {"3x^2", {"3x^2", "3", "x^2", "x", "2"}},
-        {"$5 + #12", {"$5 + #12", "$5", "5", "#12"}},
+        {"$5 + #12", {"$5 + #12", "$5", "#12"}},
         {"f(a, (b)) and not [1][0]",
          {"f(a, (b)) and not [1][0]", "f(a, (b))", "a", "b", "not [1][0]", "[1][0]", "[1]", "1", "0"}},
         {"10% of 3000 in km/h", {"10% of 3000 in km/h", "10% of 3000", "10%", "10", "3000"}},
