@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -270,6 +271,17 @@ public:
             return false;
         m_used -= sizeof(Expr);
         return true;
+    }
+    /// The value of a number node made last, which is taken back to be held elsewhere (in a
+    /// chain's link, a negative number, a measure); nothing for any other node.
+    std::optional<double> takeBackNumber(const Expr* node) {
+        const auto* number = node->as<expr::Number>();
+        if (!number)
+            return std::nullopt;
+        const double value = number->value;
+        if (!giveBack(node))
+            return std::nullopt;
+        return value;
     }
     std::string_view keep(std::string_view text);
     /// The text with its length, for nodes that hold one pointer to it.

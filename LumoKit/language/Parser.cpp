@@ -235,8 +235,8 @@ public:
     /// Call after the operator, before its operand is read.
     void expectOperand() {
         if (!m_last || m_last->size == m_last->capacity) {
-            m_capacity = m_last ? std::min<std::uint32_t>(m_capacity * 4, largestLinkBlock) : 1;
-            m_last = m_parser.m_arena->newLinkBlock(m_last, m_capacity);
+            const std::uint32_t capacity = m_last ? std::min(m_last->capacity * 4, largestLinkBlock) : 1;
+            m_last = m_parser.m_arena->newLinkBlock(m_last, capacity);
             if (!m_firstBlock)
                 m_firstBlock = m_last;
         }
@@ -244,10 +244,9 @@ public:
     void add(expr::Operator op, const Expr* operand) {
         Link* link = m_last->links() + m_last->size++;
         ExprArena& arena = *m_parser.m_arena;
-        const auto* number = operand->as<expr::Number>();
         const auto* name = operand->as<expr::Identifier>();
-        if (number && arena.giveBack(operand))
-            new (link) Link(op, number->value, operand->range);
+        if (const auto number = arena.takeBackNumber(operand))
+            new (link) Link(op, *number, operand->range);
         else if (name && name->name.size() <= Link::longestName && arena.giveBack(operand))
             new (link) Link(op, name->name, operand->range);
         else
@@ -270,7 +269,6 @@ private:
     std::uint32_t m_begin;
     expr::LinkBlock* m_firstBlock = nullptr;
     expr::LinkBlock* m_last = nullptr;
-    std::uint32_t m_capacity = 0;
 };
 
 const Expr* Parser::binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first) {
@@ -396,11 +394,8 @@ const Expr* Parser::parseUnary() {
         NestingScope nesting(m_depth);
         const Expr* operand = parseUnary();
         // A negative number is a number, not a sign over one.
-        if (const auto* number = operand->as<expr::Number>()) {
-            const double value = number->value;
-            if (m_arena->giveBack(operand))
-                return m_arena->make(expr::Number{-value}, rangeFrom(first));
-        }
+        if (const auto number = m_arena->takeBackNumber(operand))
+            return m_arena->make(expr::Number{-*number}, rangeFrom(first));
         return m_arena->make(expr::Unary{expr::UnaryOperator::minus, operand}, rangeFrom(first));
     }
     if (isOp(current(), "+")) {
@@ -429,26 +424,22 @@ const Expr* Parser::parsePostfix() {
         const Token& token = current();
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
-            // A number just read is given back before the unit's text is kept, so that a
-            // measure (120 mm) becomes one node.
-            const auto* number = e->as<expr::Number>();
-            const double value = number ? number->value : 0;
-            const SourceRange numberRange = e->range;
-            const bool measure = number && m_arena->giveBack(e);
+            // A number just read is taken back before the unit's text is kept, so that a
+            // measure (120 mm) is one node; a unit raised to a power (3x^2) is not a measure.
+            const bool powered = isOp(peek(), "^");
+            const std::optional<double> measure = powered ? std::nullopt : m_arena->takeBackNumber(e);
             const KeptText unit = m_arena->keepCounted(token.text);
             const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
-            if (isOp(current(), "^")) {
-                if (measure)
-                    e = m_arena->make(expr::Number{value}, numberRange);
+            if (powered) {
                 advance();
                 NestingScope nesting(m_depth);
                 const Expr* name = m_arena->make(expr::Identifier{unit.view()}, unitRange);
                 const Expr* power = binary(expr::Operator::power, name, parseUnary(), unitRange.begin);
                 e = binary(expr::Operator::times, e, power, first);
             } else if (measure) {
-                e = m_arena->make(expr::Measure{value, unit}, rangeFrom(first));
+                e = m_arena->make(expr::Measure{*measure, unit}, rangeFrom(first));
             } else {
                 e = m_arena->make(expr::UnitApply{e, unit}, rangeFrom(first));
             }
@@ -500,11 +491,8 @@ const Expr* Parser::parsePrimary() {
             // A unit written before its value: $5, ¥1200.
             NestingScope nesting(m_depth);
             const Expr* operand = parsePostfix();
-            if (const auto* number = operand->as<expr::Number>()) {
-                const double value = number->value;
-                if (m_arena->giveBack(operand))
-                    return m_arena->make(expr::Measure{value, name}, rangeFrom(first));
-            }
+            if (const auto number = m_arena->takeBackNumber(operand))
+                return m_arena->make(expr::Measure{*number, name}, rangeFrom(first));
             return m_arena->make(expr::UnitApply{operand, name}, rangeFrom(first));
         }
         return m_arena->make(expr::Identifier{name.view()}, range);
