@@ -120,21 +120,26 @@ public:
 private:
     EvalContext& context() const { return m_evaluator.context(); }
 
-    // A built-in answers first; any other name is asked of the context (user functions).
-    Value call(const expr::Call& node) const {
-        // Arguments are counted and weighed like a list's items: a call of millions of them
-        // is refused before their values take more memory than the line's text ever could.
-        if (node.args.size() > maxListItems)
+    // A list's items and a call's arguments, counted and weighed as they are walked: millions
+    // of them are refused before their values take more memory than the line's text could.
+    std::vector<Value> walkAll(ExprList nodes) const {
+        if (nodes.size() > maxListItems)
             throw CalcError(MessageKind::listTooBig);
-        std::vector<Value> args;
-        args.reserve(node.args.size());
+        std::vector<Value> values;
+        values.reserve(nodes.size());
         std::size_t weight = 1;
-        for (const auto& arg : node.args) {
-            args.push_back(walk(*arg));
-            weight += valueWeight(args.back());
+        for (const Expr* node : nodes) {
+            values.push_back(walk(*node));
+            weight += valueWeight(values.back());
             if (weight > maxValueWeight())
                 throw CalcError(MessageKind::listTooBig);
         }
+        return values;
+    }
+
+    // A built-in answers first; any other name is asked of the context (user functions).
+    Value call(const expr::Call& node) const {
+        const std::vector<Value> args = walkAll(node.args);
         const std::string name(node.name);
         if (auto answer = callBuiltin(name, args, m_evaluator.options()))
             return std::move(*answer);
@@ -143,20 +148,7 @@ private:
         throw CalcError(MessageKind::noSuchFunction, {name});
     }
 
-    Value list(const expr::List& node) const {
-        if (node.items.size() > maxListItems)
-            throw CalcError(MessageKind::listTooBig);
-        std::vector<Value> items;
-        items.reserve(node.items.size());
-        std::size_t weight = 1;
-        for (const Expr* item : node.items) {
-            items.push_back(walk(*item));
-            weight += valueWeight(items.back());
-            if (weight > maxValueWeight())
-                throw CalcError(MessageKind::listTooBig);
-        }
-        return Value::list(std::move(items));
-    }
+    Value list(const expr::List& node) const { return Value::list(walkAll(node.items)); }
 
     Value identifier(const std::string& name) const {
         if (auto value = context().valueOf(name))
