@@ -115,41 +115,51 @@ bool bytesAreCharacters(std::string_view text) {
     return isAscii(text) && text.find("\r\n") == std::string_view::npos;
 }
 
-// The normalised line as a sequence of grapheme clusters.
-class Characters {
+// The normalised line when each byte is one character: most lines are ASCII, and the scanner
+// asks for nearly every character more than once, so this case is compiled on its own.
+class ByteCharacters {
 public:
-    explicit Characters(std::string_view text) : m_text(text) {
-        if (bytesAreCharacters(text)) {
-            m_count = text.size();
-            return;
-        }
-        m_offsets = unicode::graphemeBoundaries(text);
-        m_count = m_offsets.size() - 1;
+    explicit ByteCharacters(std::string_view text) : m_text(text) {}
+
+    std::size_t size() const { return m_text.size(); }
+
+    /// The character at i, or an empty view past the end.
+    std::string_view at(std::size_t i) const {
+        if (i >= m_text.size())
+            return {};
+        return {m_text.data() + i, 1};
     }
 
-    std::size_t size() const { return m_count; }
+    /// The text of characters [from, to).
+    std::string_view slice(std::size_t from, std::size_t to) const { return m_text.substr(from, to - from); }
 
-    /// The character at i, or an empty view past the end. Asked for every character, often
-    /// more than once, so a line of one byte per character is answered without the table.
+private:
+    std::string_view m_text;
+};
+
+// The normalised line as a sequence of grapheme clusters.
+class ClusterCharacters {
+public:
+    explicit ClusterCharacters(std::string_view text)
+        : m_text(text), m_offsets(unicode::graphemeBoundaries(text)) {}
+
+    std::size_t size() const { return m_offsets.size() - 1; }
+
+    /// The character at i, or an empty view past the end.
     std::string_view at(std::size_t i) const {
-        if (i >= m_count)
+        if (i >= size())
             return {};
-        if (m_offsets.empty())
-            return {m_text.data() + i, 1};
         return {m_text.data() + m_offsets[i], m_offsets[i + 1] - m_offsets[i]};
     }
 
     /// The text of characters [from, to).
     std::string_view slice(std::size_t from, std::size_t to) const {
-        return m_text.substr(offset(from), offset(to) - offset(from));
+        return m_text.substr(m_offsets[from], m_offsets[to] - m_offsets[from]);
     }
 
 private:
-    std::size_t offset(std::size_t i) const { return m_offsets.empty() ? i : m_offsets[i]; }
-
     std::string_view m_text;
-    std::vector<std::size_t> m_offsets; // empty when characters are bytes
-    std::size_t m_count = 0;
+    std::vector<std::size_t> m_offsets; // where each character begins, and the end
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -330,7 +340,8 @@ double convertLiteral(std::string_view literal) {
 // Scanner
 // ---------------------------------------------------------------------------------------------
 
-class Scanner {
+// Reads tokens off the normalised text, one character (as `Characters` cuts them) at a time.
+template <class Characters> class Scanner {
 public:
     explicit Scanner(std::string_view normalized) : m_chars(normalized) {}
 
@@ -712,8 +723,17 @@ std::string normalize(std::string_view text) {
     return out;
 }
 
+namespace {
+
+using ByteScanner = Scanner<ByteCharacters>;
+using ClusterScanner = Scanner<ClusterCharacters>;
+
 // Every line is read through a stream, so its scanner lives inside it rather than on the heap.
-static_assert(sizeof(Scanner) <= TokenStream::scannerSize && alignof(Scanner) <= alignof(std::max_align_t));
+template <class S>
+constexpr bool fitsStream = sizeof(S) <= TokenStream::scannerSize && alignof(S) <= alignof(std::max_align_t);
+static_assert(fitsStream<ByteScanner> && fitsStream<ClusterScanner>);
+
+} // namespace
 
 TokenStream::TokenStream(std::string_view text) {
     // Normalisation leaves ASCII text as it is, so such a line is scanned in place.
@@ -721,15 +741,22 @@ TokenStream::TokenStream(std::string_view text) {
         m_normalized = normalize(text);
         text = m_normalized;
     }
-    new (m_scannerStorage) Scanner(text);
+    m_bytesAreCharacters = bytesAreCharacters(text);
+    if (m_bytesAreCharacters)
+        new (m_scannerStorage) ByteScanner(text);
+    else
+        new (m_scannerStorage) ClusterScanner(text);
 }
 
 TokenStream::~TokenStream() {
-    scanner().~Scanner();
+    if (m_bytesAreCharacters)
+        scannerAs<ByteScanner>().~ByteScanner();
+    else
+        scannerAs<ClusterScanner>().~ClusterScanner();
 }
 
-Scanner& TokenStream::scanner() {
-    return *std::launder(reinterpret_cast<Scanner*>(m_scannerStorage));
+template <class S> S& TokenStream::scannerAs() {
+    return *std::launder(reinterpret_cast<S*>(m_scannerStorage));
 }
 
 void TokenStream::next(Token& out) {
@@ -740,7 +767,10 @@ void TokenStream::next(Token& out) {
         return;
     }
     try {
-        scanner().next(out);
+        if (m_bytesAreCharacters)
+            scannerAs<ByteScanner>().next(out);
+        else
+            scannerAs<ClusterScanner>().next(out);
     } catch (const CalcError&) {
         m_failed = true;
         throw;

@@ -84,8 +84,6 @@ private:
 /// The first pass: full-width forms, typographic signs and quotes rewritten outside quotes.
 std::string normalize(std::string_view text);
 
-class Scanner;
-
 /// A line's tokens, scanned one at a time as they are asked for, so that a reader of the line
 /// holds only the tokens it is looking at, however long the line. The text must outlive the
 /// stream: ASCII lines are read in place.
@@ -107,10 +105,12 @@ public:
     static constexpr std::size_t scannerSize = 192;
 
 private:
-    Scanner& scanner();
+    // The scanner for the line's kind of text: one byte per character, or grapheme clusters.
+    template <class S> S& scannerAs();
 
     std::string m_normalized; // the normalised line, when normalising changed it
     alignas(std::max_align_t) std::byte m_scannerStorage[scannerSize];
+    bool m_bytesAreCharacters = true;
     bool m_failed = false;
 };
 
