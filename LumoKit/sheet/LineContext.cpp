@@ -42,12 +42,13 @@ void RunningSum::add(const Value& answer) {
         m_sum = answer;
         return;
     }
-    if (m_sum->unit && answer.unit && !m_sum->unit->sameDimensions(*answer.unit)) {
+    if (m_sum->unit && answer.unit && m_sum->unit != answer.unit &&
+        !m_sum->unit->sameDimensions(*answer.unit)) {
         m_mixed = true;
         return;
     }
     try {
-        m_sum = lumo::add(*m_sum, answer);
+        addInto(*m_sum, answer);
     } catch (const CalcError&) {
         m_mixed = true;
     }

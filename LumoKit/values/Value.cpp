@@ -271,6 +271,15 @@ Value add(const Value& left, const Value& right) {
     return addNumbers(left, right, Sign::plus);
 }
 
+void addInto(Value& left, const Value& right) {
+    if (left.isNumber() && right.isNumber() && !left.isPercent && !right.isPercent &&
+        left.unit == right.unit) {
+        left.number = addOrSubtract(left.number, right.number, Sign::plus);
+        return;
+    }
+    left = add(left, right);
+}
+
 Value subtract(const Value& left, const Value& right) {
     if (!left.isNumber() || !right.isNumber())
         throwKindMismatch(left, right, "-");

@@ -66,6 +66,9 @@ bool isPercentNumber(const Value& value);
 
 // The five operators. Each returns a new value or throws CalcError.
 Value add(const Value& left, const Value& right);
+/// left + right written into `left`: the same as left = add(left, right), but a number added
+/// to a number in the same unit is added in place. A sheet's running sums add every line.
+void addInto(Value& left, const Value& right);
 Value subtract(const Value& left, const Value& right);
 Value multiply(const Value& left, const Value& right);
 Value divide(const Value& left, const Value& right);
