@@ -155,12 +155,15 @@ const ParsedLine& LineContext::parsed(const Program::Line& line, bool continued,
         const std::string_view text = !continued && !endsWithEquals(line.source)
                                           ? line.source
                                           : std::string_view(prepared = prepareLine(line.source, continued));
-        if (!parses)
-            slot = parseLine(text);
-        else if (owner == LineOwner::thisSheet)
-            slot = parses->parsed(text, static_cast<std::size_t>(line.index), continued);
-        else
-            slot = parses->parsed(text);
+        if (!parses) {
+            auto& owned = continued ? cache.ownedContinued : cache.ownedAsWritten;
+            owned = parseLine(text);
+            slot = owned.get();
+        } else if (owner == LineOwner::thisSheet) {
+            slot = &parses->parsed(text, static_cast<std::size_t>(line.index), continued);
+        } else {
+            slot = &parses->parsed(text);
+        }
     }
     return *slot;
 }

@@ -39,11 +39,21 @@ struct ParsedLine {
     bool isBareSumWord = false; // only a sum word (sum, total and their spellings)
 };
 
-/// The parses of one line, as written and continued with "prev ", filled on first use.
+/// The parses of one line, as written and continued with "prev ", filled on first use. They
+/// live in the run's SheetParseCache; a run without one owns them here.
 struct LineParseCache {
     std::optional<bool> canContinue; // whether the text starts like a continuation
-    std::shared_ptr<const ParsedLine> asWritten;
-    std::shared_ptr<const ParsedLine> continued;
+    const ParsedLine* asWritten = nullptr;
+    const ParsedLine* continued = nullptr;
+    std::shared_ptr<const ParsedLine> ownedAsWritten;
+    std::shared_ptr<const ParsedLine> ownedContinued;
+
+    /// Lets go of the parses (the answer is what stays of a line that runs once).
+    void release() {
+        asWritten = continued = nullptr;
+        ownedAsWritten.reset();
+        ownedContinued.reset();
+    }
 };
 
 struct ProgramFunction;

@@ -176,8 +176,7 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
                 } else {
                     // Outside loops and defs a line runs once: its parse can go now,
                     // so a long sheet never holds the trees of all its lines.
-                    line.cache.asWritten.reset();
-                    line.cache.continued.reset();
+                    line.cache.release();
                 }
                 return std::nullopt;
             },

@@ -43,22 +43,26 @@ SheetParseCache::Slot* SheetParseCache::lookUp(std::string_view text) {
     return &*entry;
 }
 
-std::shared_ptr<const ParsedLine> SheetParseCache::parsed(std::string_view text,
-                                                          std::optional<std::size_t> line, bool continued) {
+const ParsedLine& SheetParseCache::parsed(std::string_view text, std::optional<std::size_t> line,
+                                          bool continued) {
     if (!line || *line >= m_lineSlots.size()) {
         Slot* slot = lookUp(text);
         m_otherAsks.push_back(slot);
-        return slot->second;
+        return *slot->second;
     }
     LineSlots& slots = m_lineSlots[*line];
     if (const auto last = lastRunsLine(*line)) {
-        slots[continued] = m_lastLineSlots[*last][continued];
+        LineSlots& lastSlots = m_lastLineSlots[*last];
+        slots[continued] = lastSlots[continued];
+        slots.parse(continued) = lastSlots.parse(continued);
         if (!slots.memo)
-            slots.memo = std::move(m_lastLineSlots[*last].memo);
+            slots.memo = std::move(lastSlots.memo);
     }
-    if (!slots[continued])
+    if (!slots[continued]) {
         slots[continued] = lookUp(text);
-    return slots[continued]->second;
+        slots.parse(continued) = slots[continued]->second.get();
+    }
+    return *slots.parse(continued);
 }
 
 SheetParseCache::SheetParseCache() = default;
@@ -90,15 +94,37 @@ std::size_t SheetParseCache::beginRun(const SheetLines& lines) {
     m_sameBelow = sameBelow;
     m_lineSlots.clear();
     m_lineSlots.resize(lines.size());
-
-    // Only the lines from the first one that changed are written again.
-    m_lastLines.resize(same == 0 ? 0 : m_lastLineEnds[same - 1]);
-    m_lastLineEnds.resize(same);
-    for (std::size_t i = same; i < lines.size(); ++i) {
-        m_lastLines.append(lines[i]);
-        m_lastLineEnds.push_back(m_lastLines.size());
-    }
+    recordChangedLines(lines);
     return same;
+}
+
+// Only the lines between those that stayed the same at the top and at the bottom are written;
+// the ends of the lines below them move by the change in length.
+void SheetParseCache::recordChangedLines(const SheetLines& lines) {
+    const auto end = [&](std::size_t count) {
+        return count == 0 ? std::size_t{0} : m_lastLineEnds[count - 1];
+    };
+    const std::size_t lastChanged = m_lastLineEnds.size() - m_sameBelow;
+    const std::size_t changed = lines.size() - m_sameBelow;
+    const std::size_t from = end(m_sameAbove);
+    const std::size_t oldLength = end(lastChanged) - from;
+
+    std::string written;
+    std::vector<std::size_t> writtenEnds;
+    writtenEnds.reserve(changed - m_sameAbove);
+    for (std::size_t i = m_sameAbove; i < changed; ++i) {
+        written.append(lines[i]);
+        writtenEnds.push_back(from + written.size());
+    }
+    m_lastLines.replace(from, oldLength, written);
+    const auto first = m_lastLineEnds.begin() + static_cast<std::ptrdiff_t>(m_sameAbove);
+    const auto below =
+        m_lastLineEnds.erase(first, m_lastLineEnds.begin() + static_cast<std::ptrdiff_t>(lastChanged));
+    const auto moved = m_lastLineEnds.insert(below, writtenEnds.begin(), writtenEnds.end()) +
+                       static_cast<std::ptrdiff_t>(writtenEnds.size());
+    const std::size_t grown = written.size() - oldLength; // modulo 2^64: adding it shrinks too
+    for (auto lineEnd = moved; lineEnd != m_lastLineEnds.end(); ++lineEnd)
+        *lineEnd += grown;
 }
 
 void SheetParseCache::resumeAt(const RunCheckpoint& checkpoint) {
@@ -133,31 +159,35 @@ void SheetParseCache::endRun() {
     const LineSlots none;
     for (std::size_t j = m_sameAbove; j < m_lastLineSlots.size() - m_sameBelow; ++j)
         offer(m_lastLineSlots[j], none);
-    if (!candidates.empty()) {
-        std::sort(candidates.begin(), candidates.end());
-        candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
-        std::vector<bool> used(candidates.size(), false);
-        const auto keep = [&](Slot* slot) {
-            if (const auto found = std::lower_bound(candidates.begin(), candidates.end(), slot);
-                found != candidates.end() && *found == slot)
-                used[static_cast<std::size_t>(found - candidates.begin())] = true;
-        };
-        for (const LineSlots& slots : m_lineSlots) {
-            keep(slots.asWritten);
-            keep(slots.continued);
-        }
-        for (Slot* slot : m_otherAsks)
-            keep(slot);
-        for (std::size_t i = 0; i < candidates.size(); ++i) {
-            if (!used[i])
-                m_entries.erase(m_entries.find(candidates[i]->first));
-        }
-    }
-    m_lastLineSlots = std::move(m_lineSlots);
+    if (!candidates.empty())
+        dropUnused(std::move(candidates));
+    // Swapped rather than moved, so that the next run fills this run's table in place.
+    m_lastLineSlots.swap(m_lineSlots);
     m_lineSlots.clear();
-    m_lastOtherAsks = std::move(m_otherAsks);
+    m_lastOtherAsks.swap(m_otherAsks);
     m_otherAsks.clear();
     m_running = false;
+}
+
+void SheetParseCache::dropUnused(std::vector<Slot*> candidates) {
+    std::sort(candidates.begin(), candidates.end());
+    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+    std::vector<bool> used(candidates.size(), false);
+    const auto keep = [&](Slot* slot) {
+        if (const auto found = std::lower_bound(candidates.begin(), candidates.end(), slot);
+            found != candidates.end() && *found == slot)
+            used[static_cast<std::size_t>(found - candidates.begin())] = true;
+    };
+    for (const LineSlots& slots : m_lineSlots) {
+        keep(slots.asWritten);
+        keep(slots.continued);
+    }
+    for (Slot* slot : m_otherAsks)
+        keep(slot);
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        if (!used[i])
+            m_entries.erase(m_entries.find(candidates[i]->first));
+    }
 }
 
 } // namespace lumo

@@ -43,8 +43,9 @@ public:
     /// The parse of `text`, from the cache or made now. `line` is the 0-based line of this
     /// sheet the text was prepared from (as continued with "prev " when `continued`), if it is
     /// one: a line the run knows to be unchanged finds its parse without its text being compared.
-    std::shared_ptr<const ParsedLine> parsed(std::string_view text, std::optional<std::size_t> line = {},
-                                             bool continued = false);
+    /// The parse stays until the end of the next run that does not use it.
+    const ParsedLine& parsed(std::string_view text, std::optional<std::size_t> line = {},
+                             bool continued = false);
 
     /// The memo of line `line` (0-based) of this run; the line's parse must have been asked
     /// for first. An unchanged line brings its memo from the last run.
@@ -69,19 +70,31 @@ private:
         std::unordered_map<std::string, std::shared_ptr<const ParsedLine>, TextHash, std::equal_to<>>;
     using Slot = Entries::value_type;
 
-    // The entries a line's two parses use and its memo, by 0-based line.
+    // The entries a line's two parses use, the parses themselves, and its memo, by 0-based line.
+    // A run reads the parses of unchanged lines from here, one line after the other, without
+    // visiting the table's scattered entries.
     struct LineSlots {
         Slot* asWritten = nullptr;
         Slot* continued = nullptr;
+        const ParsedLine* asWrittenParse = nullptr;
+        const ParsedLine* continuedParse = nullptr;
+        std::unique_ptr<LineMemo> memo;
+
         Slot*& operator[](bool continuedSlot) { return continuedSlot ? continued : asWritten; }
         Slot* operator[](bool continuedSlot) const { return continuedSlot ? continued : asWritten; }
-        std::unique_ptr<LineMemo> memo;
+        const ParsedLine*& parse(bool continuedSlot) {
+            return continuedSlot ? continuedParse : asWrittenParse;
+        }
     };
 
     // The last run's line with the same text as `line` of this run, known from where the two
     // texts start and end the same.
     std::optional<std::size_t> lastRunsLine(std::size_t line) const;
     Slot* lookUp(std::string_view text);
+    // Drops the candidates that no line of this run and no other ask used.
+    void dropUnused(std::vector<Slot*> candidates);
+    // Writes the lines of this run that differ from the last run's into the record of them.
+    void recordChangedLines(const SheetLines& lines);
 
     Entries m_entries;
     // The entries each line used, in the last run and in this one (slots of a node-based table

@@ -43,8 +43,8 @@ TEST(SheetParseCache, KeepsOnlyTheLastRunsLines) {
     EXPECT_EQ(cache.size(), 3u);
     DocumentEvaluator::evaluate("1 + 1\n2 + 25\n3 + 3", {}, sheetOptions(), cache);
     EXPECT_EQ(cache.size(), 3u);
-    const auto parsed = cache.parsed("1 + 1");
-    EXPECT_EQ(cache.parsed("1 + 1"), parsed); // the same parse, not a new one
+    const ParsedLine* parsed = &cache.parsed("1 + 1");
+    EXPECT_EQ(&cache.parsed("1 + 1"), parsed); // the same parse, not a new one
 }
 
 TEST(SheetParseCache, KeepsParsesOfLinesThatMovedAndDropsTheRest) {
@@ -62,13 +62,13 @@ TEST(SheetParseCache, KeepsParsesOfLinesThatMovedAndDropsTheRest) {
     };
     SheetParseCache cache;
     DocumentEvaluator::evaluate(steps[0].text, {}, sheetOptions(), cache);
-    const auto first = cache.parsed("a = 1");
+    const ParsedLine* first = &cache.parsed("a = 1");
     for (const auto& step : steps) {
         const auto cached = DocumentEvaluator::evaluate(step.text, {}, sheetOptions(), cache);
         EXPECT_EQ(cache.size(), step.distinctTexts) << step.text;
         EXPECT_EQ(showResults(cached, sheetOptions()),
                   showResults(DocumentEvaluator::evaluate(step.text, {}, sheetOptions()), sheetOptions()));
-        EXPECT_EQ(cache.parsed("a = 1"), first) << step.text;
+        EXPECT_EQ(&cache.parsed("a = 1"), first) << step.text;
     }
 }
 
