@@ -1,5 +1,6 @@
 #include "LumoCLI/SheetReport.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -14,9 +15,11 @@
 
 namespace lumo::cli {
 
+using namespace std::string_view_literals;
+
 namespace {
 
-const char* kindWord(LineOutcome::Kind kind) {
+std::string_view kindWord(LineOutcome::Kind kind) {
     switch (kind) {
     case LineOutcome::Kind::value:
         return "value";
@@ -92,6 +95,16 @@ void appendJsonNumber(std::string& json, double number) {
 // A JSON string exactly as dumpJson writes it: valid UTF-8 as it is, with quotes, backslashes
 // and control characters escaped; other text goes through the library.
 void appendJsonString(std::string& json, std::string_view text) {
+    // Most texts are printable ASCII with nothing to escape, and are copied whole.
+    if (std::all_of(text.begin(), text.end(), [](char c) {
+            const auto byte = static_cast<unsigned char>(c);
+            return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+        })) {
+        json += '"';
+        json += text;
+        json += '"';
+        return;
+    }
     if (!unicode::isValidUtf8(text)) {
         json += dumpJson(nlohmann::ordered_json(std::string(text)));
         return;
@@ -150,52 +163,52 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
         // Every row of a sheet starts the same way.
         std::string rowStart = "{\"sheet\":";
         appendJsonString(rowStart, sheet.name);
-        rowStart += ",\"line\":";
+        rowStart += ",\"line\":"sv;
         for (std::size_t i = 0; i < sheet.results.size(); ++i) {
             const auto& result = sheet.results[i];
             json += rowStart;
             std::array<char, 24> digits;
             json.append(digits.data(), std::to_chars(digits.begin(), digits.end(), i + 1).ptr);
-            json += ",\"kind\":\"";
+            json += ",\"kind\":\""sv;
             json += kindWord(result.outcome.kind);
-            json += "\",\"name\":";
+            json += "\",\"name\":"sv;
             if (result.name)
                 appendJsonString(json, *result.name);
             else
-                json += "null";
+                json += "null"sv;
             switch (result.outcome.kind) {
             case LineOutcome::Kind::value:
-                json += ",\"answer\":";
+                json += ",\"answer\":"sv;
                 appendJsonString(json, ValueFormatter::format(result.outcome.value, options, grouping));
                 if (result.outcome.value.isNumber()) {
                     const double number = result.outcome.value.number;
                     // JSON has no NaN or infinity; those answers keep only their text.
-                    json += ",\"number\":";
+                    json += ",\"number\":"sv;
                     if (std::isfinite(number))
                         appendJsonNumber(json, number);
                     else
-                        json += "null";
+                        json += "null"sv;
                     const std::string unit = answerUnit(result.outcome.value);
-                    json += ",\"unit\":";
+                    json += ",\"unit\":"sv;
                     if (unit.empty())
-                        json += "null";
+                        json += "null"sv;
                     else
                         appendJsonString(json, unit);
                 }
                 break;
             case LineOutcome::Kind::failure:
-                json += ",\"message\":";
+                json += ",\"message\":"sv;
                 appendJsonString(json, result.outcome.message);
                 break;
             case LineOutcome::Kind::plot:
-                json += ",\"plot\":";
+                json += ",\"plot\":"sv;
                 json += dumpJson(plotJson(*result.outcome.plot));
                 break;
             case LineOutcome::Kind::blank:
             case LineOutcome::Kind::comment:
                 break;
             }
-            json += "}\n";
+            json += "}\n"sv;
             if (json.size() >= block) {
                 out.write(json.data(), static_cast<std::streamsize>(json.size()));
                 json.clear();
