@@ -154,8 +154,12 @@ void longLine(benchmark::State& state) {
         const char* tail;
     };
     static constexpr Shape shapes[] = {
-        {"1+1+…", "1", "+1", ""},     {"a+a+…", "a = 1\na", "+a", ""}, {"1+-1+…", "1", "+-1", ""},
-        {"1m+1m+…", "1m", "+1m", ""}, {"[1,1,…]", "[1", ",1", "]"},
+        {"1+1+…", "1", "+1", ""},          {"a+a+…", "a = 1\na", "+a", ""},
+        {"1+-1+…", "1", "+-1", ""},        {"1m+1m+…", "1m", "+1m", ""},
+        {"[1,1,…]", "[1", ",1", "]"},      {"1%+1%+…", "1%", "+1%", ""},
+        {"(1)+(1)+…", "(1)", "+(1)", ""},  {"max(1)+max(1)+…", "max(1)", "+max(1)", ""},
+        {"#1+#1+…", "1\n#1", "+#1", ""},   {"[[1],[1],…]", "[[1]", ",[1]", "]"},
+        {"-a-a-…", "a = 1\n-a", "-a", ""}, {"1*2+1*2+…", "1*2", "+1*2", ""},
     };
     const Shape& shape = shapes[state.range(1)];
     std::string text;
@@ -181,7 +185,7 @@ void longLine(benchmark::State& state) {
 }
 BENCHMARK(longLine)
     ->ArgsProduct({{100000, 1000000, 10000000}, {0}})
-    ->ArgsProduct({{10000000}, {1, 2, 3, 4}})
+    ->ArgsProduct({{10000000}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}})
     ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -109,19 +109,25 @@ enum class Operator : std::uint8_t {
 /// How the operator is written: "+", "<=", "and" …
 std::string_view spelling(Operator op);
 
-/// One step of a chain: an operator and the operand on its right. A plain number or a short
-/// name is held in the link itself, so that a long sum costs one small link per term.
+/// One step of a chain: an operator and the operand on its right. A plain number, a number
+/// written as a percentage, a line reference or a short name is held in the link itself, so
+/// that a long sum costs one small link per term.
 class Link {
 public:
-    enum class Holds : std::uint8_t { node, number, name };
+    enum class Holds : std::uint8_t { node, number, percent, ref, name };
     /// The longest name a link holds; a longer one is a node of its own.
     static constexpr std::size_t longestName = 0xffff;
 
     Link(Operator op, const Expr* operand, SourceRange range) : m_op(op), m_range(range) {
         m_operand.node = operand;
     }
-    Link(Operator op, double number, SourceRange range) : m_op(op), m_holds(Holds::number), m_range(range) {
+    /// A plain number, or with `holds` percent, the figure of a percentage (5 for 5%).
+    Link(Operator op, double number, SourceRange range, Holds holds = Holds::number)
+        : m_op(op), m_holds(holds), m_range(range) {
         m_operand.number = number;
+    }
+    Link(Operator op, Ref ref, SourceRange range) : m_op(op), m_holds(Holds::ref), m_range(range) {
+        m_operand.line = ref.line;
     }
     Link(Operator op, std::string_view name, SourceRange range)
         : m_op(op), m_holds(Holds::name), m_nameSize(static_cast<std::uint16_t>(name.size())),
@@ -133,7 +139,10 @@ public:
     Holds holds() const { return m_holds; }
     /// The operand's node, or null when the operand is held here.
     const Expr* node() const { return m_holds == Holds::node ? m_operand.node : nullptr; }
+    /// The number or the percentage's figure held here.
     double number() const { return m_operand.number; }
+    /// The line a reference held here refers to.
+    std::int64_t line() const { return m_operand.line; }
     /// The operand's name, or an empty view when the link holds no name.
     std::string_view name() const {
         return m_holds == Holds::name ? std::string_view(m_operand.name, m_nameSize) : std::string_view();
@@ -149,6 +158,7 @@ private:
     union {
         const Expr* node;
         double number;
+        std::int64_t line;
         const char* name;
     } m_operand;
 };
@@ -282,6 +292,25 @@ public:
         if (!giveBack(node))
             return std::nullopt;
         return value;
+    }
+    /// The figure of a percentage of a plain number (5%) made last, whose two nodes are taken
+    /// back; nothing for any other node.
+    std::optional<double> takeBackPercent(const Expr* node) {
+        const auto* percent = node->as<expr::Percent>();
+        if (!percent || percent->operand != node - 1 || !percent->operand->as<expr::Number>() ||
+            !giveBack(node))
+            return std::nullopt;
+        return takeBackNumber(node - 1);
+    }
+    /// The line of a reference node made last, which is taken back; nothing for any other node.
+    std::optional<expr::Ref> takeBackRef(const Expr* node) {
+        const auto* ref = node->as<expr::Ref>();
+        if (!ref)
+            return std::nullopt;
+        const expr::Ref held = *ref;
+        if (!giveBack(node))
+            return std::nullopt;
+        return held;
     }
     std::string_view keep(std::string_view text);
     /// The text with its length, for nodes that hold one pointer to it.

@@ -245,8 +245,13 @@ public:
         Link* link = m_last->links() + m_last->size++;
         ExprArena& arena = *m_parser.m_arena;
         const auto* name = operand->as<expr::Identifier>();
+        const SourceRange range = operand->range;
         if (const auto number = arena.takeBackNumber(operand))
-            new (link) Link(op, *number, operand->range);
+            new (link) Link(op, *number, range);
+        else if (const auto figure = arena.takeBackPercent(operand))
+            new (link) Link(op, *figure, range, Link::Holds::percent);
+        else if (const auto ref = arena.takeBackRef(operand))
+            new (link) Link(op, *ref, range);
         else if (name && name->name.size() <= Link::longestName && arena.giveBack(operand))
             new (link) Link(op, name->name, operand->range);
         else

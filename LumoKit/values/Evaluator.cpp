@@ -189,6 +189,10 @@ private:
         switch (link.holds()) {
         case expr::Link::Holds::number:
             return Value::plain(link.number());
+        case expr::Link::Holds::percent:
+            return Value::percent(link.number());
+        case expr::Link::Holds::ref:
+            return ref(link.line());
         case expr::Link::Holds::name:
             return identifier(std::string(link.name()));
         case expr::Link::Holds::node:

@@ -29,6 +29,23 @@ std::string printNumber(double value) {
 }
 
 // A compact prefix form: (op a b), (unit x m), (to x km/h), (of p b), (idx a i), [a b], 'text'.
+// A link's operand, printed as the node it stands for.
+std::string printOperand(const expr::Link& link) {
+    switch (link.holds()) {
+    case expr::Link::Holds::node:
+        return print(link.node());
+    case expr::Link::Holds::number:
+        return printNumber(link.number());
+    case expr::Link::Holds::percent:
+        return "(% " + printNumber(link.number()) + ")";
+    case expr::Link::Holds::ref:
+        return "#" + std::to_string(link.line());
+    case expr::Link::Holds::name:
+        break;
+    }
+    return std::string(link.name());
+}
+
 std::string print(const Expr* e) {
     return std::visit(
         overloaded{
@@ -48,10 +65,7 @@ std::string print(const Expr* e) {
                 // Printed as the left-leaning tree it stands for: (+ (+ a b) c).
                 std::string printed = print(c.first);
                 for (const expr::Link& link : c.links) {
-                    const std::string operand = link.holds() == expr::Link::Holds::node ? print(link.node())
-                                                : link.holds() == expr::Link::Holds::number
-                                                    ? printNumber(link.number())
-                                                    : std::string(link.name());
+                    const std::string operand = printOperand(link);
                     printed =
                         "(" + std::string(expr::spelling(link.op())) + " " + printed + " " + operand + ")";
                 }

@@ -163,6 +163,9 @@ TEST(Evaluator, FlatChainsOfAnyLength) {
                    {"0" + chain("", " or a == 1", 5000), "1"},
                    {"1" + chain("", " * 1", 50000) + " + (" + chain("1", "+", 3000) + ")", "3001"},
                    {"a" + chain("", " + a - 1", 30000), "1"},
+                   {chain("10%", " + ", 1000), "10000%"},
+                   {"200" + chain("", " + 10%", 3), "242"},
+                   {"2" + chain("", " * 50%", 4), "0.25"},
                    {"sum([" + chain("1", ",", 100000) + "])", "100000"}},
                   &context);
     // A written list or a call holds at most as many items as any list may.
