@@ -1,6 +1,7 @@
 #include "LumoKit/language/Expr.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -24,9 +25,25 @@ ExprArena::~ExprArena() {
 }
 
 void* ExprArena::allocateInNewBlock(std::size_t size, std::size_t alignment) {
-    const std::size_t grown = m_lastBlock ? std::min(2 * m_capacity, largestBlockSize) : firstBlockSize;
     const std::size_t header =
         (sizeof(BlockHeader) + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1);
+    if (size + alignment > largestBlockSize / 4) {
+        // A large piece (a full block of a chain's links or of a list's items) gets a block of
+        // its own, and the block being filled stays the current one: moving on would leave the
+        // rest of it unused, as much as a quarter of the memory of a long list.
+        auto* block = static_cast<std::byte*>(::operator new(header + size + alignment));
+        auto* own = new (block) BlockHeader{nullptr};
+        if (m_lastBlock) {
+            own->previous = m_lastBlock->previous;
+            m_lastBlock->previous = own;
+        } else {
+            m_lastBlock = own;
+        }
+        const auto start = reinterpret_cast<std::uintptr_t>(block + header);
+        return reinterpret_cast<void*>((start + alignment - 1) & ~(alignment - 1));
+    }
+    const std::size_t grown =
+        m_block == m_first ? firstBlockSize : std::min(2 * m_capacity, largestBlockSize);
     const std::size_t capacity = std::max(grown, size + alignment);
     auto* block = static_cast<std::byte*>(::operator new(header + capacity));
     m_lastBlock = new (block) BlockHeader{m_lastBlock};
@@ -50,16 +67,6 @@ KeptText ExprArena::keepCounted(std::string_view text) {
     *counted = static_cast<std::uint32_t>(text.size());
     std::copy(text.begin(), text.end(), reinterpret_cast<char*>(counted + 1));
     return KeptText(counted);
-}
-
-ExprList ExprArena::keep(const std::vector<const Expr*>& items) {
-    if (items.empty())
-        return {};
-    auto* counted = static_cast<std::size_t*>(
-        allocate(sizeof(std::size_t) + items.size() * sizeof(const Expr*), alignof(std::size_t)));
-    *counted = items.size();
-    std::copy(items.begin(), items.end(), reinterpret_cast<const Expr**>(counted + 1));
-    return ExprList(counted);
 }
 
 namespace expr {

@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <optional>
-#include <span>
 #include <string_view>
 #include <type_traits>
 #include <variant>
@@ -23,26 +23,51 @@ struct Expr;
 /// holds its own): a line's tree is usually a single allocation, a long line's nodes lie
 /// packed together, and trees are cheap to copy and safe to cache.
 using ExprPtr = std::shared_ptr<const Expr>;
-/// The children of a list or a call, in the tree's arena: one pointer to their count and the
-/// children after it, so that a node holding a list stays small.
+struct ExprBlock;
+
+/// The children of a list or a call, in the tree's arena: blocks of nodes held in place, each
+/// block pointing at the next, so that the items are stored as they are read, without knowing
+/// how many will come and without moving any. One pointer, so that a node holding a list stays
+/// small.
 class ExprList {
 public:
-    ExprList() = default;
-    /// `counted` points at the count, which the children follow.
-    explicit ExprList(const std::size_t* counted) : m_counted(counted) {}
+    class iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = const Expr*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const Expr* const*;
+        using reference = const Expr*;
 
-    std::size_t size() const { return m_counted ? *m_counted : 0; }
-    bool empty() const { return size() == 0; }
-    const Expr* const* begin() const {
-        return m_counted ? reinterpret_cast<const Expr* const*>(m_counted + 1) : nullptr;
-    }
-    const Expr* const* end() const { return begin() + size(); }
-    const Expr* operator[](std::size_t i) const { return begin()[i]; }
+        iterator() = default;
+        explicit iterator(const ExprBlock* block) : m_block(block) {}
+        const Expr* operator*() const;
+        iterator& operator++();
+        iterator operator++(int) {
+            iterator before = *this;
+            ++*this;
+            return before;
+        }
+        bool operator==(const iterator&) const = default;
+
+    private:
+        const ExprBlock* m_block = nullptr;
+        std::uint32_t m_index = 0;
+    };
+
+    ExprList() = default;
+    /// `first` is the first of the blocks, none of them empty.
+    explicit ExprList(const ExprBlock* first) : m_first(first) {}
+
+    std::size_t size() const;
+    bool empty() const { return m_first == nullptr; }
+    iterator begin() const { return iterator(m_first); }
+    iterator end() const { return iterator(); }
+    const Expr* operator[](std::size_t i) const;
     const Expr* front() const { return *begin(); }
-    operator std::span<const Expr* const>() const { return {begin(), size()}; }
 
 private:
-    const std::size_t* m_counted = nullptr;
+    const ExprBlock* m_first = nullptr;
 };
 
 /// A name or unit text in the tree's arena: one pointer to its length and the bytes after it.
@@ -261,6 +286,45 @@ struct Expr {
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
+/// A block of a list's items, the nodes themselves after it.
+struct ExprBlock {
+    const ExprBlock* next = nullptr;
+    std::uint32_t size = 0;
+    std::uint32_t capacity = 0;
+
+    Expr* items() { return reinterpret_cast<Expr*>(this + 1); }
+    const Expr* items() const { return reinterpret_cast<const Expr*>(this + 1); }
+};
+static_assert(sizeof(ExprBlock) % alignof(Expr) == 0);
+
+inline const Expr* ExprList::iterator::operator*() const {
+    return m_block->items() + m_index;
+}
+
+inline ExprList::iterator& ExprList::iterator::operator++() {
+    if (++m_index == m_block->size) {
+        m_block = m_block->next;
+        m_index = 0;
+    }
+    return *this;
+}
+
+inline std::size_t ExprList::size() const {
+    std::size_t count = 0;
+    for (const ExprBlock* block = m_first; block; block = block->next)
+        count += block->size;
+    return count;
+}
+
+inline const Expr* ExprList::operator[](std::size_t i) const {
+    const ExprBlock* block = m_first;
+    while (i >= block->size) {
+        i -= block->size;
+        block = block->next;
+    }
+    return block->items() + i;
+}
+
 /// The memory of one tree. Nodes are never freed one by one, so they are placed one after
 /// another in blocks: a line's tree usually fits in the first, which comes with the arena;
 /// later blocks grow up to a cap, so a long line wastes at most a block's worth.
@@ -315,7 +379,14 @@ public:
     std::string_view keep(std::string_view text);
     /// The text with its length, for nodes that hold one pointer to it.
     KeptText keepCounted(std::string_view text);
-    ExprList keep(const std::vector<const Expr*>& items);
+    /// A new, empty block of list items, to follow `previous` when there is one.
+    ExprBlock* newExprBlock(ExprBlock* previous, std::uint32_t capacity) {
+        void* memory = allocate(sizeof(ExprBlock) + capacity * sizeof(Expr), alignof(ExprBlock));
+        auto* block = new (memory) ExprBlock{nullptr, 0, capacity};
+        if (previous)
+            previous->next = block;
+        return block;
+    }
     /// A new, empty block of links, to follow `previous` when there is one.
     expr::LinkBlock* newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity) {
         static_assert(sizeof(expr::LinkBlock) % alignof(expr::Link) == 0);

@@ -527,39 +527,67 @@ const Expr* Parser::parsePrimary() {
     failMisplacedOperator(token.text);
 }
 
+// Reads the items of a list or the arguments of a call into blocks of the arena that grow
+// fourfold up to a cap: each item's own node is copied into its block and given back, so that
+// an item costs one node however long the list.
+class Parser::ItemReader {
+public:
+    explicit ItemReader(Parser& parser) : m_parser(parser) {}
+
+    /// Reads the comma-separated items up to, not including, `close`.
+    ExprList read(Token::Kind close) {
+        if (m_parser.current().kind == close)
+            return {};
+        add();
+        while (m_parser.current().kind == Token::Kind::comma) {
+            m_parser.advance();
+            add();
+        }
+        return ExprList(m_first);
+    }
+
+private:
+    static constexpr std::uint32_t largestBlock = 1024;
+
+    void add() {
+        ExprArena& arena = *m_parser.m_arena;
+        // The block comes first, so that the item's node is the last one made.
+        if (!m_last || m_last->size == m_last->capacity) {
+            const std::uint32_t capacity = m_last ? std::min(m_last->capacity * 4, largestBlock) : 1;
+            m_last = arena.newExprBlock(m_last, capacity);
+            if (!m_first)
+                m_first = m_last;
+        }
+        const Expr* item = m_parser.parseConversion();
+        new (m_last->items() + m_last->size) Expr(*item);
+        ++m_last->size;
+        arena.giveBack(item);
+    }
+
+    Parser& m_parser;
+    ExprBlock* m_first = nullptr;
+    ExprBlock* m_last = nullptr;
+};
+
 const Expr* Parser::parseCall(KeptText name, std::uint32_t first) {
     advance(); // "("
     NestingScope nesting(m_depth);
-    std::vector<const Expr*> args;
-    if (current().kind != Kind::rparen) {
-        args.push_back(parseConversion());
-        while (current().kind == Kind::comma) {
-            advance();
-            args.push_back(parseConversion());
-        }
-    }
+    const ExprList args = ItemReader(*this).read(Kind::rparen);
     if (current().kind != Kind::rparen)
         failMissingCallParen(std::string(name));
     advance();
-    return m_arena->make(expr::Call{name, m_arena->keep(args)}, rangeFrom(first));
+    return m_arena->make(expr::Call{name, args}, rangeFrom(first));
 }
 
 const Expr* Parser::parseList() {
     const std::uint32_t first = here();
     advance(); // "["
     NestingScope nesting(m_depth);
-    std::vector<const Expr*> items;
-    if (current().kind != Kind::rbracket) {
-        items.push_back(parseConversion());
-        while (current().kind == Kind::comma) {
-            advance();
-            items.push_back(parseConversion());
-        }
-    }
+    const ExprList items = ItemReader(*this).read(Kind::rbracket);
     if (current().kind != Kind::rbracket)
         fail(MessageKind::missingListBracket);
     advance();
-    return m_arena->make(expr::List{m_arena->keep(items)}, rangeFrom(first));
+    return m_arena->make(expr::List{items}, rangeFrom(first));
 }
 
 std::string Parser::parseUnitTarget() {

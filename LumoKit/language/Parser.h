@@ -87,6 +87,7 @@ private:
     const Expr* parseList();
 
     class ChainReader;
+    class ItemReader;
     /// Reads operands joined by the operators that `operatorHere` finds, left to right.
     template <typename Operand, typename OperatorHere>
     const Expr* readChain(Operand operand, OperatorHere operatorHere);

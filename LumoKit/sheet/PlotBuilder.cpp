@@ -60,10 +60,11 @@ std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t op
                                       ExprList items) {
     std::vector<std::string> texts;
     std::uint32_t from = open + 1;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const std::uint32_t to =
-            i + 1 < items.size() ? findCharacter(source, items[i]->range.end, items[i + 1]->range.begin, ",")
-                                 : close;
+    for (auto item = items.begin(); item != items.end();) {
+        const Expr* current = *item;
+        const std::uint32_t to = ++item != items.end()
+                                     ? findCharacter(source, current->range.end, (*item)->range.begin, ",")
+                                     : close;
         texts.push_back(unicode::trim(source.slice({from, to})));
         from = to + 1;
     }

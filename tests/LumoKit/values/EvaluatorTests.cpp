@@ -153,6 +153,13 @@ TEST(Evaluator, FlatChainsOfAnyLength) {
             text += op + term;
         return text;
     };
+    // 0, 1, 2 … in order, so that items read in the wrong order show.
+    const auto numbers = [](int count) {
+        std::string text = "0";
+        for (int i = 1; i < count; ++i)
+            text += ", " + std::to_string(i);
+        return text;
+    };
     MapContext context = sheetContext();
     expectAnswers({{chain("1", "+", 10000), "10000"},
                    {chain("1", " + ", 200000), "200000"},
@@ -166,7 +173,9 @@ TEST(Evaluator, FlatChainsOfAnyLength) {
                    {chain("10%", " + ", 1000), "10000%"},
                    {"200" + chain("", " + 10%", 3), "242"},
                    {"2" + chain("", " * 50%", 4), "0.25"},
-                   {"sum([" + chain("1", ",", 100000) + "])", "100000"}},
+                   {"sum([" + chain("1", ",", 100000) + "])", "100000"},
+                   {"[" + numbers(3000) + "][2345]", "2345"},
+                   {"max(" + numbers(3000) + ") - min(" + numbers(3000) + ")", "2999"}},
                   &context);
     // A written list or a call holds at most as many items as any list may.
     expectErrors({{"[" + chain("1", ",", 100001) + "]", "The list is too big"},
