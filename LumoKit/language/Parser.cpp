@@ -433,7 +433,7 @@ const Expr* Parser::parsePostfix() {
             // measure (120 mm) is one node; a unit raised to a power (3x^2) is not a measure.
             const bool powered = isOp(peek(), "^");
             const std::optional<double> measure = powered ? std::nullopt : m_arena->takeBackNumber(e);
-            const KeptText unit = m_arena->keepCounted(token.text);
+            const KeptText unit = keepWord(token.text);
             const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
@@ -488,7 +488,7 @@ const Expr* Parser::parsePrimary() {
         return m_arena->make(expr::Ref{line}, range);
     }
     case Kind::identifier: {
-        const KeptText name = m_arena->keepCounted(token.text);
+        const KeptText name = keepWord(token.text);
         advance();
         if (current().kind == Kind::lparen)
             return parseCall(name, first);
@@ -568,6 +568,14 @@ private:
     ExprBlock* m_first = nullptr;
     ExprBlock* m_last = nullptr;
 };
+
+// The same word as the one kept last is shared, so that a long sum of 1 m + 1 m … keeps its
+// unit once.
+KeptText Parser::keepWord(std::string_view word) {
+    if (m_lastWord.view() != word)
+        m_lastWord = m_arena->keepCounted(word);
+    return m_lastWord;
+}
 
 const Expr* Parser::parseCall(KeptText name, std::uint32_t first) {
     advance(); // "("

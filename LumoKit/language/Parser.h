@@ -84,6 +84,7 @@ private:
     const Expr* parsePrimary();
     std::string parseUnitTarget();
     const Expr* parseCall(KeptText name, std::uint32_t first);
+    KeptText keepWord(std::string_view word);
     const Expr* parseList();
 
     class ChainReader;
@@ -117,6 +118,7 @@ private:
 
     std::shared_ptr<ExprArena> m_ownedArena; // absent when the arena is lent
     ExprArena* m_arena;
+    KeptText m_lastWord; // the name or unit kept last
     TokenStream m_stream;
     // The current token and the one after it, which swap places as the parser advances.
     Token m_window[2];
