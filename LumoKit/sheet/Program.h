@@ -45,8 +45,8 @@ struct LineParseCache {
     std::optional<bool> canContinue; // whether the text starts like a continuation
     const ParsedLine* asWritten = nullptr;
     const ParsedLine* continued = nullptr;
-    std::shared_ptr<const ParsedLine> ownedAsWritten;
-    std::shared_ptr<const ParsedLine> ownedContinued;
+    std::unique_ptr<const ParsedLine> ownedAsWritten;
+    std::unique_ptr<const ParsedLine> ownedContinued;
 
     /// Lets go of the parses (the answer is what stays of a line that runs once).
     void release() {

@@ -9,8 +9,8 @@
 
 namespace lumo {
 
-std::shared_ptr<const ParsedLine> parseLine(std::string_view text) {
-    auto parsedLine = std::make_shared<ParsedLine>();
+std::unique_ptr<const ParsedLine> parseLine(std::string_view text) {
+    auto parsedLine = std::make_unique<ParsedLine>();
     try {
         parsedLine->statement = parseStatement(text, parsedLine->arena);
     } catch (const CalcError& error) {

@@ -17,7 +17,7 @@ namespace lumo {
 struct RunCheckpoint;
 
 /// Parses a prepared line text; a failure is kept as the parser's message.
-std::shared_ptr<const ParsedLine> parseLine(std::string_view text);
+std::unique_ptr<const ParsedLine> parseLine(std::string_view text);
 
 /// The parses of one sheet's lines kept from one run to the next, so that a run after a
 /// keystroke parses only the lines that changed.
@@ -67,7 +67,7 @@ public:
 
 private:
     using Entries =
-        std::unordered_map<std::string, std::shared_ptr<const ParsedLine>, TextHash, std::equal_to<>>;
+        std::unordered_map<std::string, std::unique_ptr<const ParsedLine>, TextHash, std::equal_to<>>;
     using Slot = Entries::value_type;
 
     // The entries a line's two parses use, the parses themselves, and its memo, by 0-based line.
