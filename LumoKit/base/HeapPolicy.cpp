@@ -26,7 +26,7 @@ void reserveLargePages() {
     mallopt(M_TOP_PAD, static_cast<int>(reserve));
     auto* const before = static_cast<char*>(sbrk(0));
     // No free block at start is this large, and it is below the threshold for a mapping of its
-    // own (raised above), so it can only come from growing the heap, by the reserve besides.
+    // own (raised first), so it can only come from growing the heap, by the reserve besides.
     void* volatile probe = std::malloc(reserve / 4); // volatile: the pair must not be elided
     auto* const after = static_cast<char*>(sbrk(0));
     std::free(probe);
