@@ -2,6 +2,7 @@
 
 // The tree a line is parsed into, and the arena its nodes live in.
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -23,37 +24,57 @@ struct Expr;
 /// holds its own): a line's tree is usually a single allocation, a long line's nodes lie
 /// packed together, and trees are cheap to copy and safe to cache.
 using ExprPtr = std::shared_ptr<const Expr>;
-struct ExprBlock;
+/// Items of one kind in a tree's arena, in blocks that each point at the next: a chain's links
+/// or a list's nodes, stored as they are read, without knowing how many will come and without
+/// moving any. The items follow the block's header.
+template <typename Item> struct ArenaBlock {
+    const ArenaBlock* next = nullptr;
+    std::uint32_t size = 0;
+    std::uint32_t capacity = 0;
 
-/// The children of a list or a call, in the tree's arena: blocks of nodes held in place, each
-/// block pointing at the next, so that the items are stored as they are read, without knowing
-/// how many will come and without moving any. One pointer, so that a node holding a list stays
-/// small.
+    Item* items() { return reinterpret_cast<Item*>(this + 1); }
+    const Item* items() const { return reinterpret_cast<const Item*>(this + 1); }
+};
+
+/// Walks the items of a run of blocks, none of them empty.
+template <typename Item> class BlockIterator {
+public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Item;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Item*;
+    using reference = const Item&;
+
+    BlockIterator() = default;
+    explicit BlockIterator(const ArenaBlock<Item>* block) : m_block(block) {}
+    const Item& operator*() const { return m_block->items()[m_index]; }
+    const Item* operator->() const { return &**this; }
+    BlockIterator& operator++() {
+        if (++m_index == m_block->size) {
+            m_block = m_block->next;
+            m_index = 0;
+        }
+        return *this;
+    }
+    BlockIterator operator++(int) {
+        BlockIterator before = *this;
+        ++*this;
+        return before;
+    }
+    bool operator==(const BlockIterator&) const = default;
+
+private:
+    const ArenaBlock<Item>* m_block = nullptr;
+    std::uint32_t m_index = 0;
+};
+
+using ExprBlock = ArenaBlock<Expr>;
+
+/// The children of a list or a call, in the tree's arena: blocks of the nodes themselves. One
+/// pointer, so that a node holding a list stays small.
 class ExprList {
 public:
-    class iterator {
-    public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = const Expr*;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const Expr* const*;
-        using reference = const Expr*;
-
-        iterator() = default;
-        explicit iterator(const ExprBlock* block) : m_block(block) {}
-        const Expr* operator*() const;
-        iterator& operator++();
-        iterator operator++(int) {
-            iterator before = *this;
-            ++*this;
-            return before;
-        }
-        bool operator==(const iterator&) const = default;
-
-    private:
-        const ExprBlock* m_block = nullptr;
-        std::uint32_t m_index = 0;
-    };
+    using iterator = BlockIterator<Expr>;
 
     ExprList() = default;
     /// `first` is the first of the blocks, none of them empty.
@@ -63,8 +84,9 @@ public:
     bool empty() const { return m_first == nullptr; }
     iterator begin() const { return iterator(m_first); }
     iterator end() const { return iterator(); }
+    /// The address of item `i`, as a node's children are held.
     const Expr* operator[](std::size_t i) const;
-    const Expr* front() const { return *begin(); }
+    const Expr* front() const { return m_first->items(); }
 
 private:
     const ExprBlock* m_first = nullptr;
@@ -189,45 +211,12 @@ private:
 };
 static_assert(sizeof(Link) == 24);
 
-/// The links of a chain, in the tree's arena: blocks of links, each pointing at the next, so
-/// that a chain is built while it is read without knowing its length or moving its links.
-struct LinkBlock {
-    const LinkBlock* next = nullptr;
-    std::uint32_t size = 0;
-    std::uint32_t capacity = 0;
+using LinkBlock = ArenaBlock<Link>;
 
-    Link* links() { return reinterpret_cast<Link*>(this + 1); }
-    const Link* links() const { return reinterpret_cast<const Link*>(this + 1); }
-};
-
+/// The links of a chain, in blocks of the tree's arena.
 class LinkList {
 public:
-    class iterator {
-    public:
-        using value_type = Link;
-        using difference_type = std::ptrdiff_t;
-        iterator() = default;
-        explicit iterator(const LinkBlock* block) : m_block(block) {}
-        const Link& operator*() const { return m_block->links()[m_index]; }
-        const Link* operator->() const { return &**this; }
-        iterator& operator++() {
-            if (++m_index == m_block->size) {
-                m_block = m_block->next;
-                m_index = 0;
-            }
-            return *this;
-        }
-        iterator operator++(int) {
-            iterator before = *this;
-            ++*this;
-            return before;
-        }
-        bool operator==(const iterator&) const = default;
-
-    private:
-        const LinkBlock* m_block = nullptr;
-        std::uint32_t m_index = 0;
-    };
+    using iterator = BlockIterator<Link>;
 
     LinkList() = default;
     explicit LinkList(const LinkBlock* first) : m_first(first) {}
@@ -286,28 +275,7 @@ struct Expr {
     template <typename T> bool is() const { return std::holds_alternative<T>(node); }
 };
 
-/// A block of a list's items, the nodes themselves after it.
-struct ExprBlock {
-    const ExprBlock* next = nullptr;
-    std::uint32_t size = 0;
-    std::uint32_t capacity = 0;
-
-    Expr* items() { return reinterpret_cast<Expr*>(this + 1); }
-    const Expr* items() const { return reinterpret_cast<const Expr*>(this + 1); }
-};
 static_assert(sizeof(ExprBlock) % alignof(Expr) == 0);
-
-inline const Expr* ExprList::iterator::operator*() const {
-    return m_block->items() + m_index;
-}
-
-inline ExprList::iterator& ExprList::iterator::operator++() {
-    if (++m_index == m_block->size) {
-        m_block = m_block->next;
-        m_index = 0;
-    }
-    return *this;
-}
 
 inline std::size_t ExprList::size() const {
     std::size_t count = 0;
@@ -379,22 +347,19 @@ public:
     std::string_view keep(std::string_view text);
     /// The text with its length, for nodes that hold one pointer to it.
     KeptText keepCounted(std::string_view text);
-    /// A new, empty block of list items, to follow `previous` when there is one.
-    ExprBlock* newExprBlock(ExprBlock* previous, std::uint32_t capacity) {
-        void* memory = allocate(sizeof(ExprBlock) + capacity * sizeof(Expr), alignof(ExprBlock));
-        auto* block = new (memory) ExprBlock{nullptr, 0, capacity};
-        if (previous)
-            previous->next = block;
-        return block;
-    }
-    /// A new, empty block of links, to follow `previous` when there is one.
-    expr::LinkBlock* newLinkBlock(expr::LinkBlock* previous, std::uint32_t capacity) {
-        static_assert(sizeof(expr::LinkBlock) % alignof(expr::Link) == 0);
+    /// The block the next item of a run of blocks goes into: `last` while it has room, else a
+    /// new one after it, four times as large up to 1,024 items (the first holds one).
+    template <typename Item> ArenaBlock<Item>* roomAfter(ArenaBlock<Item>* last) {
+        if (last && last->size < last->capacity)
+            return last;
+        constexpr std::uint32_t largest = 1024;
+        const std::uint32_t capacity = last ? std::min(last->capacity * 4, largest) : 1;
+        static_assert(sizeof(ArenaBlock<Item>) % alignof(Item) == 0);
         void* memory =
-            allocate(sizeof(expr::LinkBlock) + capacity * sizeof(expr::Link), alignof(expr::LinkBlock));
-        auto* block = new (memory) expr::LinkBlock{nullptr, 0, capacity};
-        if (previous)
-            previous->next = block;
+            allocate(sizeof(ArenaBlock<Item>) + capacity * sizeof(Item), alignof(ArenaBlock<Item>));
+        auto* block = new (memory) ArenaBlock<Item>{nullptr, 0, capacity};
+        if (last)
+            last->next = block;
         return block;
     }
 

@@ -234,15 +234,12 @@ public:
 
     /// Call after the operator, before its operand is read.
     void expectOperand() {
-        if (!m_last || m_last->size == m_last->capacity) {
-            const std::uint32_t capacity = m_last ? std::min(m_last->capacity * 4, largestLinkBlock) : 1;
-            m_last = m_parser.m_arena->newLinkBlock(m_last, capacity);
-            if (!m_firstBlock)
-                m_firstBlock = m_last;
-        }
+        m_last = m_parser.m_arena->roomAfter(m_last);
+        if (!m_firstBlock)
+            m_firstBlock = m_last;
     }
     void add(expr::Operator op, const Expr* operand) {
-        Link* link = m_last->links() + m_last->size++;
+        Link* link = m_last->items() + m_last->size++;
         ExprArena& arena = *m_parser.m_arena;
         const auto* name = operand->as<expr::Identifier>();
         const SourceRange range = operand->range;
@@ -267,7 +264,6 @@ public:
 
 private:
     using Link = expr::Link;
-    static constexpr std::uint32_t largestLinkBlock = 1024;
 
     Parser& m_parser;
     const Expr* m_first;
@@ -547,17 +543,12 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t largestBlock = 1024;
-
     void add() {
         ExprArena& arena = *m_parser.m_arena;
         // The block comes first, so that the item's node is the last one made.
-        if (!m_last || m_last->size == m_last->capacity) {
-            const std::uint32_t capacity = m_last ? std::min(m_last->capacity * 4, largestBlock) : 1;
-            m_last = arena.newExprBlock(m_last, capacity);
-            if (!m_first)
-                m_first = m_last;
-        }
+        m_last = arena.roomAfter(m_last);
+        if (!m_first)
+            m_first = m_last;
         const Expr* item = m_parser.parseConversion();
         new (m_last->items() + m_last->size) Expr(*item);
         ++m_last->size;

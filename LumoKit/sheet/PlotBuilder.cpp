@@ -61,10 +61,9 @@ std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t op
     std::vector<std::string> texts;
     std::uint32_t from = open + 1;
     for (auto item = items.begin(); item != items.end();) {
-        const Expr* current = *item;
-        const std::uint32_t to = ++item != items.end()
-                                     ? findCharacter(source, current->range.end, (*item)->range.begin, ",")
-                                     : close;
+        const SourceRange current = item->range;
+        const std::uint32_t to =
+            ++item != items.end() ? findCharacter(source, current.end, item->range.begin, ",") : close;
         texts.push_back(unicode::trim(source.slice({from, to})));
         from = to + 1;
     }
@@ -255,8 +254,14 @@ bool refersToName(const Expr& expression, std::string_view name) {
             // "3y" is a unit application whose name the evaluator first asks the context for.
             [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
             [&](const expr::Measure& node) { return node.unit == name; },
-            [&](const expr::List& node) { return std::any_of(node.items.begin(), node.items.end(), refers); },
-            [&](const expr::Call& node) { return std::any_of(node.args.begin(), node.args.end(), refers); },
+            [&](const expr::List& node) {
+                return std::any_of(node.items.begin(), node.items.end(),
+                                   [&](const Expr& item) { return refers(&item); });
+            },
+            [&](const expr::Call& node) {
+                return std::any_of(node.args.begin(), node.args.end(),
+                                   [&](const Expr& item) { return refers(&item); });
+            },
             [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },
             [&](const expr::Unary& node) { return refers(node.operand); },
             [&](const expr::Chain& node) {
@@ -345,8 +350,8 @@ PlotSpec buildBars(const expr::Call& call, const CallSource& source, EvalContext
                    const EvaluationOptions& options) {
     const Evaluator evaluator(options, &context);
     std::vector<Value> values;
-    for (const Expr* argument : call.args)
-        values.push_back(evaluator.evaluate(*argument));
+    for (const Expr& argument : call.args)
+        values.push_back(evaluator.evaluate(argument));
 
     std::vector<std::string> labels;
     if (values.size() == 1 && values.front().isList()) {

@@ -329,7 +329,7 @@ std::vector<Value> ProgramRunner::rangeItems(const expr::Call& call) {
         throw CalcError(MessageKind::rangeUsage);
     std::vector<std::int64_t> bounds;
     for (const auto& argument : call.args) {
-        const Value value = withoutPercent(Evaluator(m_context.options(), &m_context).evaluate(*argument));
+        const Value value = withoutPercent(Evaluator(m_context.options(), &m_context).evaluate(argument));
         if (!value.isNumber())
             throw CalcError(MessageKind::rangeKind, {kindName(value)});
         if (value.unit)

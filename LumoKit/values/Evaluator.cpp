@@ -128,8 +128,8 @@ private:
         std::vector<Value> values;
         values.reserve(nodes.size());
         std::size_t weight = 1;
-        for (const Expr* node : nodes) {
-            values.push_back(walk(*node));
+        for (const Expr& node : nodes) {
+            values.push_back(walk(node));
             weight += valueWeight(values.back());
             if (weight > maxValueWeight())
                 throw CalcError(MessageKind::listTooBig);

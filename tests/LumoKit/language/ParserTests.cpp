@@ -17,8 +17,8 @@ std::string print(const Expr* e);
 
 std::string printAll(ExprList items) {
     std::string out;
-    for (const auto& item : items)
-        out += " " + print(item);
+    for (const Expr& item : items)
+        out += " " + print(&item);
     return out;
 }
 
@@ -240,8 +240,8 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
             texts.emplace_back(source.slice(e.range));
             std::visit(overloaded{
                            [&](const expr::List& l) {
-                               for (const auto& item : l.items)
-                                   walk(*item);
+                               for (const Expr& item : l.items)
+                                   walk(item);
                            },
                            [&](const expr::Index& i) {
                                walk(*i.target);
@@ -260,8 +260,8 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
                            [&](const expr::Percent& p) { walk(*p.operand); },
                            [&](const expr::UnitApply& u) { walk(*u.operand); },
                            [&](const expr::Call& call) {
-                               for (const auto& argument : call.args)
-                                   walk(*argument);
+                               for (const Expr& argument : call.args)
+                                   walk(argument);
                            },
                            [&](const expr::Convert& convert) { walk(*convert.operand); },
                            [&](const expr::PercentOf& p) {
