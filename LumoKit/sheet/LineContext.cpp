@@ -214,10 +214,16 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
 
     // Only a run that keeps its parses between runs can meet a memo again, and only lines
     // outside loops and functions read the same values run after run.
-    const bool memoized =
-        parses && owner == LineOwner::thisSheet && counting == LineCounting::counted && locals.empty();
-    Value answer = memoized ? memoizedAnswer(parsedLine, parses->memo(static_cast<std::size_t>(line.index)))
-                            : Evaluator(m_options, this).evaluate(*statement.expr);
+    Value answer = usesMemos(counting, owner)
+                       ? memoizedAnswer(parsedLine, *line.cache.canContinue,
+                                        parses->memo(static_cast<std::size_t>(line.index)))
+                       : Evaluator(m_options, this).evaluate(*statement.expr);
+    keepAnswer(line, counting, owner, answer, statement.name);
+    return LineOutcome::makeValue(std::move(answer));
+}
+
+void LineContext::keepAnswer(const Program::Line& line, LineCounting counting, LineOwner owner,
+                             const Value& answer, const std::optional<std::string>& name) {
     retain(line, owner, answer);
     previous = answer;
     if (owner == LineOwner::thisSheet) {
@@ -230,16 +236,42 @@ LineOutcome LineContext::evaluateStatement(const Program::Line& line, const Pars
         block.add(answer);
         all.add(answer);
     }
-    if (statement.name)
-        assign(*statement.name, answer);
-    return LineOutcome::makeValue(std::move(answer));
+    if (name)
+        assign(*name, answer);
 }
 
-Value LineContext::memoizedAnswer(const ParsedLine& parsedLine, std::unique_ptr<LineMemo>& memo) {
+bool LineContext::answerFromMemo(const Program::Line& line, LineCounting counting, LineOwner owner,
+                                 LineResult& result) {
+    if (!usesMemos(counting, owner))
+        return false;
+    const auto [memo, parse] =
+        parses->unchangedLine(static_cast<std::size_t>(line.index), previous.has_value());
+    mixedUnits = false;
+    if (!memo || !memoHolds(*memo))
+        return false;
+    const std::optional<std::string>& name = parse->statement->name;
+    try {
+        keepAnswer(line, counting, owner, memo->answer, name);
+    } catch (const CalcError&) {
+        // Too much kept by the lines above: evaluated, the line says so.
+        return false;
+    }
+    LineOutcome& outcome = result.outcome;
+    outcome.kind = LineOutcome::Kind::value;
+    outcome.value = memo->answer;
+    outcome.plot.reset();
+    outcome.message.clear();
+    outcome.failure = MessageKind::verbatim;
+    result.name = name;
+    return true;
+}
+
+Value LineContext::memoizedAnswer(const ParsedLine& parsedLine, bool canContinue,
+                                  std::unique_ptr<LineMemo>& memo) {
     if (memo && memo->parse == &parsedLine && memoHolds(*memo))
         return memo->answer;
     memo.reset();
-    LineMemo recording{&parsedLine, m_options, {}, {}};
+    LineMemo recording{&parsedLine, m_options, canContinue, {}, {}};
     m_recording = &recording;
     m_recordingHolds = true;
     Value answer;

@@ -107,6 +107,13 @@ public:
     /// A failure leaves the context as it was.
     LineResult evaluateLine(const Program::Line& line, LineCounting counting, LineOwner owner);
 
+    /// Answers a line the way evaluateLine would, into `result`, when the line is unchanged
+    /// since the last run and every read of its memo gives the same value again: the state
+    /// moves on as the evaluation would have moved it. False, with nothing changed, when the
+    /// line has to be evaluated. Most lines below a keystroke are answered here.
+    bool answerFromMemo(const Program::Line& line, LineCounting counting, LineOwner owner,
+                        LineResult& result);
+
 private:
     /// Whether the line is calculated as a continuation of the previous answer ("prev " in front).
     bool continues(const Program::Line& line);
@@ -115,7 +122,15 @@ private:
                                   LineCounting counting, LineOwner owner);
     /// The answer of a line of this sheet outside any function, from its memo when every read
     /// recorded there reads the same now, else evaluated and recorded.
-    Value memoizedAnswer(const ParsedLine& parsedLine, std::unique_ptr<LineMemo>& memo);
+    Value memoizedAnswer(const ParsedLine& parsedLine, bool canContinue, std::unique_ptr<LineMemo>& memo);
+    /// Whether a line's answer may come from, and go into, a memo.
+    bool usesMemos(LineCounting counting, LineOwner owner) const {
+        return parses && owner == LineOwner::thisSheet && counting == LineCounting::counted && locals.empty();
+    }
+    /// What a line's answer does to the run: its weight, prev, its line answer, sum and total,
+    /// and its name.
+    void keepAnswer(const Program::Line& line, LineCounting counting, LineOwner owner, const Value& answer,
+                    const std::optional<std::string>& name);
     bool memoHolds(const LineMemo& memo);
     void record(LineMemo::Read read);
     std::optional<Value> lookUp(const std::string& name);

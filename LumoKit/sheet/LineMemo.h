@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <absl/container/inlined_vector.h>
+
 #include "LumoKit/base/EvaluationOptions.h"
 #include "LumoKit/values/Value.h"
 
@@ -26,7 +28,9 @@ struct LineMemo {
 
     const ParsedLine* parse = nullptr; // what was evaluated
     EvaluationOptions options;
-    std::vector<Read> reads;
+    bool canContinue = false; // whether the line's text starts like a continuation
+    // Most lines read one name or none: held inside, that read costs no second visit to memory.
+    absl::InlinedVector<Read, 1> reads;
     Value answer;
 };
 

@@ -103,6 +103,10 @@ std::vector<LineResult> ProgramRunner::run() {
     m_results.reserve(m_lines.size());
     if (checkpoint)
         takeUp(*checkpoint);
+    // A run after a keystroke defines about the names the last one did: room for them is
+    // made once rather than by growing the table again and again.
+    if (m_context.parses)
+        m_context.names.reserve(m_context.parses->lastRunsNameCount());
     m_results.resize(m_lines.size());
     showStructure(program);
     // The line a later run may start at: the first one that changed, or the end of the plain
@@ -121,8 +125,10 @@ std::vector<LineResult> ProgramRunner::run() {
     } catch (const RunStopped&) {
         fillUnreached();
     }
-    if (m_context.parses)
+    if (m_context.parses) {
+        m_context.parses->setNameCount(m_context.names.size());
         m_context.parses->endRun();
+    }
     return std::move(m_results);
 }
 
@@ -167,6 +173,9 @@ std::optional<ProgramFlow> ProgramRunner::executeNode(const ProgramNode& node, L
     return std::visit(
         overloaded{
             [&](const Program::Line& line) -> std::optional<ProgramFlow> {
+                if (LineResult* result = resultOf(line.index);
+                    result && m_context.answerFromMemo(line, counting, currentOwner(), *result))
+                    return std::nullopt;
                 setResult(line.index, m_context.evaluateLine(line, counting, currentOwner()));
                 // A loop's pass can be slow however few passes it makes (a list that
                 // doubles), so its lines read the clock; a line of the sheet itself
@@ -430,10 +439,16 @@ LineOwner ProgramRunner::currentOwner() const {
     return !m_homeStack.empty() && m_homeStack.back() ? LineOwner::otherSheet : LineOwner::thisSheet;
 }
 
-void ProgramRunner::setResult(std::int64_t index, LineResult result) {
+LineResult* ProgramRunner::resultOf(std::int64_t index) {
     if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
         static_cast<std::size_t>(index) < m_results.size())
-        m_results[static_cast<std::size_t>(index)] = std::move(result);
+        return &m_results[static_cast<std::size_t>(index)];
+    return nullptr;
+}
+
+void ProgramRunner::setResult(std::int64_t index, LineResult result) {
+    if (LineResult* slot = resultOf(index))
+        *slot = std::move(result);
 }
 
 void ProgramRunner::failLine(std::int64_t index, const Message& message) {

@@ -68,6 +68,8 @@ private:
     const SharedDefinitions& sharedDefinitions();
 
     LineOwner currentOwner() const;
+    /// Where the result of line `index` goes: null for a line of another sheet's function.
+    LineResult* resultOf(std::int64_t index);
     void setResult(std::int64_t index, LineResult result);
     void failLine(std::int64_t index, const Message& message);
     void markVisited(const ProgramNode& node);

@@ -65,6 +65,34 @@ const ParsedLine& SheetParseCache::parsed(std::string_view text, std::optional<s
     return *slots.parse(continued);
 }
 
+SheetParseCache::UnchangedLine SheetParseCache::unchangedLine(std::size_t line, bool previousAnswered) {
+    const auto last = line < m_lineSlots.size() ? lastRunsLine(line) : std::nullopt;
+    if (!last)
+        return {};
+    LineSlots& slots = m_lineSlots[line];
+    LineSlots& lastSlots = m_lastLineSlots[*last];
+    if (*last + 3 < m_lastLineSlots.size()) {
+        const LineSlots& ahead = m_lastLineSlots[*last + 3];
+        __builtin_prefetch(ahead.memo.get());
+        if (ahead.asWrittenParse)
+            __builtin_prefetch(&ahead.asWrittenParse->statement);
+    }
+    LineMemo* memo = slots.memo ? slots.memo.get() : lastSlots.memo.get();
+    if (!memo)
+        return {};
+    const bool continued = previousAnswered && memo->canContinue;
+    // The parse is taken from the slots rather than from the memo, so that reading it need
+    // not wait for the memo to arrive from memory.
+    const ParsedLine* parse = lastSlots.parse(continued);
+    if (memo->parse != parse)
+        return {};
+    slots[continued] = lastSlots[continued];
+    slots.parse(continued) = parse;
+    if (!slots.memo)
+        slots.memo = std::move(lastSlots.memo);
+    return {memo, parse};
+}
+
 SheetParseCache::SheetParseCache() = default;
 SheetParseCache::~SheetParseCache() = default;
 

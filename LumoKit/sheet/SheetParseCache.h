@@ -51,6 +51,21 @@ public:
     /// for first. An unchanged line brings its memo from the last run.
     std::unique_ptr<LineMemo>& memo(std::size_t line) { return m_lineSlots[line].memo; }
 
+    /// An unchanged line's memo with the parse it was made from.
+    struct UnchangedLine {
+        LineMemo* memo = nullptr;
+        const ParsedLine* parse = nullptr;
+    };
+    /// The memo of line `line` (0-based) if the line is the same as in the last run and its
+    /// memo was made from the parse it is read with now (as continued when `previousAnswered`
+    /// and the text starts like a continuation); the line's parse comes along as if asked for.
+    /// Nothing otherwise, and nothing is brought.
+    UnchangedLine unchangedLine(std::size_t line, bool previousAnswered);
+
+    /// How many names the last run ended with, for making room at once.
+    std::size_t lastRunsNameCount() const { return m_lastRunsNameCount; }
+    void setNameCount(std::size_t count) { m_lastRunsNameCount = count; }
+
     /// Called by the run around its use of the cache. beginRun gives how many lines at the
     /// top are the same as the last run's.
     std::size_t beginRun(const SheetLines& lines);
@@ -110,6 +125,7 @@ private:
     std::string m_lastLines;
     std::vector<std::size_t> m_lastLineEnds;
     std::unique_ptr<RunCheckpoint> m_checkpoint;
+    std::size_t m_lastRunsNameCount = 0;
     bool m_running = false; // between beginRun and endRun
 };
 
