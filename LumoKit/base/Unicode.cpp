@@ -264,6 +264,10 @@ std::string trim(std::string_view text) {
 }
 
 std::string_view trimView(std::string_view text) {
+    // Most lines start and end with a visible ASCII character: nothing to trim, nothing to decode.
+    const auto visibleAscii = [](char c) { return c > ' ' && c < 0x7F; };
+    if (!text.empty() && visibleAscii(text.front()) && visibleAscii(text.back()))
+        return text;
     // Only the ends are read: forwards over leading spaces, backwards over trailing ones.
     std::size_t begin = 0;
     while (begin < text.size()) {

@@ -1,5 +1,7 @@
 #include "LumoKit/sheet/LineContext.h"
 
+#include <algorithm>
+
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
@@ -18,7 +20,8 @@ constexpr std::size_t retainedItemLimit = maxValueWeight();
 constexpr std::size_t memoWeightLimit = 64;
 
 std::size_t weigh(const Value& value, std::size_t limit) {
-    return valueWeight(value, limit);
+    // Asked of every answer, and most answers are numbers.
+    return value.isNumber() ? 1 : valueWeight(value, limit);
 }
 
 // Whether a line that is only a sum word, not shadowed by an argument, meets mixed units:
@@ -302,21 +305,27 @@ void LineContext::record(LineMemo::Read read) {
 bool LineContext::memoHolds(const LineMemo& memo) {
     if (memo.options != m_options)
         return false;
-    // Reading a sum of mixed units marks the line; a memo that no longer holds marks nothing.
-    const bool mixedBefore = mixedUnits;
-    try {
-        for (const LineMemo::Read& read : memo.reads) {
-            const std::optional<Value> now = read.name.empty() ? answerOnLine(read.line) : lookUp(read.name);
-            if (now != read.value) {
-                mixedUnits = mixedBefore;
-                return false;
-            }
-        }
-    } catch (const CalcError&) {
-        mixedUnits = mixedBefore;
-        return false;
+    return std::all_of(memo.reads.begin(), memo.reads.end(),
+                       [this](const LineMemo::Read& read) { return readsTheSame(read); });
+}
+
+// Compares in place rather than through lookUp's copy: most lines below a keystroke read the
+// same values again. Memos are only used outside functions, so there are no local names.
+bool LineContext::readsTheSame(const LineMemo::Read& read) const {
+    const auto same = [&read](const std::optional<Value>& now) { return now == read.value; };
+    if (read.name.empty()) {
+        const bool onSheet = read.line >= 1 && static_cast<std::uint64_t>(read.line) <= byLine.size();
+        return onSheet ? same(byLine[static_cast<std::size_t>(read.line - 1)]) : !read.value;
     }
-    return true;
+    if (const auto word = sheetWordOf(read.name)) {
+        if (*word == SheetWord::previous)
+            return same(previous);
+        // Units mixed in the sum make the line fail, which its evaluation reports.
+        const std::optional<Value> sum = (*word == SheetWord::blockSum ? block : all).value();
+        return sum && same(sum);
+    }
+    const auto found = names.find(read.name);
+    return found == names.end() ? !read.value : read.value && *read.value == found->second;
 }
 
 void LineContext::retain(const Program::Line& line, LineOwner owner, const Value& answer) {

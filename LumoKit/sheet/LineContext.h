@@ -132,6 +132,7 @@ private:
     void keepAnswer(const Program::Line& line, LineCounting counting, LineOwner owner, const Value& answer,
                     const std::optional<std::string>& name);
     bool memoHolds(const LineMemo& memo);
+    bool readsTheSame(const LineMemo::Read& read) const;
     void record(LineMemo::Read read);
     std::optional<Value> lookUp(const std::string& name);
     void retain(const Program::Line& line, LineOwner owner, const Value& answer);

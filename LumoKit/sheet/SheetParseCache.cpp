@@ -203,20 +203,31 @@ void SheetParseCache::endRun() {
 void SheetParseCache::dropUnused(std::vector<Slot*> candidates) {
     std::sort(candidates.begin(), candidates.end());
     candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
-    std::vector<bool> used(candidates.size(), false);
-    const auto keep = [&](Slot* slot) {
-        if (const auto found = std::lower_bound(candidates.begin(), candidates.end(), slot);
-            found != candidates.end() && *found == slot)
-            used[static_cast<std::size_t>(found - candidates.begin())] = true;
+    const auto usedBy = [](Slot* candidate) {
+        return [candidate](const LineSlots& slots) {
+            return slots.asWritten == candidate || slots.continued == candidate;
+        };
     };
-    for (const LineSlots& slots : m_lineSlots) {
-        keep(slots.asWritten);
-        keep(slots.continued);
+    // A keystroke leaves one or two candidates: the lines are searched for each of them,
+    // which a compiler makes a tight loop; more are looked up in the sorted candidates.
+    constexpr std::size_t fewCandidates = 4;
+    std::vector<bool> used(candidates.size(), false);
+    if (candidates.size() <= fewCandidates) {
+        for (std::size_t i = 0; i < candidates.size(); ++i)
+            used[i] = std::any_of(m_lineSlots.begin(), m_lineSlots.end(), usedBy(candidates[i]));
+    } else {
+        const auto keep = [&](Slot* slot) {
+            if (const auto found = std::lower_bound(candidates.begin(), candidates.end(), slot);
+                found != candidates.end() && *found == slot)
+                used[static_cast<std::size_t>(found - candidates.begin())] = true;
+        };
+        for (const LineSlots& slots : m_lineSlots) {
+            keep(slots.asWritten);
+            keep(slots.continued);
+        }
     }
-    for (Slot* slot : m_otherAsks)
-        keep(slot);
     for (std::size_t i = 0; i < candidates.size(); ++i) {
-        if (!used[i])
+        if (!used[i] && std::find(m_otherAsks.begin(), m_otherAsks.end(), candidates[i]) == m_otherAsks.end())
             m_entries.erase(m_entries.find(candidates[i]->first));
     }
 }
