@@ -11,8 +11,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <iostream>
 #include <memory>
+#include <ostream>
 
 #include "LumoCalc/app/Application.h"
 #include "LumoCalc/window/MainWindow.h"
@@ -21,6 +21,7 @@
 #include "LumoUI/settings/AppSettings.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
+#include "support/QtTestSupport.h"
 
 QT_BEGIN_NAMESPACE
 inline void PrintTo(const QString& text, std::ostream* out) {
@@ -30,25 +31,10 @@ QT_END_NAMESPACE
 
 namespace lumo::test {
 
-/// One QApplication for the whole test program, on the offscreen platform, with a fixed font
-/// so that geometry does not depend on the machine.
-class QtEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "LumoCalcTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QApplication>(argc, argv);
-        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 10));
-    }
-    void TearDown() override { m_application.reset(); }
-
-private:
-    std::unique_ptr<QApplication> m_application;
-};
-
-inline ::testing::Environment* const qtEnvironment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);
+/// One QApplication for the whole test program, with a fixed font so that geometry does not
+/// depend on the machine.
+inline const auto* const qtEnvironment = ::testing::AddGlobalTestEnvironment(
+    new ApplicationEnvironment<QApplication>("LumoCalcTests", QFont(QStringLiteral("DejaVu Sans"), 10)));
 
 /// Settings and data in a temporary folder, the terms accepted and the interface in English
 /// unless a test says otherwise.
@@ -58,24 +44,11 @@ protected:
 
     void SetUp() override { ASSERT_TRUE(m_folder.isValid()); }
     void TearDown() override {
-        if (HasFailure() && m_app)
-            saveScreenshots();
-        m_app.reset();
-    }
-
-    /// Keeps a picture of every open window of a failed test in the build's test folder.
-    void saveScreenshots() const {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        const QString stem = QStringLiteral("%1.%2").arg(QString::fromLatin1(info->test_suite_name()),
-                                                         QString::fromLatin1(info->name()));
-        QDir folder(QDir::current().filePath(QStringLiteral("failed-screenshots")));
-        folder.mkpath(QStringLiteral("."));
-        int index = 0;
-        for (MainWindow* window : m_app->windows()) {
-            const QString file = folder.filePath(QStringLiteral("%1-%2.png").arg(stem).arg(index++));
-            if (window->grab().save(file))
-                std::cerr << "screenshot of the failed test: " << file.toStdString() << '\n';
+        if (HasFailure() && m_app) {
+            for (MainWindow* window : m_app->windows())
+                saveFailureScreenshot(window, QStringLiteral("-%1").arg(m_app->windows().indexOf(window)));
         }
+        m_app.reset();
     }
 
     QString settingsFile() const { return m_folder.filePath(QStringLiteral("settings.ini")); }
@@ -93,8 +66,8 @@ protected:
     /// Starts the application; "-lumoFixture" keeps the sample document in memory, no
     /// argument uses the document file in the temporary data folder.
     Application& launch(QStringList arguments = {QStringLiteral("-lumoFixture")},
-                        Terms terms = Terms::accepted) {
-        prepareSettings(terms);
+                        Terms terms = Terms::accepted, AppLanguage language = AppLanguage::english) {
+        prepareSettings(terms, language);
         arguments.prepend(QStringLiteral("lumo-calc"));
         m_app = std::make_unique<Application>(Application::Setup{arguments, settingsFile(), dataDirectory()});
         m_app->start();

@@ -3,27 +3,38 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFont>
 #include <QGuiApplication>
 #include <QTimer>
+#include <QWidget>
 
 #include <functional>
+#include <iostream>
 #include <memory>
+#include <optional>
 
 #include "LumoKit/base/Language.h"
 
 namespace lumo::test {
 
-/// One QCoreApplication for a test program, in English. Add it once per program with
-/// testing::AddGlobalTestEnvironment(new lumo::test::QtEnvironment("Name")).
-class QtEnvironment : public testing::Environment {
+/// One application object of type App for a test program, on the offscreen platform and in
+/// English. Widget tests give a font, so that geometry does not depend on the machine. Add it
+/// once per program with testing::AddGlobalTestEnvironment(new QtEnvironment("Name")).
+template <class App> class ApplicationEnvironment : public testing::Environment {
 public:
-    explicit QtEnvironment(const char* programName) : m_name(programName) {}
+    explicit ApplicationEnvironment(const char* programName, std::optional<QFont> font = std::nullopt)
+        : m_name(programName), m_font(std::move(font)) {}
 
     void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("QT_SCALE_FACTOR", "1");
         static int argc = 1;
         static char* argv[] = {const_cast<char*>(m_name), nullptr};
-        m_application = std::make_unique<QCoreApplication>(argc, argv);
+        m_application = std::make_unique<App>(argc, argv);
+        if (m_font)
+            QGuiApplication::setFont(*m_font);
         L10n::setCurrent(AppLanguage::english);
     }
     // The application goes before static destruction begins, while Qt's globals still exist.
@@ -34,30 +45,25 @@ public:
 
 private:
     const char* m_name;
-    std::unique_ptr<QCoreApplication> m_application;
+    std::optional<QFont> m_font;
+    std::unique_ptr<App> m_application;
 };
 
-/// One QGuiApplication on the offscreen platform, for tests that paint or need the platform's
-/// shortcuts but show no widgets.
-class GuiEnvironment : public testing::Environment {
-public:
-    explicit GuiEnvironment(const char* programName) : m_name(programName) {}
+using QtEnvironment = ApplicationEnvironment<QCoreApplication>;
+/// For tests that paint or need the platform's shortcuts but show no widgets.
+using GuiEnvironment = ApplicationEnvironment<QGuiApplication>;
 
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char* argv[] = {const_cast<char*>(m_name), nullptr};
-        m_application = std::make_unique<QGuiApplication>(argc, argv);
-    }
-    void TearDown() override {
-        m_application.reset();
-        L10n::setCurrent(AppLanguage::system);
-    }
-
-private:
-    const char* m_name;
-    std::unique_ptr<QGuiApplication> m_application;
-};
+/// Keeps a picture of a widget of a failed test in the build's "failed-screenshots" folder.
+inline void saveFailureScreenshot(QWidget* widget, const QString& suffix = {}) {
+    const auto* info = testing::UnitTest::GetInstance()->current_test_info();
+    QDir folder(QDir::current().filePath(QStringLiteral("failed-screenshots")));
+    folder.mkpath(QStringLiteral("."));
+    const QString file = folder.filePath(
+        QStringLiteral("%1.%2%3.png")
+            .arg(QString::fromUtf8(info->test_suite_name()), QString::fromUtf8(info->name()), suffix));
+    if (widget->grab().save(file))
+        std::cerr << "screenshot of the failed test: " << file.toStdString() << '\n';
+}
 
 /// Runs the event loop until `done` holds; false after the timeout.
 inline bool waitUntil(const std::function<bool()>& done, int timeoutMs = 5000) {

@@ -53,7 +53,6 @@ TEST_F(LanguageTest, ChangeTakesEffectAtTheNextCall) {
 TEST_F(LanguageTest, RawValues) {
     EXPECT_EQ(appLanguageFromRaw("japanese"), AppLanguage::japanese);
     EXPECT_EQ(appLanguageFromRaw("English"), std::nullopt);
-    EXPECT_EQ(allAppLanguages().size(), 3u);
 }
 
 TEST_F(LanguageTest, LocaleEnvironmentOrder) {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Messages.h"
 
 using namespace lumo;
@@ -46,15 +45,5 @@ TEST(Messages, InsertedPartsFollowTheLanguage) {
     for (const auto& c : cases) {
         EXPECT_EQ(c.message.text(Language::japanese), c.japanese);
         EXPECT_EQ(c.message.text(Language::english), c.english);
-    }
-}
-
-TEST(Messages, ErrorsCarryTheirKind) {
-    try {
-        throw CalcError(MessageKind::rangeKind, {MessageKind::aText});
-    } catch (const CalcError& error) {
-        EXPECT_EQ(error.kind(), MessageKind::rangeKind);
-        EXPECT_EQ(error.message(), Message(MessageKind::rangeKind, {MessageKind::aText}));
-        EXPECT_NE(error.message(), Message(MessageKind::rangeKind, {MessageKind::aList}));
     }
 }

@@ -36,15 +36,6 @@ TEST(Unicode, GraphemeClusters) {
     }
 }
 
-TEST(Unicode, Properties) {
-    EXPECT_TRUE(unicode::isLetter(U'a'));
-    EXPECT_TRUE(unicode::isLetter(U'税'));
-    EXPECT_TRUE(unicode::isNumber(U'٣'));
-    EXPECT_TRUE(unicode::isNumber(U'²'));
-    EXPECT_TRUE(unicode::isWhitespace(U'\u3000'));
-    EXPECT_FALSE(unicode::isWhitespace(U'_'));
-}
-
 TEST(Unicode, CaseTrimAndNormalisation) {
     EXPECT_EQ(unicode::toLower("TOTAL Äb"), "total äb");
     EXPECT_EQ(unicode::toUpper("c"), "C");

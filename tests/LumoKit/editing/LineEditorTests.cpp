@@ -13,12 +13,6 @@ constexpr const char* flag = "🇯🇵";
 
 } // namespace
 
-TEST(LineEditor, CursorMoveRawValues) {
-    for (auto move : allCursorMoves())
-        EXPECT_EQ(cursorMoveFromRaw(rawValue(move)), move);
-    EXPECT_EQ(cursorMoveFromRaw("lineend"), std::nullopt);
-}
-
 TEST(LineEditor, Move) {
     struct Case {
         CursorMove kind;

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "LumoKit/base/Language.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/editing/SyntaxHighlighter.h"
 
@@ -66,16 +65,4 @@ TEST(SyntaxHighlighter, RangesCountUtf16Units) {
     // The family emoji takes 8 UTF-16 units, a flag 4, e + U+0301 2.
     EXPECT_EQ(highlightLine("👩‍👩‍👧 1 🇯🇵 e\u0301x 2"),
               (std::vector<SyntaxRange>{{9, 1, number}, {16, 3, name}, {20, 1, number}}));
-}
-
-TEST(SyntaxHighlighter, KindsAndTitles) {
-    for (auto kind : allSyntaxKinds())
-        EXPECT_EQ(syntaxKindFromRaw(rawValue(kind)), kind);
-    EXPECT_EQ(syntaxKindFromRaw("Number"), std::nullopt);
-
-    L10n::setCurrent(AppLanguage::japanese);
-    EXPECT_EQ(title(SyntaxKind::name), "名前の付いた値");
-    L10n::setCurrent(AppLanguage::english);
-    EXPECT_EQ(title(SyntaxKind::name), "Named values");
-    L10n::setCurrent(AppLanguage::system);
 }

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <sstream>
@@ -10,7 +9,7 @@
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/export/CsvExport.h"
 #include "LumoKit/export/MarkdownExport.h"
-#include "LumoKit/export/TextExport.h"
+#include "LumoKit/export/SheetAnswers.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
 
 namespace lumo {
@@ -152,33 +151,6 @@ TEST(Export, CsvParsesBackWithNumbersIntact) {
     EXPECT_EQ(rows[4][3], "mm") << "a percent added to a length stays a length";
     EXPECT_EQ(rows[7][2], R"("say "hi", then go")");
     EXPECT_EQ(rows[8][2], "The expression ends in the middle");
-}
-
-TEST(Export, PlotLinesGiveTheirTitle) {
-    const EvaluatedSheet sheet = evaluated("sales = [3, 1]\nchart(sales)\n");
-    std::ostringstream text;
-    writeText(text, {sheet}, english(), Grouping::grouped, TextLayout{});
-    EXPECT_EQ(text.str(), "sales = [3, 1]        [3, 1]\n"
-                          "chart(sales)    chart(sales)\n"
-                          "\n");
-
-    std::ostringstream markdown;
-    writeMarkdown(markdown, {sheet}, english(), Grouping::grouped,
-                  [](std::size_t, std::size_t line) { return "sheet-" + std::to_string(line + 1) + ".png"; });
-    EXPECT_NE(markdown.str().find("| `chart(sales)` | ![chart(sales)](sheet-2.png) |\n"), std::string::npos)
-        << markdown.str();
-
-    std::ostringstream csv;
-    writeCsv(csv, {sheet}, english(), Grouping::grouped);
-    EXPECT_NE(csv.str().find("chart(sales),,chart(sales),,\r\n"), std::string::npos) << csv.str();
-}
-
-TEST(Export, SeveralSheetsInOneCsvNameTheirSheet) {
-    std::ostringstream out;
-    writeCsv(out, {evaluated("1\n", "One"), evaluated("2\n", "Two, too")}, english(), Grouping::none);
-    EXPECT_EQ(out.str(), "sheet,line,name,answer,unit,number\r\n"
-                         "One,1,,1,,1\r\n"
-                         "\"Two, too\",2,,2,,2\r\n");
 }
 
 } // namespace

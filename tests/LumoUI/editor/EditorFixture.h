@@ -4,7 +4,6 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QDir>
 #include <QMenu>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -19,8 +18,9 @@
 #include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/SheetSession.h"
+#include "support/QtTestSupport.h"
 
-namespace lumo::testing {
+namespace lumo::test {
 
 /// The visible child of `owner` of that kind (the menu a right click opened, a dialog), or null.
 template <class Widget> Widget* visibleChild(QWidget* owner) {
@@ -51,28 +51,9 @@ inline void rightClick(QWidget* widget, QPoint at) {
     QApplication::sendEvent(widget, &event);
 }
 
-/// One QApplication on the offscreen platform for every GUI test, with a fixed font and scale.
-class GuiEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        qputenv("QT_SCALE_FACTOR", "1");
-        static int argc = 1;
-        static char name[] = "EditorTests";
-        static char* argv[] = {name, nullptr};
-        m_application = std::make_unique<QApplication>(argc, argv);
-        QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 11));
-        QApplication::setEffectEnabled(Qt::UI_AnimateMenu, false);
-        L10n::setCurrent(AppLanguage::english);
-    }
-    void TearDown() override {
-        m_application.reset();
-        L10n::setCurrent(AppLanguage::system);
-    }
-
-private:
-    std::unique_ptr<QApplication> m_application;
-};
+/// One QApplication for every GUI test program, with a fixed font.
+inline const auto* const widgetEnvironment = ::testing::AddGlobalTestEnvironment(
+    new ApplicationEnvironment<QApplication>("EditorTests", QFont(QStringLiteral("DejaVu Sans"), 11)));
 
 /// A window-sized editor on a fresh document whose settings and data live in a temporary
 /// folder. A failing test leaves a picture of the editor in "failed-screenshots".
@@ -80,6 +61,7 @@ class EditorFixture : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(m_folder.isValid());
+        QApplication::setEffectEnabled(Qt::UI_AnimateMenu, false);
         m_store = std::make_unique<QSettings>(m_folder.filePath(QStringLiteral("settings.ini")),
                                               QSettings::IniFormat);
         notifications = new NotificationCenter;
@@ -105,13 +87,8 @@ protected:
     }
 
     void TearDown() override {
-        if (HasFailure() && editor) {
-            QDir().mkpath(QStringLiteral("failed-screenshots"));
-            const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-            editor->grab().save(
-                QStringLiteral("failed-screenshots/%1.%2.png")
-                    .arg(QString::fromUtf8(info->test_suite_name()), QString::fromUtf8(info->name())));
-        }
+        if (HasFailure() && editor)
+            saveFailureScreenshot(editor);
         delete editor;
         delete session;
         delete documents;
@@ -170,4 +147,4 @@ private:
     double m_seconds = 1'700'000'000;
 };
 
-} // namespace lumo::testing
+} // namespace lumo::test

@@ -17,11 +17,9 @@
 #include "LumoUI/store/UndoCenter.h"
 
 using namespace lumo;
-using namespace lumo::testing;
+using namespace lumo::test;
 
 namespace {
-
-const auto* const guiEnvironment = ::testing::AddGlobalTestEnvironment(new GuiEnvironment);
 
 constexpr QChar caretMark = u'|';
 
@@ -40,12 +38,6 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(host));
     }
     void TearDown() override {
-        if (HasFailure() && keypad) {
-            const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-            keypad->grab().save(
-                QStringLiteral("failed-screenshots/%1.%2-keypad.png")
-                    .arg(QString::fromUtf8(info->test_suite_name()), QString::fromUtf8(info->name())));
-        }
         delete host;
         delete layouts;
         EditorFixture::TearDown();
@@ -107,18 +99,12 @@ TEST_F(KeypadTest, EveryNumberKeyPostsItsNotificationAndEditsTheText) {
     };
     const Case cases[] = {
         {"7", "lumo.insertSnippet", "|", "7|"},
-        {"0", "lumo.insertSnippet", "1|", "10|"},
         {"00", "lumo.insertSnippet", "1|", "100|"},
         {".", "lumo.insertSnippet", "1|", "1.|"},
         {"+", "lumo.insertSnippet", "1|", "1+|"},
-        {"-", "lumo.insertSnippet", "1|", "1-|"},
         {"×", "lumo.insertSnippet", "2|", "2 × |"},
-        {"×", "lumo.insertSnippet", "2 |", "2 × |"},
-        {"×", "lumo.insertSnippet", "|", "× |"},
-        // Inside a note the sign is plain text.
+        // Where the sign goes is LineEditor's rule; inside a note it is plain text.
         {"×", "lumo.insertSnippet", "// a|", "// a×|"},
-        {"×", "lumo.insertSnippet", "2 // twice|", "2 // twice×|"},
-        {"×", "lumo.insertSnippet", "2|\n// note", "2 × |\n// note"},
         {"÷", "lumo.insertSnippet", "8|", "8÷|"},
         {"(", "lumo.insertSnippet", "|", "(|"},
         {")", "lumo.insertSnippet", "(1|", "(1)|"},
@@ -126,7 +112,6 @@ TEST_F(KeypadTest, EveryNumberKeyPostsItsNotificationAndEditsTheText) {
         {"^", "lumo.insertSnippet", "2|", "2^|"},
         {"=", "lumo.insertSnippet", "price|", "price = |"},
         {"sign", "lumo.toggleSign", "a = 12|", "a = -12|"},
-        {"sign", "lumo.toggleSign", "a = -12|", "a = 12|"},
         {"delete", "lumo.deleteBackward", "12|", "1|"},
         {"return", "lumo.insertSnippet", "if x > 1:|", "if x > 1:\n    |"},
         {"up", "lumo.moveCursor", "12\n3|", "1|2\n3"},
@@ -176,8 +161,6 @@ TEST_F(KeypadTest, FunctionAndUnitKeysInsertSnippetsWithTheCaretInside) {
     };
     const Case cases[] = {
         {KeyKind::functions, "arithmetic", "sqrt", "2 × |", "2 × sqrt(|)"},
-        {KeyKind::functions, "rounding", "round", "x|", "x round(|)"},
-        {KeyKind::functions, "trigonometry", "sin", "|", "sin(|)"},
         {KeyKind::functions, "lists", "[]", "a = |", "a = [|]"},
         {KeyKind::functions, "text", "\"\"", "|", "\"|\""},
         {KeyKind::functions, "plots", "plot", "|", "plot(|)"},
@@ -189,7 +172,6 @@ TEST_F(KeypadTest, FunctionAndUnitKeysInsertSnippetsWithTheCaretInside) {
         {KeyKind::functions, "programs", "while", "def f(x):\n    |", "def f(x):\n    while |:\n        "},
         {KeyKind::units, "length", "mm", "120|", "120 mm|"},
         {KeyKind::units, "length", "in", "3|", "3 inch|"},
-        {KeyKind::units, "area", "坪", "20|", "20 坪|"},
         {KeyKind::units, "area", "畳", "6 |", "6 畳|"},
         {KeyKind::units, "currency", "円", "82000|", "82000 円|"},
     };

@@ -19,8 +19,6 @@ using namespace lumo::test;
 
 namespace {
 
-const auto* const guiEnvironment = ::testing::AddGlobalTestEnvironment(new lumo::testing::GuiEnvironment);
-
 // A plot line of a sheet that knows a few household figures.
 PlotSpec build(const std::string& line) {
     MapContext context;

@@ -53,23 +53,6 @@ struct Device {
     const Sheet* sheet(const Uuid& id) const { return store->sheet(id); }
 };
 
-// Two devices that start from the same synced document.
-struct TwoDevices : testing::Test {
-    QTemporaryDir cloud;
-    FakeClock clock;
-    std::unique_ptr<Device> a;
-    std::unique_ptr<Device> b;
-
-    void SetUp() override {
-        const LumoDocument base = baseDocument(Timestamp{clock.seconds});
-        writeDocument(QDir(cloud.path()).filePath("Documents/document.json"), base);
-        a = std::make_unique<Device>(cloud.path(), clock, base);
-        b = std::make_unique<Device>(cloud.path(), clock, base);
-    }
-
-    bool converged() const { return sameSheets(a->store->document(), b->store->document()); }
-};
-
 DocumentStore::Options memoryOptions(FakeClock& clock) {
     DocumentStore::Options options;
     options.clock = clock.function();
@@ -77,34 +60,6 @@ DocumentStore::Options memoryOptions(FakeClock& clock) {
 }
 
 } // namespace
-
-TEST_F(TwoDevices, EditsOnBothConverge) {
-    clock.seconds += 10;
-    a->store->updateText(sheetX, "1\n10\n");
-    b->store->updateText(sheetY, "2\n20\n");
-    ASSERT_TRUE(waitUntil([&] {
-        return converged() && b->sheet(sheetX)->text == "1\n10\n" && a->sheet(sheetY)->text == "2\n20\n";
-    }));
-}
-
-TEST_F(TwoDevices, AnEditAfterADeletionSurvives) {
-    clock.seconds += 10;
-    a->store->deleteSheet(sheetX);
-    clock.seconds += 10;
-    b->store->updateText(sheetX, "kept\n");
-    ASSERT_TRUE(
-        waitUntil([&] { return converged() && a->sheet(sheetX) && a->sheet(sheetX)->text == "kept\n"; }));
-}
-
-TEST_F(TwoDevices, AnEditLaterInTheSameSecondThanADeletionSurvives) {
-    // The file keeps milliseconds, so both devices judge by the same fraction of the second.
-    clock.seconds += 10.2;
-    a->store->deleteSheet(sheetY);
-    clock.seconds += 0.6;
-    b->store->updateText(sheetY, "edited\n");
-    ASSERT_TRUE(
-        waitUntil([&] { return converged() && a->sheet(sheetY) && a->sheet(sheetY)->text == "edited\n"; }));
-}
 
 TEST(DocumentStoreSync, TwoStarterDocumentsCollapseIntoOneSetOfTutorialSheets) {
     QTemporaryDir cloud;
@@ -156,15 +111,6 @@ TEST(DocumentStoreSync, ConflictCopiesAreMergedAndRemoved) {
     EXPECT_TRUE(documents.exists("document (2).json"));
     EXPECT_TRUE(documents.exists("documents.json"));
     EXPECT_EQ(sortedNames(readDocument(documents.filePath("document.json"))), names);
-}
-
-TEST(DocumentStoreSync, ALocalDocumentIsUploadedToAnEmptyCloudFolder) {
-    QTemporaryDir cloud;
-    FakeClock clock;
-    Device device(cloud.path(), clock, baseDocument(Timestamp{clock.seconds}));
-    const QString cloudFile = QDir(cloud.path()).filePath("Documents/document.json");
-    ASSERT_TRUE(waitUntil([&] { return QFile::exists(cloudFile); }));
-    EXPECT_TRUE(sameSheets(readDocument(cloudFile), device.store->document()));
 }
 
 TEST(DocumentStoreSync, AFolderChosenWhileRunningIsUsedAtOnce) {
@@ -246,62 +192,50 @@ TEST(DocumentStoreSaving, TheStoresOwnWriteTriggersNoMerge) {
               documentFile::read(QDir(cloud.path()).filePath("Documents/document.json")));
 }
 
-TEST(DocumentStoreSaving, PendingChangesAreWrittenWhenTheApplicationQuits) {
-    QTemporaryDir local;
+TEST(DocumentStoreSaving, AnUnusableLocalFileIsMovedAsideNotLost) {
     FakeClock clock;
     DocumentStore::Options options = memoryOptions(clock);
-    options.storageDirectory = local.path();
-    options.saveDelay = 1h;
-    DocumentStore store(options, nullptr, nullptr, nullptr);
-    store.updateText(store.document().sheets.front().id, "last words\n");
-
-    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
-    QCoreApplication::exec();
-    EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "last words\n");
-}
-
-TEST(DocumentStoreSaving, ACorruptLocalFileIsMovedAsideNotLost) {
-    QTemporaryDir local;
-    const QByteArray corrupt = "{\"sheets\": [ truncated";
-    ASSERT_TRUE(
-        documentFile::writeAtomically(QDir(local.path()).filePath("document.json"), corrupt).isEmpty());
-    capturedLog.clear();
-    const auto previous = qInstallMessageHandler(captureLog);
-    FakeClock clock;
-    DocumentStore::Options options = memoryOptions(clock);
-    options.storageDirectory = local.path();
     options.saveDelay = 10ms;
-    DocumentStore store(options, nullptr, nullptr, nullptr);
-    qInstallMessageHandler(previous);
-
-    EXPECT_TRUE(store.usingStarterDocument());
-    const QStringList aside = QDir(local.path()).entryList({"document.unreadable-*.json"});
-    ASSERT_EQ(aside.size(), 1);
     const QString stamp = QDateTime::fromSecsSinceEpoch(qint64(clock.seconds)).toString("yyyyMMdd-HHmmss");
-    EXPECT_EQ(aside.front(), "document.unreadable-" + stamp + ".json");
-    EXPECT_EQ(documentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
-    EXPECT_TRUE(capturedLog.join("\n").contains(aside.front()));
-
+    const QString aside = "document.unreadable-" + stamp + ".json";
     int saves = 0;
-    QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
-    store.updateText(store.document().sheets.front().id, "new\n");
-    ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
-    EXPECT_EQ(documentFile::read(QDir(local.path()).filePath(aside.front())), corrupt);
+    // Bytes that do not decode, and a document without sheets (the starter would replace it).
+    for (const QByteArray& unusable :
+         {QByteArray("{\"sheets\": [ truncated"),
+          QByteArray(R"({"sheets": [], "keyLayouts": {"units": {"main": ["mm"]}}, "deletedSheets": {}})")}) {
+        QTemporaryDir local;
+        ASSERT_TRUE(
+            documentFile::writeAtomically(QDir(local.path()).filePath("document.json"), unusable).isEmpty());
+        capturedLog.clear();
+        const auto previous = qInstallMessageHandler(captureLog);
+        options.storageDirectory = local.path();
+        DocumentStore store(options, nullptr, nullptr, nullptr);
+        qInstallMessageHandler(previous);
+
+        EXPECT_TRUE(store.usingStarterDocument());
+        EXPECT_EQ(QDir(local.path()).entryList({"document.unreadable-*.json"}), QStringList{aside});
+        EXPECT_TRUE(capturedLog.join("\n").contains(aside));
+        QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
+        store.updateText(store.document().sheets.front().id, "new\n");
+        ASSERT_TRUE(waitUntil([&, before = saves] { return saves == before + 1; }));
+        EXPECT_EQ(documentFile::read(QDir(local.path()).filePath(aside)), unusable);
+    }
 
     // What cannot even be read (a folder in the file's place, since root reads every file) is
     // set aside as well, and the next save goes through.
     QTemporaryDir blocked;
     ASSERT_TRUE(QDir(blocked.path()).mkpath("document.json/kept"));
     options.storageDirectory = blocked.path();
-    DocumentStore second(options, nullptr, nullptr, nullptr);
-    EXPECT_TRUE(second.usingStarterDocument());
-    EXPECT_TRUE(QDir(blocked.path()).exists("document.unreadable-" + stamp + ".json/kept"));
-    QObject::connect(&second, &DocumentStore::saved, [&] { ++saves; });
-    second.updateText(second.document().sheets.front().id, "new\n");
-    ASSERT_TRUE(waitUntil([&] { return saves == 2; }, 1000));
+    DocumentStore store(options, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(store.usingStarterDocument());
+    EXPECT_TRUE(QDir(blocked.path()).exists(aside + "/kept"));
+    QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
+    store.updateText(store.document().sheets.front().id, "new\n");
+    ASSERT_TRUE(waitUntil([&] { return saves == 3; }, 1000));
 }
 
-TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
+// Retrying is DocumentPersistence's; the store logs the failure and keeps the text.
+TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndTheTextKept) {
     QTemporaryDir root;
     // A folder beneath a regular file can never be created, even by root.
     ASSERT_TRUE(documentFile::writeAtomically(root.filePath("blocker"), "x").isEmpty());
@@ -317,15 +251,12 @@ TEST(DocumentStoreSaving, AFailedSaveIsLoggedAndRetriedWithTheNextChange) {
     const Uuid id = store.document().sheets.front().id;
 
     store.updateText(id, "kept in memory\n");
-    const bool failedOnce = waitUntil([&] { return failures == 1; });
-    store.updateText(id, "still kept\n");
-    const bool failedTwice = waitUntil([&] { return failures == 2; });
+    const bool failed = waitUntil([&] { return failures == 1; });
     qInstallMessageHandler(previous);
 
-    EXPECT_TRUE(failedOnce);
-    EXPECT_TRUE(failedTwice);
+    EXPECT_TRUE(failed);
     EXPECT_TRUE(capturedLog.join("\n").startsWith("Lumo: 保存に失敗しました"));
-    EXPECT_EQ(store.sheet(id)->text, "still kept\n");
+    EXPECT_EQ(store.sheet(id)->text, "kept in memory\n");
 }
 
 TEST(DocumentStoreEditing, NamesAndPromptsInBothLanguages) {
@@ -492,35 +423,6 @@ TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
     L10n::setCurrent(AppLanguage::english);
     center.post(notification::languageChanged);
     EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
-}
-
-TEST(DocumentStoreEditing, KeyLayoutsOfALoadedDocumentReachSettingsAndOtherStores) {
-    QTemporaryDir dir;
-    QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
-    NotificationCenter center;
-    AppSettings settings(ini, &center);
-    FakeClock clock;
-    DocumentStore store(memoryOptions(clock), &center, nullptr, &settings);
-    int announced = 0;
-    center.observe(notification::keyLayoutChanged, &center, [&] { ++announced; });
-
-    settings.setKeyLayouts({{"functions", {{"main", {"sin", "cos"}}}}}, Timestamp{100});
-
-    // Newer layouts in a loaded document reach settings and are announced once. (The way from
-    // the keypad into the document is proven with the key layout store.)
-    QTemporaryDir local;
-    LumoDocument remote = baseDocument(Timestamp{clock.seconds});
-    remote.keyLayouts = {{"units", {{"length", {"mm"}}}}};
-    remote.keyLayoutsUpdatedAt = Timestamp{200};
-    writeDocument(QDir(local.path()).filePath("document.json"), remote);
-    DocumentStore::Options options = memoryOptions(clock);
-    options.storageDirectory = local.path();
-    announced = 0;
-    DocumentStore loaded(options, &center, nullptr, &settings);
-    EXPECT_EQ(settings.keyLayouts(), remote.keyLayouts);
-    EXPECT_EQ(settings.keyLayoutsUpdatedAt(), Timestamp{200});
-    EXPECT_EQ(announced, 1);
-    EXPECT_EQ(store.document().keyLayouts, remote.keyLayouts); // the other store followed the announcement
 }
 
 TEST(DocumentStoreEditing, LaunchOptions) {

@@ -24,10 +24,6 @@ TEST(Builtins, CommonArgumentRules) {
                   {"sqrt(missing)", "missing is not defined"},
                   {"foo(1)", "There is no function named foo"},
                   {"Sqrt(4)", "There is no function named Sqrt"}});
-    expectErrors({{"sqrt([4])", "sqrt に表 は渡せません"},
-                  {"sqrt()", "sqrt は引数が 1 つ必要です"},
-                  {"foo(1)", "foo という関数はありません"}},
-                 nullptr, Language::japanese);
 }
 
 TEST(Builtins, SignAndRounding) {
@@ -50,7 +46,6 @@ TEST(Builtins, SignAndRounding) {
                   {"round(1, 1 m)", "Digits can’t have a unit"},
                   {"round()", "Use round(value) or round(value, digits)"},
                   {"floor(1, 2, 3)", "Use floor(value) or floor(value, digits)"}});
-    expectError("ceil()", "ceil(値) または ceil(値, 桁数) で使います", nullptr, Language::japanese);
 }
 
 TEST(Builtins, Aggregates) {
@@ -70,7 +65,6 @@ TEST(Builtins, Aggregates) {
                   {"max(1 m, 1 kg)", "m and kg can't be added together"},
                   {"min(1, \"a\")", "min can’t take text"},
                   {"sum(1e308, 1e308)", "Can’t calculate this"}});
-    expectError("sum()", "sum には値が必要です", nullptr, Language::japanese);
 }
 
 TEST(Builtins, ListsAndTexts) {
@@ -95,8 +89,6 @@ TEST(Builtins, ListsAndTexts) {
                   {"sort([1 m, 1 kg])", "m and kg can't be added together"},
                   {"sort(3)", "sort arranges the items of a list"},
                   {"reverse(1)", "reverse works on a list or text"}});
-    expectError("sort([3, \"a\"])", "sort で並べ替えられるのは、数どうしか文字どうしです", nullptr,
-                Language::japanese);
 }
 
 TEST(Builtins, Logarithms) {
@@ -131,8 +123,6 @@ TEST(Builtins, TrigonometryInDegrees) {
                    {"atan(1)", "45 deg"}},
                   nullptr, degrees);
     expectErrors({{"tan(90)", "Can’t calculate this"}}, nullptr, degrees);
-    expectError("tan(1 kg)", "tan には角度を渡してください", nullptr,
-                optionsWith(Language::japanese, AngleUnit::degrees));
 }
 
 TEST(Builtins, TwoArgumentArithmetic) {
@@ -159,6 +149,4 @@ TEST(Builtins, TwoArgumentArithmetic) {
                   {"gcd(0, 0)", "Zero can’t be used here"},
                   {"lcm(0, 5)", "Zero can’t be used here"},
                   {"lcm(9007199254740992, 9007199254740991)", "The lcm result is too large"}});
-    expectErrors({{"gcd(1.5, 3)", "gcd(整数, 整数) で使います"}, {"mod(7, 0)", "0 では割れません"}}, nullptr,
-                 Language::japanese);
 }
