@@ -7,6 +7,7 @@
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
 #include "LumoKit/language/Keywords.h"
+#include "LumoKit/sheet/ProgramReader.h"
 #include "LumoKit/sheet/RunCheckpoint.h"
 #include "LumoKit/sheet/SheetParseCache.h"
 #include "LumoKit/values/builtins/Builtins.h"
@@ -62,13 +63,10 @@ private:
     bool m_mixedUnits;
 };
 
-// How many nodes at the top of a program are plain lines, blanks and notes: over them node i
-// is line i, and their answers depend only on each other.
-std::size_t plainLinesAtTop(const ProgramBody& program) {
-    const auto firstOther = std::find_if(program.begin(), program.end(), [](const ProgramNode& node) {
-        return !node.is<Program::Line>() && !node.is<Program::Blank>() && !node.is<Program::Comment>();
-    });
-    return static_cast<std::size_t>(firstOther - program.begin());
+// Whether a node is a plain line, a blank or a note: over a run of them at the top, node i is
+// line i, and their answers depend only on each other.
+bool isPlain(const ProgramNode& node) {
+    return node.is<Program::Line>() || node.is<Program::Blank>() || node.is<Program::Comment>();
 }
 
 } // namespace
@@ -95,11 +93,11 @@ std::vector<LineResult> ProgramRunner::run() {
         sameAbove = m_context.parses->beginRun(m_lines);
         checkpoint = usableCheckpoint(*sameAbove);
     }
-    // The lines above a checkpoint are plain lines that open no block, so the rest parses alone.
+    // The lines above a checkpoint are plain lines that open no block, so the rest reads alone.
     const std::size_t from = checkpoint ? checkpoint->line : 0;
-    const ProgramBody program = Program::parse(m_lines, from);
-    // The run's tables are made once the parse has freed its rows.
+    ProgramReader program(m_lines, from);
     m_context.expectLines(m_lines.size());
+    // Results are made as the run reaches their lines, in room made for all of them at once.
     m_results.reserve(m_lines.size());
     if (checkpoint)
         takeUp(*checkpoint);
@@ -107,22 +105,23 @@ std::vector<LineResult> ProgramRunner::run() {
     // made once rather than by growing the table again and again.
     if (m_context.parses)
         m_context.names.reserve(m_context.parses->lastRunsNameCount());
-    m_results.resize(m_lines.size());
-    showStructure(program);
-    // The line a later run may start at: the first one that changed, or the end of the plain
-    // lines at the top if that comes first. Over those, node i is line from + i.
-    std::optional<std::size_t> checkpointLine;
-    if (sameAbove)
-        checkpointLine = std::min(*sameAbove, from + plainLinesAtTop(program));
     try {
-        // A break, continue or return that reaches the top level ends nothing.
-        for (std::size_t i = 0; i < program.size(); ++i) {
-            if (from + i == checkpointLine)
+        // The line a later run may start at: the first one that changed, or the end of the
+        // plain lines at the top if that comes first. Over those, node i is line from + i.
+        bool plainSoFar = true;
+        for (std::size_t i = 0; std::optional<ProgramNode> node = program.next(); ++i) {
+            const bool plain = isPlain(*node);
+            if (sameAbove && plainSoFar && (from + i == *sameAbove || (!plain && from + i < *sameAbove)))
                 keepCheckpoint(from + i);
-            executeNode(program[i], LineCounting::counted);
+            plainSoFar = plainSoFar && plain;
+            showStructure(*node);
+            // A break, continue or return that reaches the top level ends nothing.
+            executeNode(*node, LineCounting::counted);
             stopIfExhausted();
         }
+        m_results.resize(m_lines.size());
     } catch (const RunStopped&) {
+        m_results.resize(m_lines.size());
         fillUnreached();
     }
     if (m_context.parses) {
@@ -153,6 +152,8 @@ void ProgramRunner::keepCheckpoint(std::size_t line) {
     // A call reads other sheets and spends budget, which a later run could not see again.
     if (line == 0 || m_context.calledFunctions || (parses.checkpoint() && parses.checkpoint()->line == line))
         return;
+    if (m_results.size() < line)
+        m_results.resize(line); // blank lines at the end of those above
     const auto above = m_results.begin() + static_cast<std::ptrdiff_t>(line);
     parses.keepCheckpoint(std::make_unique<RunCheckpoint>(RunCheckpoint{
         line, m_context.options(), m_context.state(), std::vector<LineResult>(m_results.begin(), above)}));
@@ -440,10 +441,17 @@ LineOwner ProgramRunner::currentOwner() const {
 }
 
 LineResult* ProgramRunner::resultOf(std::int64_t index) {
-    if (currentOwner() == LineOwner::thisSheet && index >= 0 &&
-        static_cast<std::size_t>(index) < m_results.size())
-        return &m_results[static_cast<std::size_t>(index)];
-    return nullptr;
+    if (currentOwner() != LineOwner::thisSheet || index < 0 ||
+        static_cast<std::size_t>(index) >= m_lines.size())
+        return nullptr;
+    const auto line = static_cast<std::size_t>(index);
+    // Made when first reached, so each result is written once; the room was made at the start,
+    // so results never move.
+    if (line == m_results.size())
+        m_results.emplace_back();
+    else if (line > m_results.size())
+        m_results.resize(line + 1);
+    return &m_results[line];
 }
 
 void ProgramRunner::setResult(std::int64_t index, LineResult result) {
@@ -471,29 +479,33 @@ void ProgramRunner::markLine(std::int64_t index) {
         m_visited[static_cast<std::size_t>(index)] = true;
 }
 
-// Notes and structural mistakes show wherever they stand, even in code that never runs.
-void ProgramRunner::showStructure(const ProgramBody& body) {
-    for (const auto& node : body) {
-        std::visit(overloaded{
-                       [&](const Program::Comment& comment) {
-                           m_results[static_cast<std::size_t>(comment.index)].outcome =
-                               LineOutcome::makeComment();
-                       },
-                       [&](const Program::Invalid& invalid) {
-                           failLine(invalid.index, *invalid.message);
-                           showStructure(invalid.body);
-                       },
-                       [&](const Program::IfChain& chain) {
-                           for (const auto& branch : chain.branches)
-                               showStructure(branch.body);
-                       },
-                       [&](const Program::ForLoop& loop) { showStructure(loop.body); },
-                       [&](const Program::WhileLoop& loop) { showStructure(loop.body); },
-                       [&](const Program::Define& define) { showStructure(*define.body); },
-                       [&](const auto&) {},
+// Notes and structural mistakes show wherever they stand, even in code that never runs: a
+// node's are shown as the run comes to it.
+void ProgramRunner::showStructure(const ProgramNode& node) {
+    std::visit(overloaded{
+                   [&](const Program::Comment& comment) {
+                       if (LineResult* result = resultOf(comment.index))
+                           result->outcome = LineOutcome::makeComment();
                    },
-                   node.node);
-    }
+                   [&](const Program::Invalid& invalid) {
+                       failLine(invalid.index, *invalid.message);
+                       showStructure(invalid.body);
+                   },
+                   [&](const Program::IfChain& chain) {
+                       for (const auto& branch : chain.branches)
+                           showStructure(branch.body);
+                   },
+                   [&](const Program::ForLoop& loop) { showStructure(loop.body); },
+                   [&](const Program::WhileLoop& loop) { showStructure(loop.body); },
+                   [&](const Program::Define& define) { showStructure(*define.body); },
+                   [&](const auto&) {},
+               },
+               node.node);
+}
+
+void ProgramRunner::showStructure(const ProgramBody& body) {
+    for (const auto& node : body)
+        showStructure(node);
 }
 
 void ProgramRunner::fillUnreached() {

@@ -74,6 +74,7 @@ private:
     void failLine(std::int64_t index, const Message& message);
     void markVisited(const ProgramNode& node);
     void markLine(std::int64_t index);
+    void showStructure(const ProgramNode& node);
     void showStructure(const ProgramBody& body);
     void fillUnreached();
     void stopIfExhausted() const;
