@@ -1,7 +1,6 @@
 #include "LumoKit/sheet/DocumentEvaluator.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "LumoKit/base/Unicode.h"
@@ -10,17 +9,6 @@
 namespace lumo {
 
 namespace {
-
-constexpr std::array<std::pair<std::string_view, SheetWord>, 8> sheetWords = {{
-    {"prev", SheetWord::previous},
-    {"ans", SheetWord::previous},
-    {"前", SheetWord::previous},
-    {"sum", SheetWord::blockSum},
-    {"subtotal", SheetWord::blockSum},
-    {"小計", SheetWord::blockSum},
-    {"total", SheetWord::totalSum},
-    {"合計", SheetWord::totalSum},
-}};
 
 bool endsWith(std::string_view text, std::string_view suffix) {
     return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
@@ -52,15 +40,6 @@ std::vector<LineResult> DocumentEvaluator::evaluate(const std::string& text,
                                                     const EvaluationOptions& options,
                                                     SheetParseCache& parses) {
     return ProgramRunner(SheetLines(text), others, options, BudgetLimits{}, &parses).run();
-}
-
-// Asked for every name a line reads, so it compares the first byte before the rest.
-std::optional<SheetWord> sheetWordOf(std::string_view name) {
-    for (const auto& [word, meaning] : sheetWords) {
-        if (word.size() == name.size() && word.front() == name.front() && word == name)
-            return meaning;
-    }
-    return std::nullopt;
 }
 
 bool isSheetWord(std::string_view name) {

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "LumoKit/base/EvaluationOptions.h"
@@ -28,9 +29,23 @@ struct DocumentEvaluator {
 /// What a built-in sheet word stands for.
 enum class SheetWord { previous, blockSum, totalSum };
 
+/// The eight built-in words and what each stands for.
+inline constexpr std::pair<std::string_view, SheetWord> sheetWords[] = {
+    {"prev", SheetWord::previous},  {"ans", SheetWord::previous},      {"前", SheetWord::previous},
+    {"sum", SheetWord::blockSum},   {"subtotal", SheetWord::blockSum}, {"小計", SheetWord::blockSum},
+    {"total", SheetWord::totalSum}, {"合計", SheetWord::totalSum},
+};
+
 /// The meaning of one of the eight built-in words (prev, ans, 前, sum, subtotal, 小計, total,
-/// 合計), exact spelling; nothing for any other name.
-std::optional<SheetWord> sheetWordOf(std::string_view name);
+/// 合計), exact spelling; nothing for any other name. Inline: every name a line reads is
+/// asked, and a call returning the optional through memory stalls on reading it back.
+inline std::optional<SheetWord> sheetWordOf(std::string_view name) {
+    for (const auto& [word, meaning] : sheetWords) {
+        if (word.size() == name.size() && word.front() == name.front() && word == name)
+            return meaning;
+    }
+    return std::nullopt;
+}
 bool isSheetWord(std::string_view name);
 /// Whether the name is a sheet word in any mix of upper and lower case (Sum, TOTAL).
 bool isSheetWordInAnyCase(std::string_view name);

@@ -82,8 +82,7 @@ std::vector<std::string> splitParameters(std::string_view text) {
 // indented less than the block's minimum.
 class ProgramReader::Builder {
 public:
-    explicit Builder(ProgramReader& reader)
-        : m_lines(reader.m_lines), m_cursor(reader.m_cursor), m_reader(reader) {}
+    explicit Builder(ProgramReader& reader) : m_lines(reader.m_lines), m_cursor(reader.m_cursor) {}
 
     std::optional<ProgramNode> parseTopLevel() {
         if (atEnd())
@@ -97,12 +96,16 @@ public:
             ++m_cursor;
             return Program::Comment{current.index};
         }
-        return parseCodeRow();
+        return parseCodeRow(current);
     }
 
 private:
     bool atEnd() const { return m_cursor >= m_lines.size(); }
-    Program::Row rowAt(std::size_t index) { return m_reader.rowAt(index); }
+    // Made again when asked again: a row is a few comparisons at the ends of its line, and
+    // only the lookahead of a block asks twice.
+    Program::Row rowAt(std::size_t index) const {
+        return Program::makeRow(static_cast<std::int64_t>(index), m_lines[index]);
+    }
 
     ProgramBody parseBlock(std::int64_t minimumIndent) {
         ProgramBody nodes;
@@ -117,14 +120,14 @@ private:
             } else if (current.indent < minimumIndent) {
                 break;
             } else {
-                nodes.push_back(parseCodeRow());
+                nodes.push_back(parseCodeRow(current));
             }
         }
         return nodes;
     }
 
     // The first code row after `from`, past blank and note rows.
-    std::optional<std::size_t> nextCodeRow(std::size_t from) {
+    std::optional<std::size_t> nextCodeRow(std::size_t from) const {
         for (std::size_t i = from; i < m_lines.size(); ++i) {
             if (rowAt(i).kind == Program::Row::Kind::code)
                 return i;
@@ -140,8 +143,8 @@ private:
         return parseBlock(rowAt(*first).indent);
     }
 
-    ProgramNode parseCodeRow() {
-        const Program::Row current = rowAt(m_cursor);
+    // `current` is the row at the cursor.
+    ProgramNode parseCodeRow(const Program::Row& current) {
         ++m_cursor;
         if (const auto header = headerOf(current))
             return parseHeader(current, *header);
@@ -292,21 +295,12 @@ private:
 
     const SheetLines& m_lines;
     std::size_t& m_cursor;
-    ProgramReader& m_reader;
 };
 
 ProgramReader::ProgramReader(const SheetLines& lines, std::size_t from) : m_lines(lines), m_cursor(from) {}
 
 std::optional<ProgramNode> ProgramReader::next() {
     return Builder(*this).parseTopLevel();
-}
-
-Program::Row ProgramReader::rowAt(std::size_t index) {
-    if (index != m_rowIndex) {
-        m_row = Program::makeRow(static_cast<std::int64_t>(index), m_lines[index]);
-        m_rowIndex = index;
-    }
-    return m_row;
 }
 
 } // namespace lumo

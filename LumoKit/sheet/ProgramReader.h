@@ -21,13 +21,8 @@ public:
 private:
     class Builder;
 
-    /// The row of line `index`, made once however often a block's lookahead asks for it.
-    Program::Row rowAt(std::size_t index);
-
     const SheetLines& m_lines;
     std::size_t m_cursor;
-    Program::Row m_row;
-    std::size_t m_rowIndex = static_cast<std::size_t>(-1);
 };
 
 } // namespace lumo

@@ -80,8 +80,12 @@ SheetParseCache::UnchangedLine SheetParseCache::unchangedLine(std::size_t line, 
             for (std::size_t offset = 0; offset < sizeof(LineMemo); offset += 64)
                 __builtin_prefetch(memo + offset);
         }
-        if (ahead.asWrittenParse)
-            __builtin_prefetch(&ahead.asWrittenParse->statement);
+        // The statement's name (read for every line) may lie across two cache lines.
+        if (ahead.asWrittenParse) {
+            const auto* statement = reinterpret_cast<const char*>(&ahead.asWrittenParse->statement);
+            __builtin_prefetch(statement);
+            __builtin_prefetch(statement + sizeof(std::optional<std::string>) - 1);
+        }
     }
     LineMemo* memo = slots.memo ? slots.memo.get() : lastSlots.memo.get();
     if (!memo)
