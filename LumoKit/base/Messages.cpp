@@ -13,7 +13,9 @@ struct MessageTexts {
 };
 
 // One row per kind, in the enum's order. Japanese quotes an inserted name with 「」, English
-// with “ ”; a few older texts insert names bare, and keep doing so.
+// with “ ” and writes the apostrophe ’. A few older texts insert names bare, and those of the
+// arithmetic on values and of unit conversion keep a straight apostrophe: both are established
+// wordings, kept as they are.
 constexpr MessageTexts messageTexts[] = {
     {MessageKind::verbatim, "", ""},
 
@@ -56,6 +58,8 @@ constexpr MessageTexts messageTexts[] = {
     {MessageKind::indexNotWhole, "[ ] の中は、単位の無い整数で書きます",
      "The index in [ ] must be a whole number without a unit"},
     {MessageKind::indexTooLarge, "[ ] の中の数が大きすぎます", "The index in [ ] is too large"},
+    // The label is the one noItem starts with, inserted as it stands, capital and article
+    // included: "An empty The list has no item 0" is the established wording.
     {MessageKind::noItemInEmpty, "空の{0}には {1} 番目がありません", "An empty {0} has no item {1}"},
     {MessageKind::noItem, "{0}の {1} 番目はありません（0〜{2}）", "{0} has no item {1} (valid: 0–{2})"},
     {MessageKind::indexOnNumber, "数に [ ] は付けられません", "[ ] can’t be used on a number"},
@@ -66,6 +70,8 @@ constexpr MessageTexts messageTexts[] = {
     {MessageKind::wholePowersOnly, "単位のある値は整数乗だけできます",
      "Values with units can only be raised to whole-number powers"},
     {MessageKind::unitsNotAddable, "{0} と {1} は足し引きできません", "{0} and {1} can't be added together"},
+    // {2} is the operator's plain character, or a word: "of", or thisCalculation where units
+    // are aligned. The English starts with it as written, so in lower case for a word.
     {MessageKind::kindsNotCombinable, "{0}と{1}は {2} で計算できません",
      "{2} doesn't work between {0} and {1}"},
     {MessageKind::divisionByZero, "0 で割ることはできません", "Cannot divide by zero"},

@@ -222,6 +222,7 @@ void DocumentPersistence::finishSave(const WriteResult& result) {
         m_syncedDocument = result.cloudDocument;
     }
     if (!result.error.isEmpty()) {
+        // One fixed text in every interface language, so that the log can be searched for it.
         qWarning().noquote() << "Lumo: 保存に失敗しました" << result.error;
         emit saveFailed(result.error);
     } else {
