@@ -196,6 +196,10 @@ LineResult LineContext::evaluateLine(const Program::Line& line, LineCounting cou
     } catch (const CalcError& error) {
         const Message message = mixedUnits ? Message(MessageKind::unitsMixedInSum) : error.message();
         return {LineOutcome::makeFailure(message, m_options.language), statement.name};
+    } catch (const std::exception&) {
+        // Anything else that stops a line (memory running out, a size the library refuses) is
+        // still only this line's failure: the lines below are evaluated as usual.
+        return {LineOutcome::makeFailure(MessageKind::cannotCalculate, m_options.language), statement.name};
     }
 }
 

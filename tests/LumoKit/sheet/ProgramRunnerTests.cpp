@@ -288,3 +288,21 @@ TEST(ProgramRunner, OtherSheetsFunctions) {
     const auto results = sheetAnswers("x = 1\nbad(1)", others, Language::japanese);
     EXPECT_NE(results[1].find("（B シートの）"), std::string::npos) << results[1];
 }
+
+TEST(LineContext, AFailureWithoutAMessageStaysOnItsLine) {
+    // Memory running out inside a call, say: the line shows the general failure, and the run
+    // goes on with the next line.
+    LineContext context(sheetOptions(Language::english));
+    const ProgramFunction function{"f", {"v"}, nullptr, std::nullopt};
+    context.findFunction = [&](const std::string&) { return &function; };
+    context.runFunction = [](const ProgramFunction&, const std::vector<Value>&) -> Value {
+        throw std::bad_alloc();
+    };
+    const Program::Line call{0, "f(2)", {}};
+    const LineResult failed = context.evaluateLine(call, LineCounting::counted, LineOwner::thisSheet);
+    EXPECT_EQ(failed.outcome.kind, LineOutcome::Kind::failure);
+    EXPECT_EQ(failed.outcome.message, "Can’t calculate this");
+    const Program::Line next{1, "1 + 2", {}};
+    EXPECT_EQ(context.evaluateLine(next, LineCounting::counted, LineOwner::thisSheet).outcome.value,
+              Value::plain(3));
+}
