@@ -427,6 +427,48 @@ TEST(DocumentStoreEditing, AnUntouchedStarterDocumentFollowsTheLanguage) {
     EXPECT_EQ(store.document().sheets.front().name, "はじめてのシート");
 }
 
+TEST(DocumentStoreEditing, KeyLayoutsOfALoadedDocumentMeetTheSettings) {
+    // The newer arrangement wins when a document loads. Newer layouts in the document reach
+    // settings, are announced once, and another store follows; older ones leave settings be.
+    // (The way from the keypad into the document is proven with the key layout store.)
+    const KeyLayouts inSettings{{"functions", {{"main", {"sin", "cos"}}}}};
+    const KeyLayouts inDocument{{"units", {{"length", {"mm"}}}}};
+    const struct Case {
+        double documentAt;
+        bool documentWins;
+    } cases[] = {{200, true}, {50, false}};
+    for (const Case& c : cases) {
+        QTemporaryDir dir;
+        QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
+        NotificationCenter center;
+        AppSettings settings(ini, &center);
+        FakeClock clock;
+        DocumentStore store(memoryOptions(clock), &center, nullptr, &settings);
+        settings.setKeyLayouts(inSettings, Timestamp{100});
+        int announced = 0;
+        center.observe(notification::keyLayoutChanged, &center, [&] { ++announced; });
+
+        QTemporaryDir local;
+        LumoDocument saved = baseDocument(Timestamp{clock.seconds});
+        saved.keyLayouts = inDocument;
+        saved.keyLayoutsUpdatedAt = Timestamp{c.documentAt};
+        writeDocument(QDir(local.path()).filePath("document.json"), saved);
+        DocumentStore::Options options = memoryOptions(clock);
+        options.storageDirectory = local.path();
+        DocumentStore loaded(options, &center, nullptr, &settings);
+
+        const KeyLayouts& winner = c.documentWins ? inDocument : inSettings;
+        EXPECT_EQ(settings.keyLayouts(), winner) << c.documentAt;
+        EXPECT_EQ(settings.keyLayoutsUpdatedAt(), Timestamp{c.documentWins ? c.documentAt : 100.0})
+            << c.documentAt;
+        EXPECT_EQ(announced, c.documentWins ? 1 : 0) << c.documentAt;
+        if (c.documentWins) {
+            EXPECT_EQ(store.document().keyLayouts, inDocument); // the other store followed the announcement
+        }
+        EXPECT_EQ(loaded.document().keyLayouts, winner) << c.documentAt;
+    }
+}
+
 TEST(DocumentStoreEditing, LaunchOptions) {
     QTemporaryDir dir;
     QSettings ini(dir.filePath("settings.ini"), QSettings::IniFormat);
