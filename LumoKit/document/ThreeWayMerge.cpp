@@ -371,17 +371,23 @@ ThreeWayMergeResult threeWayMerged(const LumoDocument& local, const LumoDocument
 
 NormalizedDocument normalizedWithTwins(const LumoDocument& document, Timestamp now) {
     NormalizedDocument result{document.normalized(now), {}};
-    const SheetIndex remaining(&result.document);
-    for (const Sheet& sheet : document.sheets) {
+    result.twins = twinsRemoved(document, result.document);
+    return result;
+}
+
+std::map<Uuid, Uuid> twinsRemoved(const LumoDocument& before, const LumoDocument& after) {
+    std::map<Uuid, Uuid> twins;
+    const SheetIndex remaining(&after);
+    for (const Sheet& sheet : before.sheets) {
         if (remaining.find(sheet.id))
             continue;
-        const auto twin = std::find_if(
-            result.document.sheets.begin(), result.document.sheets.end(),
-            [&](const Sheet& kept) { return kept.name == sheet.name && kept.text == sheet.text; });
-        if (twin != result.document.sheets.end())
-            result.twins.emplace(sheet.id, twin->id);
+        const auto twin = std::find_if(after.sheets.begin(), after.sheets.end(), [&](const Sheet& kept) {
+            return kept.name == sheet.name && kept.text == sheet.text;
+        });
+        if (twin != after.sheets.end())
+            twins.emplace(sheet.id, twin->id);
     }
-    return result;
+    return twins;
 }
 
 } // namespace lumo

@@ -56,5 +56,8 @@ struct NormalizedDocument {
     std::map<Uuid, Uuid> twins;
 };
 NormalizedDocument normalizedWithTwins(const LumoDocument& document, Timestamp now);
+/// The sheets of `before` that `after` no longer has, each with the sheet of `after` that has
+/// its name and text: where an edit meant for a removed duplicate goes on.
+std::map<Uuid, Uuid> twinsRemoved(const LumoDocument& before, const LumoDocument& after);
 
 } // namespace lumo

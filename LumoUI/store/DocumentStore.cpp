@@ -1,6 +1,5 @@
 #include "LumoUI/store/DocumentStore.h"
 
-#include <algorithm>
 #include <QCoreApplication>
 #include <QDir>
 
@@ -179,21 +178,6 @@ Uuid DocumentStore::resolved(const Uuid& id) const {
         current = twin->second;
     }
     return current;
-}
-
-// A sheet of this device that the other device removed as a duplicate arrives as a deletion;
-// an editor still showing it types on into the sheet with the same name and text that stays.
-void DocumentStore::rememberTwinsRemovedElsewhere(const LumoDocument& merged) {
-    for (const Sheet& local : document().sheets) {
-        const auto same = [&](const Sheet& kept) { return kept.id == local.id; };
-        if (std::any_of(merged.sheets.begin(), merged.sheets.end(), same))
-            continue;
-        const auto twin = std::find_if(merged.sheets.begin(), merged.sheets.end(), [&](const Sheet& kept) {
-            return kept.name == local.name && kept.text == local.text;
-        });
-        if (twin != merged.sheets.end())
-            m_twins[local.id] = twin->id;
-    }
 }
 
 Uuid DocumentStore::addSheet() {
@@ -405,7 +389,10 @@ void DocumentStore::mergeRemote(const RemoteCopies& copies) {
     NormalizedDocument normalized = normalizedWithTwins(merged, mergedAt);
     for (const auto& [removed, twin] : normalized.twins)
         m_twins[removed] = twin;
-    rememberTwinsRemovedElsewhere(normalized.document);
+    // A sheet of this device that the other device removed as a duplicate arrives as a
+    // deletion; an editor still showing it types on into the twin that stays.
+    for (const auto& [removed, twin] : twinsRemoved(document(), normalized.document))
+        m_twins[removed] = twin;
     // Remote content makes this someone's document: a language switch must not replace it.
     m_edits.setUntouchedStarter(false);
     if (normalized.document == document())

@@ -134,7 +134,6 @@ signals:
 
 private:
     Timestamp now() const { return m_edits.now(); }
-    void rememberTwinsRemovedElsewhere(const LumoDocument& merged);
     // The sheet an edit meant: a sheet that a merge removed as a duplicate lives on in its twin.
     Uuid resolved(const Uuid& id) const;
     std::optional<Uuid> activeSheetID() const;
