@@ -227,9 +227,15 @@ private:
     const LinkBlock* m_first = nullptr;
 };
 
-/// Operands joined left to right by operators of one level (1 + 2 - 3, a and b, x^2): the
-/// first operand, then a link per operator. A chain is not nesting: it is as long as it is
-/// written, and walking it is a loop.
+/// True for + and −, which join terms: in a chain that holds them with × and ÷, they bind last.
+constexpr bool isTermOperator(Operator op) {
+    return op == Operator::plus || op == Operator::minus;
+}
+
+/// Operands joined left to right by operators of one level (a and b, 1 < x, x^2), or by the
+/// four arithmetic operators together (1 + 2*3 - 4/2), whose factors are grouped first, as in
+/// (1 + (2*3)) - (4/2): the first operand, then a link per operator. A chain is not nesting:
+/// it is as long as it is written, and walking it is a loop.
 struct Chain {
     const Expr* first;
     LinkList links;

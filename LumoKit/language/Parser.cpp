@@ -130,6 +130,23 @@ std::optional<expr::Operator> comparisonOperator(std::string_view op) {
     return std::nullopt;
 }
 
+std::optional<expr::Operator> arithmeticOperator(std::string_view op) {
+    if (op.size() != 1)
+        return std::nullopt;
+    switch (op[0]) {
+    case '+':
+        return expr::Operator::plus;
+    case '-':
+        return expr::Operator::minus;
+    case '*':
+        return expr::Operator::times;
+    case '/':
+        return expr::Operator::divide;
+    default:
+        return std::nullopt;
+    }
+}
+
 // A whole exponent small enough for a unit target ("m^2").
 bool isUnitExponent(const Token& token) {
     return token.kind == Kind::number && std::abs(token.number) <= 9 &&
@@ -295,7 +312,7 @@ const Expr* Parser::parseConversion() {
         } else if (isPercentOfWord(token)) {
             advance();
             chain.lengthen();
-            const Expr* base = parseAdditive();
+            const Expr* base = parseArithmetic();
             left = m_arena->make(expr::PercentOf{left, base}, rangeFrom(first));
         } else {
             return left;
@@ -348,7 +365,7 @@ const Expr* Parser::parseNot() {
 }
 
 const Expr* Parser::parseComparison() {
-    return readChain(&Parser::parseAdditive, [this]() -> std::optional<expr::Operator> {
+    return readChain(&Parser::parseArithmetic, [this]() -> std::optional<expr::Operator> {
         if (current().kind != Kind::op)
             return std::nullopt;
         const auto op = comparisonOperator(current().text);
@@ -358,26 +375,16 @@ const Expr* Parser::parseComparison() {
     });
 }
 
-const Expr* Parser::parseAdditive() {
-    return readChain(&Parser::parseMultiplicative, [this]() -> std::optional<expr::Operator> {
-        if (isOp(current(), "+")) {
-            advance();
-            return expr::Operator::plus;
-        }
-        if (isOp(current(), "-")) {
-            advance();
-            return expr::Operator::minus;
-        }
-        return std::nullopt;
-    });
-}
-
-const Expr* Parser::parseMultiplicative() {
+// Terms and their factors are read into one chain (1 + 2*3 - 4/2): the evaluator groups the
+// factors of each term, so a sum of products costs a link per operator and no node per product,
+// and an operand is one rule call away from here rather than two.
+const Expr* Parser::parseArithmetic() {
     return readChain(&Parser::parseUnary, [this]() -> std::optional<expr::Operator> {
         const Token& token = current();
-        if (isOp(token, "*") || isOp(token, "/")) {
-            const auto op = isOp(token, "*") ? expr::Operator::times : expr::Operator::divide;
-            advance();
+        if (token.kind == Kind::op) {
+            const std::optional<expr::Operator> op = arithmeticOperator(token.text);
+            if (op)
+                advance();
             return op;
         }
         // An implicit product: the operand's token is not consumed here.

@@ -76,8 +76,7 @@ private:
     const Expr* parseAnd();
     const Expr* parseNot();
     const Expr* parseComparison();
-    const Expr* parseAdditive();
-    const Expr* parseMultiplicative();
+    const Expr* parseArithmetic();
     const Expr* parseUnary();
     const Expr* parsePower();
     const Expr* parsePostfix();

@@ -177,12 +177,27 @@ private:
         return operand;
     }
 
-    // A chain (1+2+3…) is applied left to right in a loop, however long it is.
+    // A chain (1+2+3…) is applied left to right in a loop, however long it is. In one of
+    // terms and factors, a term's factors are multiplied out before it is added.
     Value chain(const expr::Chain& node) const {
         Value value = walk(*node.first);
-        for (const expr::Link& link : node.links)
-            value = applyLink(link, std::move(value));
+        const auto end = node.links.end();
+        for (auto link = node.links.begin(); link != end;) {
+            const expr::Link& joining = *link++;
+            if (!expr::isTermOperator(joining.op())) {
+                value = applyLink(joining, std::move(value));
+                continue;
+            }
+            Value term = operandOf(joining);
+            for (; link != end && !expr::isTermOperator(link->op()); ++link)
+                term = applyLink(*link, std::move(term));
+            value = addTerm(joining.op(), value, term);
+        }
         return value;
+    }
+
+    static Value addTerm(expr::Operator op, const Value& sum, const Value& term) {
+        return op == expr::Operator::plus ? add(sum, term) : subtract(sum, term);
     }
 
     Value operandOf(const expr::Link& link) const {
@@ -212,10 +227,6 @@ private:
         }
         const Value right = operandOf(link);
         switch (op) {
-        case Op::plus:
-            return add(left, right);
-        case Op::minus:
-            return subtract(left, right);
         case Op::times:
             return multiply(left, right);
         case Op::divide:

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <functional>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -62,14 +63,24 @@ std::string print(const Expr* e) {
                 return "(" + std::string(expr::spelling(u.op)) + " " + print(u.operand) + ")";
             },
             [](const expr::Chain& c) {
-                // Printed as the left-leaning tree it stands for: (+ (+ a b) c).
+                // Printed as the left-leaning tree it stands for, factors first:
+                // (+ (+ a (* b c)) d).
+                const auto joined = [](expr::Operator op, const std::string& left, const std::string& right) {
+                    return "(" + std::string(expr::spelling(op)) + " " + left + " " + right + ")";
+                };
+                std::optional<std::string> sum;
+                auto sumOperator = expr::Operator::plus;
                 std::string printed = print(c.first);
                 for (const expr::Link& link : c.links) {
-                    const std::string operand = printOperand(link);
-                    printed =
-                        "(" + std::string(expr::spelling(link.op())) + " " + printed + " " + operand + ")";
+                    if (!expr::isTermOperator(link.op())) {
+                        printed = joined(link.op(), printed, printOperand(link));
+                        continue;
+                    }
+                    sum = sum ? joined(sumOperator, *sum, printed) : printed;
+                    sumOperator = link.op();
+                    printed = printOperand(link);
                 }
-                return printed;
+                return sum ? joined(sumOperator, *sum, printed) : printed;
             },
             [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
             [](const expr::UnitApply& u) {
