@@ -142,6 +142,8 @@ std::optional<expr::Operator> arithmeticOperator(std::string_view op) {
         return expr::Operator::times;
     case '/':
         return expr::Operator::divide;
+    case '^':
+        return expr::Operator::power;
     default:
         return std::nullopt;
     }
@@ -375,11 +377,11 @@ const Expr* Parser::parseComparison() {
     });
 }
 
-// Terms and their factors are read into one chain (1 + 2*3 - 4/2): the evaluator groups the
-// factors of each term, so a sum of products costs a link per operator and no node per product,
-// and an operand is one rule call away from here rather than two.
+// Terms, their factors and the powers of those are read into one chain (1 + 2*3^2 - 4/2): the
+// evaluator groups them by precedence, so a sum of products or of powers costs a link per
+// operator and no node per product, and an operand is one rule call away from here.
 const Expr* Parser::parseArithmetic() {
-    return readChain(&Parser::parseUnary, [this]() -> std::optional<expr::Operator> {
+    return readChain(&Parser::parseOperand, [this]() -> std::optional<expr::Operator> {
         const Token& token = current();
         if (token.kind == Kind::op) {
             const std::optional<expr::Operator> op = arithmeticOperator(token.text);
@@ -414,14 +416,34 @@ const Expr* Parser::parseUnary() {
     return parsePower();
 }
 
+// A power under a sign (-2^2 is -(2^2)).
 const Expr* Parser::parsePower() {
     const std::uint32_t first = here();
     const Expr* base = parsePostfix();
     if (!isOp(current(), "^"))
         return base;
-    advance();
-    NestingScope nesting(m_depth);
-    return binary(expr::Operator::power, base, parseUnary(), first);
+    return powerOf(base, first);
+}
+
+// A base and the powers it is raised to (2^3^2), in one chain, which the evaluator groups from
+// the right: 2^(3^2). The current token is the first "^".
+const Expr* Parser::powerOf(const Expr* base, std::uint32_t first) {
+    ChainReader chain(*this, base, first);
+    while (isOp(current(), "^")) {
+        advance();
+        chain.expectOperand();
+        chain.add(expr::Operator::power, parseOperand());
+    }
+    return chain.finish();
+}
+
+// An operand of an arithmetic chain. A sign covers the powers after it, so a signed operand is
+// read whole; the powers of any other are links of the chain.
+const Expr* Parser::parseOperand() {
+    const Token& token = current();
+    if (token.kind == Kind::op && (sameText(token.text, "-") || sameText(token.text, "+")))
+        return parseUnary();
+    return parsePostfix();
 }
 
 const Expr* Parser::parsePostfix() {
@@ -441,10 +463,9 @@ const Expr* Parser::parsePostfix() {
             advance();
             chain.lengthen();
             if (powered) {
-                advance();
                 NestingScope nesting(m_depth);
                 const Expr* name = m_arena->make(expr::Identifier{unit.view()}, unitRange);
-                const Expr* power = binary(expr::Operator::power, name, parseUnary(), unitRange.begin);
+                const Expr* power = powerOf(name, unitRange.begin);
                 e = binary(expr::Operator::times, e, power, first);
             } else if (measure) {
                 e = m_arena->make(expr::Measure{*measure, unit}, rangeFrom(first));

@@ -77,8 +77,10 @@ private:
     const Expr* parseNot();
     const Expr* parseComparison();
     const Expr* parseArithmetic();
+    const Expr* parseOperand();
     const Expr* parseUnary();
     const Expr* parsePower();
+    const Expr* powerOf(const Expr* base, std::uint32_t first);
     const Expr* parsePostfix();
     const Expr* parsePrimary();
     std::string parseUnitTarget();

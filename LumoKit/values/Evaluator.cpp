@@ -5,6 +5,8 @@
 #include <cmath>
 #include <utility>
 
+#include <absl/container/inlined_vector.h>
+
 #include "LumoKit/base/CalcError.h"
 #include "LumoKit/base/Overloaded.h"
 #include "LumoKit/base/Unicode.h"
@@ -178,26 +180,60 @@ private:
     }
 
     // A chain (1+2+3…) is applied left to right in a loop, however long it is. In one of
-    // terms and factors, a term's factors are multiplied out before it is added.
+    // terms, factors and powers, each term's factors are multiplied out before it is added, and
+    // each factor's powers are raised first, from the right. Values are worked on in place:
+    // most chains are short, and a value is too big to move about for nothing.
     Value chain(const expr::Chain& node) const {
+        LinkCursor link{node.links.begin(), node.links.end()};
         Value value = walk(*node.first);
-        const auto end = node.links.end();
-        for (auto link = node.links.begin(); link != end;) {
-            const expr::Link& joining = *link++;
+        multiplyOut(value, link);
+        while (!link.atEnd()) {
+            const expr::Link& joining = link.take();
             if (!expr::isTermOperator(joining.op())) {
                 value = applyLink(joining, std::move(value));
                 continue;
             }
             Value term = operandOf(joining);
-            for (; link != end && !expr::isTermOperator(link->op()); ++link)
-                term = applyLink(*link, std::move(term));
-            value = addTerm(joining.op(), value, term);
+            multiplyOut(term, link);
+            if (joining.op() == expr::Operator::plus)
+                addInto(value, term);
+            else
+                value = subtract(value, term);
         }
         return value;
     }
 
-    static Value addTerm(expr::Operator op, const Value& sum, const Value& term) {
-        return op == expr::Operator::plus ? add(sum, term) : subtract(sum, term);
+    struct LinkCursor {
+        expr::LinkList::iterator next;
+        expr::LinkList::iterator end;
+
+        bool atEnd() const { return next == end; }
+        bool at(expr::Operator op) const { return next != end && next->op() == op; }
+        const expr::Link& take() { return *next++; }
+    };
+
+    // A term's first factor times the factors after it.
+    void multiplyOut(Value& value, LinkCursor& link) const {
+        raise(value, link);
+        while (link.at(expr::Operator::times) || link.at(expr::Operator::divide)) {
+            const expr::Link& joining = link.take();
+            Value factor = operandOf(joining);
+            raise(factor, link);
+            value = joining.op() == expr::Operator::times ? multiply(value, factor) : divide(value, factor);
+        }
+    }
+
+    // A base raised to the powers after it: 2^3^2 is 2^(3^2).
+    void raise(Value& base, LinkCursor& link) const {
+        if (!link.at(expr::Operator::power))
+            return;
+        absl::InlinedVector<Value, 2> exponents;
+        while (link.at(expr::Operator::power))
+            exponents.push_back(operandOf(link.take()));
+        Value exponent = std::move(exponents.back());
+        for (std::size_t i = exponents.size() - 1; i-- > 0;)
+            exponent = power(exponents[i], exponent);
+        base = power(base, exponent);
     }
 
     Value operandOf(const expr::Link& link) const {
@@ -216,6 +252,7 @@ private:
         return walk(*link.node());
     }
 
+    // A link of a chain of comparisons, of "and" or of "or".
     Value applyLink(const expr::Link& link, Value left) const {
         using Op = expr::Operator;
         const Op op = link.op();
@@ -225,17 +262,7 @@ private:
                 return left;
             return operandOf(link);
         }
-        const Value right = operandOf(link);
-        switch (op) {
-        case Op::times:
-            return multiply(left, right);
-        case Op::divide:
-            return divide(left, right);
-        case Op::power:
-            return power(left, right);
-        default:
-            return compareValues(expr::spelling(op), left, right);
-        }
+        return compareValues(expr::spelling(op), left, operandOf(link));
     }
 
     Value percent(const expr::Percent& node) const {

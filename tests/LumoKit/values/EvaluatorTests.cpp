@@ -136,6 +136,31 @@ TEST(Evaluator, TextsOrderByScalarsAfterComposition) {
     EXPECT_GT(compareTexts("\u00e9", "f"), 0);
 }
 
+TEST(Evaluator, PrecedenceGroupsAsBracketsWould) {
+    // Terms, factors and powers share one flat chain: each line answers as its bracketed form.
+    struct Case {
+        std::string flat;
+        std::string grouped;
+        std::string answer;
+    };
+    const Case cases[] = {
+        {"1 + 2 * 3 - 4 / 2", "(1 + (2 * 3)) - (4 / 2)", "5"},
+        {"10 - 2 - 3", "(10 - 2) - 3", "5"},
+        {"100 / 10 / 5 * 2", "((100 / 10) / 5) * 2", "4"},
+        {"2^3^2", "2^(3^2)", "512"},
+        {"-2^2 + 1", "-(2^2) + 1", "-3"},
+        {"2 * 3^2 - 4 / 2^2^1", "(2 * (3^2)) - (4 / (2^(2^1)))", "17"},
+        {"2^-1 * 4", "(2^(-1)) * 4", "2"},
+        {"2 3^2 + 1", "(2 * (3^2)) + 1", "19"},
+        {"x^2 + 2x - 1", "(x^2) + (2 * x) - 1", "23"},
+        {"3 m^2 / 2 m", "(3 m^2) / (2 m)", "1.5 m"},
+        {"1 + 2 * 3 < 2^3 and 1", "((1 + (2 * 3)) < (2^3)) and 1", "1"},
+    };
+    MapContext context = sheetContext();
+    for (const Case& c : cases)
+        expectAnswers({{c.flat, c.answer}, {c.grouped, c.answer}}, &context);
+}
+
 TEST(Evaluator, FlatChainsOfAnyLength) {
     // A chain of terms is not nesting: ten thousand of them answer, in a loop and not
     // through ten thousand stack frames.
