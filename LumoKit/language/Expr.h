@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -359,7 +360,10 @@ public:
         if (last && last->size < last->capacity)
             return last;
         constexpr std::uint32_t largest = 1024;
-        const std::uint32_t capacity = last ? std::min(last->capacity * 4, largest) : 1;
+        return newBlock(last ? std::min(last->capacity * 4, largest) : 1, last);
+    }
+    /// An empty block for `capacity` items, after `last` when there is one.
+    template <typename Item> ArenaBlock<Item>* newBlock(std::uint32_t capacity, ArenaBlock<Item>* last) {
         static_assert(sizeof(ArenaBlock<Item>) % alignof(Item) == 0);
         void* memory =
             allocate(sizeof(ArenaBlock<Item>) + capacity * sizeof(Item), alignof(ArenaBlock<Item>));
@@ -389,6 +393,52 @@ private:
     std::size_t m_capacity = sizeof m_first;
     BlockHeader* m_lastBlock = nullptr; // the blocks after the first, newest first
 };
+/// Writes a run of items (a chain's links, a list's items) into blocks of an arena as they are
+/// read. The first few wait here and go into one block of just their number when the run ends,
+/// so that a short run, the usual kind, leaves no room unused; a longer one goes on in blocks
+/// that grow four times over. Call `prepare` before reading an item, so that any block is made
+/// before the item's own nodes, then construct the item at `slot` and `commit` it.
+template <typename Item, std::uint32_t Held = 4> class RunWriter {
+    static_assert(std::is_trivially_copyable_v<Item> && std::is_trivially_destructible_v<Item>);
+
+public:
+    explicit RunWriter(ExprArena& arena) : m_arena(arena) {}
+    RunWriter(const RunWriter&) = delete;
+    RunWriter& operator=(const RunWriter&) = delete;
+
+    bool empty() const { return m_held == 0 && !m_first; }
+    void prepare() {
+        if (m_held == Held) {
+            m_first = m_last = m_arena.newBlock<Item>(Held, nullptr);
+            std::memcpy(static_cast<void*>(m_last->items()), m_room, sizeof m_room);
+            m_last->size = Held;
+            m_held = 0;
+        }
+        if (m_first)
+            m_last = m_arena.roomAfter(m_last);
+    }
+    void* slot() {
+        return m_first ? static_cast<void*>(m_last->items() + m_last->size) : m_room + m_held * sizeof(Item);
+    }
+    void commit() { m_first ? ++m_last->size : ++m_held; }
+    /// The first block of the run, or null when it is empty.
+    const ArenaBlock<Item>* finish() {
+        if (m_first || m_held == 0)
+            return m_first;
+        ArenaBlock<Item>* block = m_arena.newBlock<Item>(m_held, nullptr);
+        std::memcpy(static_cast<void*>(block->items()), m_room, m_held * sizeof(Item));
+        block->size = m_held;
+        return block;
+    }
+
+private:
+    ExprArena& m_arena;
+    alignas(Item) std::byte m_room[Held * sizeof(Item)];
+    std::uint32_t m_held = 0;
+    ArenaBlock<Item>* m_first = nullptr;
+    ArenaBlock<Item>* m_last = nullptr;
+};
+
 static_assert(sizeof(Expr) == 32, "nodes are packed: every line's tree is made of them");
 static_assert(std::is_trivially_destructible_v<Expr> && std::is_trivially_destructible_v<expr::Link>,
               "an arena releases its nodes without destroying them");

@@ -1,30 +1,33 @@
 #include "LumoKit/language/Parser.h"
 
-// Grammar, loosest first. Every binary level is a loop, so it groups to the left, except "^".
+// Grammar, loosest first. Every level of binary operators is a loop.
 //
 //   statement      := [name "="] expression eof          name: an identifier that isn't reserved
-//   expression     := or { convWord unitTarget | "→" unitTarget | ("of"|"の") additive }
+//   expression     := or { convWord unitTarget | "→" unitTarget | ("of"|"の") arithmetic }
 //                     convWord ("in" "to" "as" "へ" "で") converts only when a name follows it
 //   or             := and { "or" and }
 //   and            := not { "and" not }
 //   not            := "not" not | comparison
-//   comparison     := additive { ("=="|"!="|"<"|"<="|">"|">=") additive }
-//   additive       := multiplicative { ("+"|"-") multiplicative }
-//   multiplicative := unary { ("*"|"/") unary | unary }   the bare form only before a number,
-//                                                          "(" or a call: 2(3+4), 2 sqrt(9)
-//   unary          := "-" unary | "+" unary | power
-//   power          := postfix [ "^" unary ]                right-associative, signed exponent
-//   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
+//   comparison     := arithmetic { ("=="|"!="|"<"|"<="|">"|">=") arithmetic }
+//   arithmetic     := operand { ("+"|"-"|"*"|"/"|"^") operand | operand }
+//                     one chain, which the evaluator groups: "^" first, from the right, then
+//                     "*" and "/", then "+" and "-", from the left. The bare form, a product, only
+//                     before a number, "(" or a call: 2(3+4), 2 sqrt(9)
+//   operand        := unary | postfix
+//   unary          := "-" unary | "+" unary | postfix { "^" operand }   a sign covers the powers
+//                                                                        after it: -2^2 is -(2^2)
+//   postfix        := primary { name { "^" operand } | "%" | "[" expression "]" }
 //                     name: not reserved, not "の", not followed by "("; "3x^2" is 3·(x^2)
 //   primary        := number | text | ref | name "(" [expression {"," expression}] ")"
 //                   | unit postfix                        a known unit before a number: $5
 //                   | name | "(" expression ")" | "[" [expression {"," expression}] "]"
 //   unitTarget     := name { ("/"|"*") name | "^" digit }  text such as "km/h", "kN·m", "m^2"
 //
-// Nesting (brackets, calls, indexes, signs, powers, "not") is limited to maxExpressionNesting
-// levels and the postfix and conversion chains of one operand to maxExpressionChain, so hostile
-// input ends in an error rather than a stack overflow. Chains of binary operators are flat
-// terms, not nesting: they grow without limit, and the tree's walks follow them in loops.
+// Nesting (brackets, calls, indexes, signs, units raised to powers, "not") is limited to
+// maxExpressionNesting levels and the postfix and conversion chains of one operand to
+// maxExpressionChain, so hostile input ends in an error rather than a stack overflow. Chains of
+// binary operators are flat, not nesting: they grow without limit, and the tree's walks follow
+// them in loops.
 
 #include <algorithm>
 #include <cmath>
@@ -249,16 +252,12 @@ Statement Parser::parseStatementRule() {
 class Parser::ChainReader {
 public:
     ChainReader(Parser& parser, const Expr* first, std::uint32_t begin)
-        : m_parser(parser), m_first(first), m_begin(begin) {}
+        : m_parser(parser), m_first(first), m_begin(begin), m_links(*parser.m_arena) {}
 
     /// Call after the operator, before its operand is read.
-    void expectOperand() {
-        m_last = m_parser.m_arena->roomAfter(m_last);
-        if (!m_firstBlock)
-            m_firstBlock = m_last;
-    }
+    void expectOperand() { m_links.prepare(); }
     void add(expr::Operator op, const Expr* operand) {
-        Link* link = m_last->items() + m_last->size++;
+        void* link = m_links.slot();
         ExprArena& arena = *m_parser.m_arena;
         const auto* name = operand->as<expr::Identifier>();
         const SourceRange range = operand->range;
@@ -272,13 +271,14 @@ public:
             new (link) Link(op, name->name, operand->range);
         else
             new (link) Link(op, operand, operand->range);
+        m_links.commit();
     }
     /// The chain, or the first operand alone when no operator followed it.
-    const Expr* finish() const {
-        if (!m_firstBlock)
+    const Expr* finish() {
+        if (m_links.empty())
             return m_first;
-        return m_parser.m_arena->make(expr::Chain{m_first, expr::LinkList(m_firstBlock)},
-                                      m_parser.rangeFrom(m_begin));
+        const expr::LinkList links(m_links.finish());
+        return m_parser.m_arena->make(expr::Chain{m_first, links}, m_parser.rangeFrom(m_begin));
     }
 
 private:
@@ -287,16 +287,8 @@ private:
     Parser& m_parser;
     const Expr* m_first;
     std::uint32_t m_begin;
-    expr::LinkBlock* m_firstBlock = nullptr;
-    expr::LinkBlock* m_last = nullptr;
+    RunWriter<Link> m_links;
 };
-
-const Expr* Parser::binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first) {
-    ChainReader chain(*this, left, first);
-    chain.expectOperand();
-    chain.add(op, right);
-    return chain.finish();
-}
 
 const Expr* Parser::parseConversion() {
     const std::uint32_t first = here();
@@ -422,19 +414,19 @@ const Expr* Parser::parsePower() {
     const Expr* base = parsePostfix();
     if (!isOp(current(), "^"))
         return base;
-    return powerOf(base, first);
+    ChainReader chain(*this, base, first);
+    readPowers(chain);
+    return chain.finish();
 }
 
-// A base and the powers it is raised to (2^3^2), in one chain, which the evaluator groups from
-// the right: 2^(3^2). The current token is the first "^".
-const Expr* Parser::powerOf(const Expr* base, std::uint32_t first) {
-    ChainReader chain(*this, base, first);
+// The powers a chain's last operand is raised to (2^3^2), which the evaluator groups from the
+// right: 2^(3^2). The current token is the first "^".
+void Parser::readPowers(ChainReader& chain) {
     while (isOp(current(), "^")) {
         advance();
         chain.expectOperand();
         chain.add(expr::Operator::power, parseOperand());
     }
-    return chain.finish();
 }
 
 // An operand of an arithmetic chain. A sign covers the powers after it, so a signed operand is
@@ -464,9 +456,12 @@ const Expr* Parser::parsePostfix() {
             chain.lengthen();
             if (powered) {
                 NestingScope nesting(m_depth);
-                const Expr* name = m_arena->make(expr::Identifier{unit.view()}, unitRange);
-                const Expr* power = powerOf(name, unitRange.begin);
-                e = binary(expr::Operator::times, e, power, first);
+                // 3x^2 is 3 * x^2, in one chain.
+                ChainReader product(*this, e, first);
+                product.expectOperand();
+                product.add(expr::Operator::times, m_arena->make(expr::Identifier{unit.view()}, unitRange));
+                readPowers(product);
+                e = product.finish();
             } else if (measure) {
                 e = m_arena->make(expr::Measure{*measure, unit}, rangeFrom(first));
             } else {
@@ -556,7 +551,7 @@ const Expr* Parser::parsePrimary() {
 // an item costs one node however long the list.
 class Parser::ItemReader {
 public:
-    explicit ItemReader(Parser& parser) : m_parser(parser) {}
+    explicit ItemReader(Parser& parser) : m_parser(parser), m_items(*parser.m_arena) {}
 
     /// Reads the comma-separated items up to, not including, `close`.
     ExprList read(Token::Kind close) {
@@ -567,25 +562,20 @@ public:
             m_parser.advance();
             add();
         }
-        return ExprList(m_first);
+        return ExprList(m_items.finish());
     }
 
 private:
     void add() {
-        ExprArena& arena = *m_parser.m_arena;
-        // The block comes first, so that the item's node is the last one made.
-        m_last = arena.roomAfter(m_last);
-        if (!m_first)
-            m_first = m_last;
+        m_items.prepare();
         const Expr* item = m_parser.parseConversion();
-        new (m_last->items() + m_last->size) Expr(*item);
-        ++m_last->size;
-        arena.giveBack(item);
+        new (m_items.slot()) Expr(*item);
+        m_items.commit();
+        m_parser.m_arena->giveBack(item);
     }
 
     Parser& m_parser;
-    ExprBlock* m_first = nullptr;
-    ExprBlock* m_last = nullptr;
+    RunWriter<Expr> m_items;
 };
 
 // The same word as the one kept last is shared, so that a long sum of 1 m + 1 m … keeps its

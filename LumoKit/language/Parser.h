@@ -1,17 +1,16 @@
 #pragma once
 
-// Grammar, loosest first (every binary level loops, so it groups to the left, except "^"):
+// Grammar, loosest first (every level of binary operators loops):
 //   statement      := [name "="] expression eof
-//   expression     := or { ("in"|"to"|"as"|"へ"|"で"|"→") unitTarget | ("of"|"の") additive }
+//   expression     := or { ("in"|"to"|"as"|"へ"|"で"|"→") unitTarget | ("of"|"の") arithmetic }
 //   or             := and { "or" and }
 //   and            := not { "and" not }
 //   not            := "not" not | comparison
-//   comparison     := additive { ("=="|"!="|"<"|"<="|">"|">=") additive }
-//   additive       := multiplicative { ("+"|"-") multiplicative }
-//   multiplicative := unary { ("*"|"/") unary | <implicit product> unary }
-//   unary          := "-" unary | "+" unary | power
-//   power          := postfix [ "^" unary ]
-//   postfix        := primary { name ["^" unary] | "%" | "[" expression "]" }
+//   comparison     := arithmetic { ("=="|"!="|"<"|"<="|">"|">=") arithmetic }
+//   arithmetic     := operand { ("+"|"-"|"*"|"/"|"^") operand | <implicit product> operand }
+//   operand        := unary | postfix
+//   unary          := "-" unary | "+" unary | postfix { "^" operand }
+//   postfix        := primary { name { "^" operand } | "%" | "[" expression "]" }
 //   primary        := number | text | ref | call | unit postfix | name | "(" expression ")" | list
 
 #include <cstdint>
@@ -27,7 +26,8 @@
 
 namespace lumo {
 
-/// The most levels of nesting (brackets, calls, signs, powers, "not") one expression may have.
+/// The most levels of nesting (brackets, calls, signs, units raised to powers, "not") one
+/// expression may have.
 /// A chain of binary operators (1+1+…+1) is not nesting: it has no limit, and every walk of
 /// a tree follows such a chain in a loop.
 inline constexpr int maxExpressionNesting = 200;
@@ -80,7 +80,6 @@ private:
     const Expr* parseOperand();
     const Expr* parseUnary();
     const Expr* parsePower();
-    const Expr* powerOf(const Expr* base, std::uint32_t first);
     const Expr* parsePostfix();
     const Expr* parsePrimary();
     std::string parseUnitTarget();
@@ -89,12 +88,11 @@ private:
     const Expr* parseList();
 
     class ChainReader;
+    void readPowers(ChainReader& chain);
     class ItemReader;
     /// Reads operands joined by the operators that `operatorHere` finds, left to right.
     template <typename Operand, typename OperatorHere>
     const Expr* readChain(Operand operand, OperatorHere operatorHere);
-    /// A chain of one operator.
-    const Expr* binary(expr::Operator op, const Expr* left, const Expr* right, std::uint32_t first);
     ExprPtr root(const Expr* node) const;
 
     /// Rethrows a failure of the rules, unless the rest of the line holds an unreadable
