@@ -142,8 +142,9 @@ BENCHMARK(uniqueSheetAfterKeystroke)
     ->Unit(benchmark::kMillisecond);
 
 // One long line of the given size in bytes, made of one term repeated: a flat chain of numbers
-// (1+1+…), of names (a+a+…), of signed numbers (1+-1+…) or of units (1m+1m+…), or a written
-// list ([1,1,…], which is refused once it has 100,000 items but is read whole first). Time and
+// (1+1+…), of names (a+a+…), of signed numbers (1+-1+…), of units (1m+1m+…), of products or
+// powers, or a written list ([1,1,…], which is refused once it has 100,000 items but is read
+// whole first). Time and
 // the heap's peak are per input byte, and must stay flat from 100 kB to 10 MB.
 void longLine(benchmark::State& state) {
     const auto bytes = static_cast<std::size_t>(state.range(0));
@@ -154,12 +155,21 @@ void longLine(benchmark::State& state) {
         const char* tail;
     };
     static constexpr Shape shapes[] = {
-        {"1+1+…", "1", "+1", ""},          {"a+a+…", "a = 1\na", "+a", ""},
-        {"1+-1+…", "1", "+-1", ""},        {"1m+1m+…", "1m", "+1m", ""},
-        {"[1,1,…]", "[1", ",1", "]"},      {"1%+1%+…", "1%", "+1%", ""},
-        {"(1)+(1)+…", "(1)", "+(1)", ""},  {"max(1)+max(1)+…", "max(1)", "+max(1)", ""},
-        {"#1+#1+…", "1\n#1", "+#1", ""},   {"[[1],[1],…]", "[[1]", ",[1]", "]"},
-        {"-a-a-…", "a = 1\n-a", "-a", ""}, {"1*2+1*2+…", "1*2", "+1*2", ""},
+        {"1+1+…", "1", "+1", ""},
+        {"a+a+…", "a = 1\na", "+a", ""},
+        {"1+-1+…", "1", "+-1", ""},
+        {"1m+1m+…", "1m", "+1m", ""},
+        {"[1,1,…]", "[1", ",1", "]"},
+        {"1%+1%+…", "1%", "+1%", ""},
+        {"(1)+(1)+…", "(1)", "+(1)", ""},
+        {"max(1)+max(1)+…", "max(1)", "+max(1)", ""},
+        {"#1+#1+…", "1\n#1", "+#1", ""},
+        {"[[1],[1],…]", "[[1]", ",[1]", "]"},
+        {"-a-a-…", "a = 1\n-a", "-a", ""},
+        {"1*2+1*2+…", "1*2", "+1*2", ""},
+        {"2^2+2^2+…", "2^2", "+2^2", ""},
+        {"[[1,1],[1,1],…]", "[[1,1]", ",[1,1]", "]"},
+        {"1m^2+1m^2+…", "1m^2", "+1m^2", ""},
     };
     const Shape& shape = shapes[state.range(1)];
     std::string text;
@@ -185,7 +195,7 @@ void longLine(benchmark::State& state) {
 }
 BENCHMARK(longLine)
     ->ArgsProduct({{100000, 1000000, 10000000}, {0}})
-    ->ArgsProduct({{10000000}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}})
+    ->ArgsProduct({{10000000}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}})
     ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -197,12 +197,17 @@ public:
     }
     /// The operand's characters.
     SourceRange range() const { return m_range; }
+    /// Whether a minus sign stands before the operand held here (-x, -#1, -5%): the link holds
+    /// the sign too, rather than a node for it.
+    bool negated() const { return m_negated; }
+    void negate() { m_negated = true; }
 
 private:
     Operator m_op;
     Holds m_holds = Holds::node;
     std::uint16_t m_nameSize = 0;
     SourceRange m_range;
+    bool m_negated = false;
     union {
         const Expr* node;
         double number;

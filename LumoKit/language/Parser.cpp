@@ -257,20 +257,23 @@ public:
     /// Call after the operator, before its operand is read.
     void expectOperand() { m_links.prepare(); }
     void add(expr::Operator op, const Expr* operand) {
-        void* link = m_links.slot();
         ExprArena& arena = *m_parser.m_arena;
-        const auto* name = operand->as<expr::Identifier>();
         const SourceRange range = operand->range;
+        const bool negated = takeBackSign(operand);
+        const auto* name = operand->as<expr::Identifier>();
+        Link* link = static_cast<Link*>(m_links.slot());
         if (const auto number = arena.takeBackNumber(operand))
             new (link) Link(op, *number, range);
         else if (const auto figure = arena.takeBackPercent(operand))
             new (link) Link(op, *figure, range, Link::Holds::percent);
         else if (const auto ref = arena.takeBackRef(operand))
             new (link) Link(op, *ref, range);
-        else if (name && name->name.size() <= Link::longestName && arena.giveBack(operand))
-            new (link) Link(op, name->name, operand->range);
+        else if (holdsName(operand) && arena.giveBack(operand))
+            new (link) Link(op, name->name, range);
         else
-            new (link) Link(op, operand, operand->range);
+            new (link) Link(op, operand, range);
+        if (negated)
+            link->negate();
         m_links.commit();
     }
     /// The chain, or the first operand alone when no operator followed it.
@@ -283,6 +286,27 @@ public:
 
 private:
     using Link = expr::Link;
+
+    static bool holdsName(const Expr* operand) {
+        const auto* name = operand->as<expr::Identifier>();
+        return name && name->name.size() <= Link::longestName;
+    }
+    // A minus sign made last over a name, a line reference or a percentage of a number made
+    // just before it is taken back, to be held in the link with its operand: true then, with
+    // `operand` moved on to what the sign stood over.
+    bool takeBackSign(const Expr*& operand) const {
+        const auto* sign = operand->as<expr::Unary>();
+        if (!sign || sign->op != expr::UnaryOperator::minus || sign->operand != operand - 1)
+            return false;
+        const Expr* inner = sign->operand;
+        const auto* percent = inner->as<expr::Percent>();
+        const bool held = holdsName(inner) || inner->is<expr::Ref>() ||
+                          (percent && percent->operand == inner - 1 && percent->operand->is<expr::Number>());
+        if (!held || !m_parser.m_arena->giveBack(operand))
+            return false;
+        operand = inner;
+        return true;
+    }
 
     Parser& m_parser;
     const Expr* m_first;

@@ -172,11 +172,15 @@ private:
         Value operand = walk(*node.operand);
         if (node.op == expr::UnaryOperator::notWord)
             return boolValue(!truthiness(operand));
+        negate(operand);
+        return operand;
+    }
+
+    static void negate(Value& operand) {
         if (!operand.isNumber()) {
             throw CalcError(MessageKind::cannotNegate, {kindName(operand)});
         }
         operand.number = -operand.number;
-        return operand;
     }
 
     // A chain (1+2+3…) is applied left to right in a loop, however long it is. In one of
@@ -237,6 +241,15 @@ private:
     }
 
     Value operandOf(const expr::Link& link) const {
+        if (link.holds() == expr::Link::Holds::node)
+            return walk(*link.node());
+        Value operand = heldOperand(link);
+        if (link.negated())
+            negate(operand);
+        return operand;
+    }
+
+    Value heldOperand(const expr::Link& link) const {
         switch (link.holds()) {
         case expr::Link::Holds::number:
             return Value::plain(link.number());
@@ -245,11 +258,10 @@ private:
         case expr::Link::Holds::ref:
             return ref(link.line());
         case expr::Link::Holds::name:
-            return identifier(std::string(link.name()));
         case expr::Link::Holds::node:
             break;
         }
-        return walk(*link.node());
+        return identifier(std::string(link.name()));
     }
 
     // A link of a chain of comparisons, of "and" or of "or".

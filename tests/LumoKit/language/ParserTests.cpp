@@ -31,7 +31,13 @@ std::string printNumber(double value) {
 
 // A compact prefix form: (op a b), (unit x m), (to x km/h), (of p b), (idx a i), [a b], 'text'.
 // A link's operand, printed as the node it stands for.
+std::string printHeld(const expr::Link& link);
+
 std::string printOperand(const expr::Link& link) {
+    return link.negated() ? "(- " + printHeld(link) + ")" : printHeld(link);
+}
+
+std::string printHeld(const expr::Link& link) {
     switch (link.holds()) {
     case expr::Link::Holds::node:
         return print(link.node());
@@ -146,6 +152,7 @@ TEST(Parser, Trees) {
         {"+5", "5"},
         {"2^-1", "(^ 2 -1)"},
         {"-x%", "(- (% x))"},
+        {"1 - -x * -#1 + -5% - -x^2", "(- (+ (- 1 (* (- x) (- #1))) (- (% 5))) (- (^ x 2)))"},
         {"1 < 2 < 3", "(< (< 1 2) 3)"},
         {"1 + 2 >= 3 * 4", "(>= (+ 1 2) (* 3 4))"},
         {"a or b and not c", "(or a (and b (not c)))"},
@@ -243,6 +250,7 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
     } cases[] = {
         {"2 * (3 + 4)", {"2 * (3 + 4)", "2", "3 + 4", "3", "4"}},
         {"total = -x^2 %", {"-x^2 %", "x^2 %", "x", "2 %"}},
+        {"1 - -x * 2", {"1 - -x * 2", "1", "-x", "2"}},
         {"3x^2", {"3x^2", "3", "x", "2"}},
         {"$5 + #12", {"$5 + #12", "$5", "#12"}},
         {"f(a, (b)) and not [1][0]",

@@ -154,6 +154,7 @@ TEST(Evaluator, PrecedenceGroupsAsBracketsWould) {
         {"2 3^2 + 1", "(2 * (3^2)) + 1", "19"},
         {"x^2 + 2x - 1", "(x^2) + (2 * x) - 1", "23"},
         {"3 m^2 / 2 m", "(3 m^2) / (2 m)", "1.5 m"},
+        {"10 - -x * 2 + -5% - -#1", "10 - ((-x) * 2) + (-5%) - (-#1)", "59.1"},
         {"1 + 2 * 3 < 2^3 and 1", "((1 + (2 * 3)) < (2^3)) and 1", "1"},
     };
     MapContext context = sheetContext();
