@@ -198,11 +198,11 @@ void writeJsonLines(std::ostream& out, const std::vector<EvaluatedSheet>& sheets
                 break;
             case LineOutcome::Kind::failure:
                 json += ",\"message\":"sv;
-                appendJsonString(json, result.outcome.message);
+                appendJsonString(json, result.outcome.message());
                 break;
             case LineOutcome::Kind::plot:
                 json += ",\"plot\":"sv;
-                json += dumpJson(plotJson(*result.outcome.plot));
+                json += dumpJson(plotJson(*result.outcome.plot()));
                 break;
             case LineOutcome::Kind::blank:
             case LineOutcome::Kind::comment:

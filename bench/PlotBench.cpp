@@ -120,11 +120,11 @@ BENCHMARK(surfaceRotationFrame)->UseManualTime()->Unit(benchmark::kMillisecond)-
 void drawOneSurface(benchmark::State& state) {
     Bench bench("plot(sin(x) * cos(y), -3, 3, -3, 3)\n", QSize(1000, 700));
     const auto& results = bench.view->results();
-    if (results.empty() || !results.front().outcome.plot) {
+    if (results.empty() || !results.front().outcome.plot()) {
         state.SkipWithError("no surface");
         return;
     }
-    const PlotSpec& description = *results.front().outcome.plot;
+    const PlotSpec& description = *results.front().outcome.plot();
     const PlotStyle style = PlotStyle::make(Appearance::light, {}, bench.view->font());
     QImage image(QSize(620, 260), QImage::Format_ARGB32_Premultiplied);
     Samples samples(state);

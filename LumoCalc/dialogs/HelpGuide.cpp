@@ -67,7 +67,7 @@ QString answerCell(const LineResult& result, const HelpGuide::Colours& colours) 
                      .toHtmlEscaped());
     case LineOutcome::Kind::failure:
         return QStringLiteral("<span style=\"color:%1\">%2</span>")
-            .arg(colourName(colours.failure), QString::fromStdString(outcome.message).toHtmlEscaped());
+            .arg(colourName(colours.failure), QString::fromStdString(outcome.message()).toHtmlEscaped());
     case LineOutcome::Kind::plot:
         return QStringLiteral("<span style=\"color:%1\">%2</span>")
             .arg(colourName(colours.note), pickText("（グラフ）", "(graph)"));

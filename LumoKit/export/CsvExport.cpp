@@ -38,7 +38,7 @@ void writeCsv(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, cons
             if (severalSheets)
                 out << csvField(sheet.name) << ",";
             out << csvField(sheet.lines[i]) << "," << csvField(result.name.value_or("")) << ","
-                << csvField(isPlot ? result.outcome.plot->title : answerText(result, options, grouping))
+                << csvField(isPlot ? result.outcome.plot()->title : answerText(result, options, grouping))
                 << "," << csvField(number ? answerUnit(result.outcome.value) : "") << ","
                 << (number ? plainNumber(*number) : "") << "\r\n";
         }

@@ -69,7 +69,7 @@ void writeMarkdown(std::ostream& out, const std::vector<EvaluatedSheet>& sheets,
             if (i < sheet.results.size()) {
                 const LineResult& result = sheet.results[i];
                 if (result.outcome.kind == LineOutcome::Kind::plot) {
-                    const std::string& title = result.outcome.plot->title;
+                    const std::string& title = result.outcome.plot()->title;
                     const std::string image = imageName ? imageName(s, i) : "";
                     answer = image.empty() ? markdownCode(title)
                                            : "![" + escapedAltText(title) + "](" + image + ")";

@@ -10,7 +10,7 @@ std::string answerText(const LineResult& result, const EvaluationOptions& option
     case LineOutcome::Kind::value:
         return ValueFormatter::format(result.outcome.value, options, grouping);
     case LineOutcome::Kind::failure:
-        return result.outcome.message;
+        return result.outcome.message();
     case LineOutcome::Kind::plot:
     case LineOutcome::Kind::blank:
     case LineOutcome::Kind::comment:

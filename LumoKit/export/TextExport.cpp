@@ -91,8 +91,8 @@ std::vector<std::string> sketchSurface(const PlotSpec& plot) {
 std::string shownAnswer(const LineResult& result, const EvaluationOptions& options, Grouping grouping,
                         PlotLines plots) {
     if (result.outcome.kind == LineOutcome::Kind::plot)
-        return plots == PlotLines::sketch ? plotSummary(*result.outcome.plot, options)
-                                          : result.outcome.plot->title;
+        return plots == PlotLines::sketch ? plotSummary(*result.outcome.plot(), options)
+                                          : result.outcome.plot()->title;
     return answerText(result, options, grouping);
 }
 
@@ -176,7 +176,7 @@ void writeText(std::ostream& out, const std::vector<EvaluatedSheet>& sheets, con
             else
                 out << line << gap << padLeft(answer, answerColumn) << "\n";
             if (result.outcome.kind == LineOutcome::Kind::plot && layout.plots == PlotLines::sketch) {
-                for (const auto& row : sketchPlot(*result.outcome.plot, options))
+                for (const auto& row : sketchPlot(*result.outcome.plot(), options))
                     out << "    " << dim << row << reset << "\n";
             }
         }

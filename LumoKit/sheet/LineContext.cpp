@@ -263,11 +263,10 @@ bool LineContext::answerFromMemo(const Program::Line& line, LineCounting countin
         // Too much kept by the lines above: evaluated, the line says so.
         return false;
     }
+    // The result is a fresh one, holding no plot or message.
     LineOutcome& outcome = result.outcome;
     outcome.kind = LineOutcome::Kind::value;
     outcome.value = memo->answer;
-    outcome.plot.reset();
-    outcome.message.clear();
     outcome.failure = MessageKind::verbatim;
     result.name = name;
     return true;

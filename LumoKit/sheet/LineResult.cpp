@@ -12,16 +12,21 @@ LineOutcome LineOutcome::makeValue(Value value) {
 LineOutcome LineOutcome::makePlot(PlotSpec plot) {
     LineOutcome outcome;
     outcome.kind = Kind::plot;
-    outcome.plot = std::make_shared<const PlotSpec>(std::move(plot));
+    outcome.m_detail = std::make_shared<const PlotSpec>(std::move(plot));
     return outcome;
 }
 
 LineOutcome LineOutcome::makeFailure(const Message& message, Language language) {
     LineOutcome outcome;
     outcome.kind = Kind::failure;
-    outcome.message = message.text(language);
+    outcome.m_detail = std::make_shared<const std::string>(message.text(language));
     outcome.failure = message.kind();
     return outcome;
+}
+
+const std::string& LineOutcome::message() const {
+    static const std::string none;
+    return kind == Kind::failure ? *static_cast<const std::string*>(m_detail.get()) : none;
 }
 
 LineOutcome LineOutcome::makeComment() {

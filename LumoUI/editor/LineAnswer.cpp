@@ -13,7 +13,7 @@ std::optional<LineAnswer> lineAnswer(const LineResult& result) {
                               result.outcome.value, EvaluationOptions::current(), Grouping::grouped)),
                           name};
     case LineOutcome::Kind::failure:
-        return LineAnswer{LineAnswer::Kind::failure, QString::fromStdString(result.outcome.message), name};
+        return LineAnswer{LineAnswer::Kind::failure, QString::fromStdString(result.outcome.message()), name};
     case LineOutcome::Kind::plot:
     case LineOutcome::Kind::blank:
     case LineOutcome::Kind::comment:

@@ -47,7 +47,7 @@ const PlotSpec* PlotLayer::descriptionOf(int line) const {
     if (line < 0 || std::size_t(line) >= results.size())
         return nullptr;
     const LineOutcome& outcome = results[std::size_t(line)].outcome;
-    return outcome.kind == LineOutcome::Kind::plot ? outcome.plot.get() : nullptr;
+    return outcome.plot();
 }
 
 qreal PlotLayer::bandHeight(int line) const {
@@ -142,8 +142,9 @@ void PlotLayer::paint(QPainter& painter, const QRect& exposed) {
         PlotView view;
         if (description.kind == PlotSpec::Kind::surface)
             view.surfaceAngle = surfaceAngle(box.title);
-        const QPixmap& drawing = m_cache.drawing(box.line, results[std::size_t(box.line)].outcome.plot,
-                                                 box.rect.size().toSize(), ratio, view);
+        const QPixmap& drawing =
+            m_cache.drawing(box.line, results[std::size_t(box.line)].outcome.sharedPlot(),
+                            box.rect.size().toSize(), ratio, view);
         painter.drawPixmap(box.rect.topLeft(), drawing);
         if (m_hover && m_hover->first == box.line) {
             const PlotSpec* curves[] = {&description};

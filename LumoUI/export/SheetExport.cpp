@@ -47,7 +47,7 @@ QString exportMarkdown(const EvaluatedSheet& sheet, const QString& path, const E
         if (outcome.kind != LineOutcome::Kind::plot)
             continue;
         const QString image = folder.filePath(plotImageName(path, i));
-        if (!renderPlotImage(*outcome.plot, plotImageSize, style, {}, 2).save(image, "PNG"))
+        if (!renderPlotImage(*outcome.plot(), plotImageSize, style, {}, 2).save(image, "PNG"))
             return text("「%1」に書き出せませんでした", "Couldn’t write “%1”")
                 .arg(QDir::toNativeSeparators(image));
     }

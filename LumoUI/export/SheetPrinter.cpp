@@ -129,7 +129,7 @@ int printSheet(QPagedPaintDevice& device, const EvaluatedSheet& sheet, const Eva
         lines[i].answer = QString::fromStdString(answerText(result, options, Grouping::grouped));
         lines[i].failure = result.outcome.kind == LineOutcome::Kind::failure;
         if (result.outcome.kind == LineOutcome::Kind::plot)
-            lines[i].plot = result.outcome.plot.get();
+            lines[i].plot = result.outcome.plot();
         if (!lines[i].answer.isEmpty())
             answerWidth =
                 std::max(answerWidth, metrics.horizontalAdvance(lines[i].answer) + 2 * answerPadding);

@@ -18,7 +18,7 @@ std::vector<NamedValue> namedValues(const std::vector<LineResult>& results) {
                  ValueFormatter::format(outcome.value, EvaluationOptions::current(), Grouping::grouped),
                  false, int(line)});
         else if (outcome.kind == LineOutcome::Kind::failure)
-            values.push_back({*result.name, outcome.message, true, int(line)});
+            values.push_back({*result.name, outcome.message(), true, int(line)});
         // Plot, comment and blank lines have no answer to show beside a name.
     }
     return values;

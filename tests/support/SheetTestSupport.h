@@ -21,9 +21,9 @@ inline std::string showResult(const LineResult& result, const EvaluationOptions&
     case LineOutcome::Kind::value:
         return ValueFormatter::format(result.outcome.value, options, Grouping::none);
     case LineOutcome::Kind::plot:
-        return "plot: " + result.outcome.plot->title;
+        return "plot: " + result.outcome.plot()->title;
     case LineOutcome::Kind::failure:
-        return "! " + result.outcome.message;
+        return "! " + result.outcome.message();
     case LineOutcome::Kind::comment:
         return "//";
     case LineOutcome::Kind::blank:

@@ -35,7 +35,7 @@ std::vector<std::string> failingLines(const std::vector<Sheet>& sheets) {
             if (results[line].outcome.kind == LineOutcome::Kind::failure)
                 failures.push_back(sheets[i].name + ":" + std::to_string(line + 1) + " " +
                                    (line < lines.size() ? lines[line] : "") + " → " +
-                                   results[line].outcome.message);
+                                   results[line].outcome.message());
         }
     }
     return failures;

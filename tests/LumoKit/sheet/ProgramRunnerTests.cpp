@@ -301,7 +301,7 @@ TEST(LineContext, AFailureWithoutAMessageStaysOnItsLine) {
     const Program::Line call{0, "f(2)", {}};
     const LineResult failed = context.evaluateLine(call, LineCounting::counted, LineOwner::thisSheet);
     EXPECT_EQ(failed.outcome.kind, LineOutcome::Kind::failure);
-    EXPECT_EQ(failed.outcome.message, "Can’t calculate this");
+    EXPECT_EQ(failed.outcome.message(), "Can’t calculate this");
     const Program::Line next{1, "1 + 2", {}};
     EXPECT_EQ(context.evaluateLine(next, LineCounting::counted, LineOwner::thisSheet).outcome.value,
               Value::plain(3));

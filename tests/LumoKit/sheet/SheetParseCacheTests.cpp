@@ -78,7 +78,7 @@ namespace {
 // run works out, not one that merely prints the same.
 std::string exactly(const LineResult& result) {
     std::string out = std::to_string(int(result.outcome.kind)) + "|" + result.name.value_or("-") + "|" +
-                      result.outcome.message + "|" + std::to_string(int(result.outcome.failure));
+                      result.outcome.message() + "|" + std::to_string(int(result.outcome.failure));
     if (result.outcome.kind == LineOutcome::Kind::value) {
         char bits[40];
         std::snprintf(bits, sizeof bits, "%a", result.outcome.value.number);
