@@ -17,7 +17,8 @@ bool stoppedByBudget(const lumo::LineResult& result) {
 }
 
 bool same(const lumo::LineResult& a, const lumo::LineResult& b) {
-    return a.outcome.kind == b.outcome.kind && a.outcome.message == b.outcome.message && a.name == b.name &&
+    return a.outcome.kind == b.outcome.kind && a.outcome.message() == b.outcome.message() &&
+           a.name == b.name &&
            (a.outcome.kind != lumo::LineOutcome::Kind::value || a.outcome.value == b.outcome.value);
 }
 

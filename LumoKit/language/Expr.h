@@ -259,6 +259,17 @@ struct Measure {
     double value;
     KeptText unit;
 };
+/// A unit or name raised to a plain number, as a powered measure holds it.
+struct UnitPower {
+    KeptText name;
+    double exponent;
+};
+/// A plain number times a unit or name raised to a plain number (1 m^2, 3x^2): the product
+/// 3 * x^2 in one node, evaluated as that product is.
+struct PoweredMeasure {
+    double value;
+    const UnitPower* unit;
+};
 struct Call {
     KeptText name;
     ExprList args;
@@ -277,7 +288,7 @@ struct PercentOf {
 struct Expr {
     using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
                               expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Measure,
-                              expr::Call, expr::Convert, expr::PercentOf>;
+                              expr::PoweredMeasure, expr::Call, expr::Convert, expr::PercentOf>;
     Node node;
     /// The characters of the parsed text this node was read from, from its first token to its
     /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".
@@ -357,6 +368,11 @@ public:
         return held;
     }
     std::string_view keep(std::string_view text);
+    /// A copy of a small record that nodes point at.
+    template <typename T> const T* place(const T& record) {
+        static_assert(std::is_trivially_destructible_v<T>);
+        return new (allocate(sizeof(T), alignof(T))) T(record);
+    }
     /// The text with its length, for nodes that hold one pointer to it.
     KeptText keepCounted(std::string_view text);
     /// The block the next item of a run of blocks goes into: `last` while it has room, else a
@@ -422,6 +438,10 @@ public:
         if (m_first)
             m_last = m_arena.roomAfter(m_last);
     }
+    /// The items still waiting here; empty once they went into a block.
+    std::uint32_t waiting() const { return m_first ? 0 : m_held; }
+    /// Waiting item `i`, i < waiting().
+    const Item& waitingItem(std::uint32_t i) const { return reinterpret_cast<const Item*>(m_room)[i]; }
     void* slot() {
         return m_first ? static_cast<void*>(m_last->items() + m_last->size) : m_room + m_held * sizeof(Item);
     }

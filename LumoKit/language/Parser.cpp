@@ -276,6 +276,16 @@ public:
             link->negate();
         m_links.commit();
     }
+    /// The power of a product read as 3x^2 when it is a plain number: the reader holds just the
+    /// name's link and one power of that number.
+    std::optional<double> plainExponent() const {
+        if (m_links.waiting() != 2 || m_links.waitingItem(0).holds() != Link::Holds::name)
+            return std::nullopt;
+        const Link& power = m_links.waitingItem(1);
+        if (power.op() != expr::Operator::power || power.holds() != Link::Holds::number || power.negated())
+            return std::nullopt;
+        return power.number();
+    }
     /// The chain, or the first operand alone when no operator followed it.
     const Expr* finish() {
         if (m_links.empty())
@@ -471,21 +481,19 @@ const Expr* Parser::parsePostfix() {
         if (token.kind == Kind::identifier && !isReservedWord(token.text) &&
             !sameText(token.text, keywords::japaneseOfWord) && peek().kind != Kind::lparen) {
             // A number just read is taken back before the unit's text is kept, so that a
-            // measure (120 mm) is one node; a unit raised to a power (3x^2) is not a measure.
+            // measure (120 mm) is one node.
             const bool powered = isOp(peek(), "^");
-            const std::optional<double> measure = powered ? std::nullopt : m_arena->takeBackNumber(e);
+            const SourceRange numberRange = e->range;
+            const std::optional<double> measure = m_arena->takeBackNumber(e);
             const KeptText unit = keepWord(token.text);
             const SourceRange unitRange = token.range();
             advance();
             chain.lengthen();
             if (powered) {
                 NestingScope nesting(m_depth);
-                // 3x^2 is 3 * x^2, in one chain.
-                ChainReader product(*this, e, first);
-                product.expectOperand();
-                product.add(expr::Operator::times, m_arena->make(expr::Identifier{unit.view()}, unitRange));
-                readPowers(product);
-                e = product.finish();
+                if (measure)
+                    e = m_arena->make(expr::Number{*measure}, numberRange);
+                e = poweredUnit(e, measure, unit, unitRange, first);
             } else if (measure) {
                 e = m_arena->make(expr::Measure{*measure, unit}, rangeFrom(first));
             } else {
@@ -508,6 +516,23 @@ const Expr* Parser::parsePostfix() {
             return e;
         }
     }
+}
+
+// 3x^2 is 3 * x^2, read into one chain. A plain number times a name raised to a plain number
+// (1 m^2, 3x^2) is one node instead: a long sum of such products then costs a node and a link
+// per term. `number` is the value of `factor` when that is a plain number made last.
+const Expr* Parser::poweredUnit(const Expr* factor, std::optional<double> number, KeptText name,
+                                SourceRange nameRange, std::uint32_t first) {
+    ChainReader product(*this, factor, first);
+    product.expectOperand();
+    product.add(expr::Operator::times, m_arena->make(expr::Identifier{name.view()}, nameRange));
+    readPowers(product);
+    const std::optional<double> exponent = number ? product.plainExponent() : std::nullopt;
+    if (exponent && m_arena->giveBack(factor)) {
+        const expr::UnitPower* power = m_arena->place(expr::UnitPower{name, *exponent});
+        return m_arena->make(expr::PoweredMeasure{*number, power}, rangeFrom(first));
+    }
+    return product.finish();
 }
 
 const Expr* Parser::parsePrimary() {

@@ -89,6 +89,8 @@ private:
 
     class ChainReader;
     void readPowers(ChainReader& chain);
+    const Expr* poweredUnit(const Expr* factor, std::optional<double> number, KeptText name,
+                            SourceRange nameRange, std::uint32_t first);
     class ItemReader;
     /// Reads operands joined by the operators that `operatorHere` finds, left to right.
     template <typename Operand, typename OperatorHere>

@@ -254,6 +254,7 @@ bool refersToName(const Expr& expression, std::string_view name) {
             // "3y" is a unit application whose name the evaluator first asks the context for.
             [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
             [&](const expr::Measure& node) { return node.unit == name; },
+            [&](const expr::PoweredMeasure& node) { return node.unit->name == name; },
             [&](const expr::List& node) {
                 return std::any_of(node.items.begin(), node.items.end(),
                                    [&](const Expr& item) { return refers(&item); });

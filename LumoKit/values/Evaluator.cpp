@@ -112,6 +112,11 @@ public:
                 [this](const expr::Measure& node) {
                     return applyUnit(Value::plain(node.value), nullptr, node.unit);
                 },
+                [this](const expr::PoweredMeasure& node) {
+                    // The product 3 * x^2 it stands for, in the same steps.
+                    const Value base = identifier(std::string(node.unit->name));
+                    return multiply(Value::plain(node.value), power(base, Value::plain(node.unit->exponent)));
+                },
                 [this](const expr::Call& node) { return call(node); },
                 [this](const expr::Convert& node) { return convertTo(node); },
                 [this](const expr::PercentOf& node) { return percentOf(node); },
