@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -110,7 +111,54 @@ std::pair<char*, char*> roundDigitsInPlace(char* first, char* last, int digits) 
     return {first, last};
 }
 
+// The form decimalForm writes, found without the shortest-digits search when the number is a
+// whole count of 10^-d for a d the answer shows (2.5, 0.75, 1234.56: most fractional answers).
+// While 10^-d is more than twice the spacing of doubles near the number, at most one decimal of d
+// fraction digits reads back as the number, and the nearest is it; so the first d at which the
+// nearest decimal reads back gives the shortest digits. Empty when no d up to the limit does.
+std::string shortDecimalForm(double number, int maxFractionDigits, Grouping grouping) {
+    static constexpr std::array<double, 16> powersOfTen{1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const double magnitude = std::fabs(number);
+    if (magnitude == std::trunc(magnitude))
+        return {}; // rounding to 13 digits can make a whole number
+    const double spacing = std::nextafter(magnitude, HUGE_VAL) - magnitude;
+    const int lastDigit = std::min(maxFractionDigits, static_cast<int>(powersOfTen.size()) - 1);
+    for (int d = 1; d <= lastDigit; ++d) {
+        const double scale = powersOfTen[static_cast<std::size_t>(d)];
+        if (spacing * scale > 0.5 || magnitude * scale >= 0x1p53)
+            return {};
+        const double scaled = std::nearbyint(magnitude * scale);
+        if (scaled / scale != magnitude)
+            continue;
+        char digits[24];
+        const auto count = static_cast<int>(
+            std::to_chars(digits, digits + sizeof digits, static_cast<long long>(scaled)).ptr - digits);
+        char text[64];
+        char* out = text;
+        if (number < 0)
+            *out++ = '-';
+        const int whole = count - d;
+        if (whole <= 0)
+            *out++ = '0';
+        for (int i = 0; i < whole; ++i) {
+            if (grouping == Grouping::grouped && i != 0 && (whole - i) % 3 == 0)
+                *out++ = ',';
+            *out++ = digits[i];
+        }
+        *out++ = '.';
+        for (int i = whole; i < 0; ++i)
+            *out++ = '0';
+        for (int i = std::max(whole, 0); i < count; ++i)
+            *out++ = digits[i];
+        return std::string(text, out);
+    }
+    return {};
+}
+
 std::string decimalForm(double number, int maxFractionDigits, Grouping grouping) {
+    if (std::string form = shortDecimalForm(number, maxFractionDigits, grouping); !form.empty())
+        return form;
     char buffer[512];
     char* const start = buffer + 1; // room for a carry into a new first digit
     const auto [end, error] = std::to_chars(start, buffer + sizeof buffer, number, std::chars_format::fixed);

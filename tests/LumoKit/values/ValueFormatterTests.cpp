@@ -56,6 +56,11 @@ TEST(ValueFormatter, Numbers) {
         {0.12345678905, "0.1234567891", "0.1234567891"},
         {-17.777777777777771, "-17.7777777778", "-17.7777777778"},
         {999999999999.9999, "999999999999.9999", "999,999,999,999.9999"},
+        // Short decimals are written without the shortest-digits search: the same text.
+        {-1234.05, "-1234.05", "-1,234.05"},
+        {0.000123, "0.000123", "0.000123"},
+        {12345678901.5, "12345678901.5", "12,345,678,901.5"},
+        {32720.000000000004, "32720", "32,720"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(ValueFormatter::formatNumber(c.number, EvaluationOptions{}, Grouping::none), c.plain)
