@@ -58,12 +58,13 @@ std::string exponentForm(double number) {
     return trimFraction(text.substr(0, e)) + text.substr(e);
 }
 
-std::string groupThousands(std::string_view integerDigits) {
-    std::string out;
-    for (std::size_t i = 0; i < integerDigits.size(); ++i) {
-        if (i != 0 && (integerDigits.size() - i) % 3 == 0)
-            out += ',';
-        out += integerDigits[i];
+// Writes the digits of a whole part at `out`, a comma between groups of three when grouped,
+// and returns the end.
+char* writeWholeDigits(char* out, std::string_view digits, Grouping grouping) {
+    for (std::size_t i = 0; i < digits.size(); ++i) {
+        if (grouping == Grouping::grouped && i != 0 && (digits.size() - i) % 3 == 0)
+            *out++ = ',';
+        *out++ = digits[i];
     }
     return out;
 }
@@ -139,13 +140,7 @@ std::string shortDecimalForm(double number, int maxFractionDigits, Grouping grou
         if (number < 0)
             *out++ = '-';
         const int whole = count - d;
-        if (whole <= 0)
-            *out++ = '0';
-        for (int i = 0; i < whole; ++i) {
-            if (grouping == Grouping::grouped && i != 0 && (whole - i) % 3 == 0)
-                *out++ = ',';
-            *out++ = digits[i];
-        }
+        out = writeWholeDigits(out, whole > 0 ? std::string_view(digits, std::size_t(whole)) : "0", grouping);
         *out++ = '.';
         for (int i = whole; i < 0; ++i)
             *out++ = '0';
@@ -194,14 +189,15 @@ bool isSmallWholeNumber(double number) {
 }
 
 std::string wholeNumberForm(double number, Grouping grouping) {
-    char buffer[24];
+    char digits[24];
     const auto whole = static_cast<long long>(number);
-    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, whole < 0 ? -whole : whole);
-    const std::string_view digits(buffer, std::size_t(end - buffer));
-    std::string text = whole < 0 ? "-" : "";
-    if (grouping == Grouping::none)
-        return text.append(digits);
-    return text + groupThousands(digits);
+    const char* const end = std::to_chars(digits, digits + sizeof digits, whole < 0 ? -whole : whole).ptr;
+    char text[40];
+    char* out = text;
+    if (whole < 0)
+        *out++ = '-';
+    out = writeWholeDigits(out, std::string_view(digits, std::size_t(end - digits)), grouping);
+    return std::string(text, out);
 }
 
 std::string formatList(const Value& list, const EvaluationOptions& options, Grouping grouping, int depth);
