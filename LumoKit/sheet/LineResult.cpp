@@ -26,7 +26,7 @@ LineOutcome LineOutcome::makeFailure(const Message& message, Language language) 
 
 const std::string& LineOutcome::message() const {
     static const std::string none;
-    return kind == Kind::failure ? *static_cast<const std::string*>(m_detail.get()) : none;
+    return kind == Kind::failure && m_detail ? *static_cast<const std::string*>(m_detail.get()) : none;
 }
 
 LineOutcome LineOutcome::makeComment() {
