@@ -158,15 +158,16 @@ TEST(DocumentStoreSaving, TwoEditsApartGiveOneSaveAfterTheSecond) {
     int saves = 0;
     QObject::connect(&store, &DocumentStore::saved, [&] { ++saves; });
 
+    // Wide margins on the late side: a busy machine delays timers, never fires them early.
     store.updateText(id, "1\n");
-    runFor(300);
+    runFor(200);
     EXPECT_EQ(saves, 0);
     QElapsedTimer sinceSecond;
     sinceSecond.start();
     store.updateText(id, "1\n2\n");
     ASSERT_TRUE(waitUntil([&] { return saves == 1; }));
     EXPECT_GE(sinceSecond.elapsed(), 390);
-    EXPECT_LT(sinceSecond.elapsed(), 1000);
+    EXPECT_LT(sinceSecond.elapsed(), 2000);
     runFor(500);
     EXPECT_EQ(saves, 1);
     EXPECT_EQ(readDocument(store.storageURL()).sheets.front().text, "1\n2\n");
