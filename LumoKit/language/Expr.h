@@ -11,15 +11,15 @@
 #include <new>
 #include <optional>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
-#include <variant>
 #include <vector>
 
 #include "LumoKit/language/Lexer.h"
 
 namespace lumo {
 
-struct Expr;
+class Expr;
 /// A parsed tree, held by its root. Its nodes, their lists and their texts live in one arena
 /// that the root keeps alive, unless the parser was lent the arena (a sheet's parsed line
 /// holds its own): a line's tree is usually a single allocation, a long line's nodes lie
@@ -197,8 +197,8 @@ public:
     }
     /// The operand's characters.
     SourceRange range() const { return m_range; }
-    /// Whether a minus sign stands before the operand held here (-x, -#1, -5%): the link holds
-    /// the sign too, rather than a node for it.
+    /// Whether a minus sign stands before the operand (-x, -#1, -x^2): the link holds the sign
+    /// too, rather than a node for it.
     bool negated() const { return m_negated; }
     void negate() { m_negated = true; }
 
@@ -284,18 +284,83 @@ struct PercentOf {
 };
 } // namespace expr
 
-/// One node. Nodes own nothing: they point into the arena of their tree.
-struct Expr {
-    using Node = std::variant<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
-                              expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Measure,
-                              expr::PoweredMeasure, expr::Call, expr::Convert, expr::PercentOf>;
-    Node node;
-    /// The characters of the parsed text this node was read from, from its first token to its
-    /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a".
-    SourceRange range;
+/// The kinds of node, in the order their tags count them.
+template <typename... Kinds> struct NodeKinds {
+    static constexpr std::size_t count = sizeof...(Kinds);
+    template <std::size_t I> using At = std::tuple_element_t<I, std::tuple<Kinds...>>;
+    /// The tag of `Kind`; `count` when it is not one of them.
+    template <typename Kind> static constexpr std::uint8_t tagOf() {
+        std::uint8_t tag = 0;
+        (void)((std::is_same_v<Kind, Kinds> || (++tag, false)) || ...);
+        return tag;
+    }
+};
+using ExprKinds = NodeKinds<expr::Number, expr::Text, expr::List, expr::Index, expr::Identifier, expr::Ref,
+                            expr::Unary, expr::Chain, expr::Percent, expr::UnitApply, expr::Measure,
+                            expr::PoweredMeasure, expr::Call, expr::Convert, expr::PercentOf>;
 
-    template <typename T> const T* as() const { return std::get_if<T>(&node); }
-    template <typename T> bool is() const { return std::holds_alternative<T>(node); }
+/// One node: one of the kinds above and the characters it was read from, in 24 bytes. Every
+/// line's tree is made of them, so the tag shares a word with the range rather than taking a
+/// word of its own, as a std::variant's would. Nodes own nothing: they point into the arena
+/// of their tree.
+class Expr {
+public:
+    template <typename Kind> Expr(const Kind& node, SourceRange range) : m_begin(range.begin) {
+        static_assert(ExprKinds::tagOf<Kind>() < ExprKinds::count, "not a kind of node");
+        static_assert(sizeof(Kind) <= sizeof m_node && alignof(Kind) <= alignof(std::uint64_t));
+        static_assert(std::is_trivially_copyable_v<Kind> && std::is_trivially_destructible_v<Kind>);
+        new (m_node) Kind(node);
+        m_tag = ExprKinds::tagOf<Kind>();
+        m_length = std::min<std::uint32_t>(range.end - range.begin, longestRange);
+    }
+
+    template <typename Kind> const Kind* as() const {
+        return m_tag == ExprKinds::tagOf<Kind>() ? std::launder(reinterpret_cast<const Kind*>(m_node))
+                                                 : nullptr;
+    }
+    template <typename Kind> bool is() const { return m_tag == ExprKinds::tagOf<Kind>(); }
+
+    /// The characters of the parsed text this node was read from, from its first token to its
+    /// last. Brackets that only group it are outside: in "(a)" the node `a` covers the "a". A
+    /// node over more than 2^28 characters (a line of gigabytes) is cut at that length.
+    SourceRange range() const { return {m_begin, m_begin + m_length}; }
+
+    /// Calls `visitor` with the node as its kind; every kind must give the same type back.
+    template <typename Visitor> decltype(auto) visit(Visitor&& visitor) const {
+        static_assert(ExprKinds::count == 15, "a kind of node was added: add its case below");
+        // A switch rather than a table of functions, so that each case can be inlined.
+        // clang-format off
+        switch (m_tag) {
+        case 0: return visitor(kind<0>());
+        case 1: return visitor(kind<1>());
+        case 2: return visitor(kind<2>());
+        case 3: return visitor(kind<3>());
+        case 4: return visitor(kind<4>());
+        case 5: return visitor(kind<5>());
+        case 6: return visitor(kind<6>());
+        case 7: return visitor(kind<7>());
+        case 8: return visitor(kind<8>());
+        case 9: return visitor(kind<9>());
+        case 10: return visitor(kind<10>());
+        case 11: return visitor(kind<11>());
+        case 12: return visitor(kind<12>());
+        case 13: return visitor(kind<13>());
+        default: return visitor(kind<14>());
+        }
+        // clang-format on
+    }
+
+private:
+    static constexpr std::uint32_t longestRange = (1u << 28) - 1;
+
+    template <std::size_t Tag> const ExprKinds::At<Tag>& kind() const {
+        return *std::launder(reinterpret_cast<const ExprKinds::At<Tag>*>(m_node));
+    }
+
+    alignas(std::uint64_t) std::byte m_node[16];
+    std::uint32_t m_begin;
+    std::uint32_t m_length : 28;
+    std::uint32_t m_tag : 4;
 };
 
 static_assert(sizeof(ExprBlock) % alignof(Expr) == 0);
@@ -327,7 +392,7 @@ public:
     ExprArena& operator=(const ExprArena&) = delete;
 
     template <typename T> const Expr* make(T node, SourceRange range) {
-        return new (allocate(sizeof(Expr), alignof(Expr))) Expr{Expr::Node(std::move(node)), range};
+        return new (allocate(sizeof(Expr), alignof(Expr))) Expr(node, range);
     }
     /// Takes back a node made last, when nothing was made after it; false otherwise.
     bool giveBack(const Expr* node) {
@@ -464,7 +529,7 @@ private:
     ArenaBlock<Item>* m_last = nullptr;
 };
 
-static_assert(sizeof(Expr) == 32, "nodes are packed: every line's tree is made of them");
+static_assert(sizeof(Expr) == 24, "nodes are packed: every line's tree is made of them");
 static_assert(std::is_trivially_destructible_v<Expr> && std::is_trivially_destructible_v<expr::Link>,
               "an arena releases its nodes without destroying them");
 

@@ -258,7 +258,7 @@ public:
     void expectOperand() { m_links.prepare(); }
     void add(expr::Operator op, const Expr* operand) {
         ExprArena& arena = *m_parser.m_arena;
-        const SourceRange range = operand->range;
+        const SourceRange range = operand->range();
         const bool negated = takeBackSign(operand);
         const auto* name = operand->as<expr::Identifier>();
         Link* link = static_cast<Link*>(m_links.slot());
@@ -301,18 +301,14 @@ private:
         const auto* name = operand->as<expr::Identifier>();
         return name && name->name.size() <= Link::longestName;
     }
-    // A minus sign made last over a name, a line reference or a percentage of a number made
-    // just before it is taken back, to be held in the link with its operand: true then, with
-    // `operand` moved on to what the sign stood over.
+    // A minus sign made last is taken back, to be held in the link with its operand: true
+    // then, with `operand` moved on to what the sign stood over.
     bool takeBackSign(const Expr*& operand) const {
         const auto* sign = operand->as<expr::Unary>();
-        if (!sign || sign->op != expr::UnaryOperator::minus || sign->operand != operand - 1)
+        if (!sign || sign->op != expr::UnaryOperator::minus)
             return false;
         const Expr* inner = sign->operand;
-        const auto* percent = inner->as<expr::Percent>();
-        const bool held = holdsName(inner) || inner->is<expr::Ref>() ||
-                          (percent && percent->operand == inner - 1 && percent->operand->is<expr::Number>());
-        if (!held || !m_parser.m_arena->giveBack(operand))
+        if (!m_parser.m_arena->giveBack(operand))
             return false;
         operand = inner;
         return true;
@@ -483,7 +479,7 @@ const Expr* Parser::parsePostfix() {
             // A number just read is taken back before the unit's text is kept, so that a
             // measure (120 mm) is one node.
             const bool powered = isOp(peek(), "^");
-            const SourceRange numberRange = e->range;
+            const SourceRange numberRange = e->range();
             const std::optional<double> measure = m_arena->takeBackNumber(e);
             const KeptText unit = keepWord(token.text);
             const SourceRange unitRange = token.range();

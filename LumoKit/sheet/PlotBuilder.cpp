@@ -61,9 +61,9 @@ std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t op
     std::vector<std::string> texts;
     std::uint32_t from = open + 1;
     for (auto item = items.begin(); item != items.end();) {
-        const SourceRange current = item->range;
+        const SourceRange current = item->range();
         const std::uint32_t to =
-            ++item != items.end() ? findCharacter(source, current.end, item->range.begin, ",") : close;
+            ++item != items.end() ? findCharacter(source, current.end, item->range().begin, ",") : close;
         texts.push_back(unicode::trim(source.slice({from, to})));
         from = to + 1;
     }
@@ -72,7 +72,7 @@ std::vector<std::string> writtenItems(const SourceText& source, std::uint32_t op
 
 CallSource readCallSource(const Expr& callExpression, const expr::Call& call, std::string_view sourceText) {
     const SourceText source(sourceText);
-    const SourceRange range = callExpression.range;
+    const SourceRange range = callExpression.range();
     CallSource written;
     written.title = std::string(source.slice(range));
     // The name holds no "(", so the first one is the call's; the range ends at its ")".
@@ -83,9 +83,9 @@ CallSource readCallSource(const Expr& callExpression, const expr::Call& call, st
     if (call.args.size() == 1) {
         const Expr& argument = *call.args.front();
         if (const auto* list = argument.as<expr::List>();
-            list && source.slice(argument.range) == written.arguments[0])
+            list && source.slice(argument.range()) == written.arguments[0])
             written.listItems =
-                writtenItems(source, argument.range.begin, argument.range.end - 1, list->items);
+                writtenItems(source, argument.range().begin, argument.range().end - 1, list->items);
     }
     return written;
 }
@@ -248,37 +248,35 @@ PlotSpec buildCurve(const expr::Call& call, EvalContext& context, const Evaluati
 
 bool refersToName(const Expr& expression, std::string_view name) {
     const auto refers = [name](const Expr* child) { return child && refersToName(*child, name); };
-    return std::visit(
-        overloaded{
-            [&](const expr::Identifier& node) { return node.name == name; },
-            // "3y" is a unit application whose name the evaluator first asks the context for.
-            [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
-            [&](const expr::Measure& node) { return node.unit == name; },
-            [&](const expr::PoweredMeasure& node) { return node.unit->name == name; },
-            [&](const expr::List& node) {
-                return std::any_of(node.items.begin(), node.items.end(),
-                                   [&](const Expr& item) { return refers(&item); });
-            },
-            [&](const expr::Call& node) {
-                return std::any_of(node.args.begin(), node.args.end(),
-                                   [&](const Expr& item) { return refers(&item); });
-            },
-            [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },
-            [&](const expr::Unary& node) { return refers(node.operand); },
-            [&](const expr::Chain& node) {
-                return refers(node.first) ||
-                       std::any_of(node.links.begin(), node.links.end(), [&](const expr::Link& link) {
-                           return link.name() == name || refers(link.node());
-                       });
-            },
-            [&](const expr::Percent& node) { return refers(node.operand); },
-            [&](const expr::Convert& node) { return refers(node.operand); },
-            [&](const expr::PercentOf& node) { return refers(node.percentage) || refers(node.base); },
-            [](const expr::Number&) { return false; },
-            [](const expr::Text&) { return false; },
-            [](const expr::Ref&) { return false; },
+    return expression.visit(overloaded{
+        [&](const expr::Identifier& node) { return node.name == name; },
+        // "3y" is a unit application whose name the evaluator first asks the context for.
+        [&](const expr::UnitApply& node) { return node.unit == name || refers(node.operand); },
+        [&](const expr::Measure& node) { return node.unit == name; },
+        [&](const expr::PoweredMeasure& node) { return node.unit->name == name; },
+        [&](const expr::List& node) {
+            return std::any_of(node.items.begin(), node.items.end(),
+                               [&](const Expr& item) { return refers(&item); });
         },
-        expression.node);
+        [&](const expr::Call& node) {
+            return std::any_of(node.args.begin(), node.args.end(),
+                               [&](const Expr& item) { return refers(&item); });
+        },
+        [&](const expr::Index& node) { return refers(node.target) || refers(node.position); },
+        [&](const expr::Unary& node) { return refers(node.operand); },
+        [&](const expr::Chain& node) {
+            return refers(node.first) ||
+                   std::any_of(node.links.begin(), node.links.end(), [&](const expr::Link& link) {
+                       return link.name() == name || refers(link.node());
+                   });
+        },
+        [&](const expr::Percent& node) { return refers(node.operand); },
+        [&](const expr::Convert& node) { return refers(node.operand); },
+        [&](const expr::PercentOf& node) { return refers(node.percentage) || refers(node.base); },
+        [](const expr::Number&) { return false; },
+        [](const expr::Text&) { return false; },
+        [](const expr::Ref&) { return false; },
+    });
 }
 
 bool isSurfaceCall(const expr::Call& call) {
@@ -409,7 +407,7 @@ std::optional<Value> PlotContext::callUserFunction(const std::string& name, cons
 
 PlotSpec buildPlot(const Expr& callExpression, std::string_view sourceText, EvalContext& context,
                    const EvaluationOptions& options) {
-    const auto& call = std::get<expr::Call>(callExpression.node);
+    const auto& call = *callExpression.as<expr::Call>();
     const CallSource source = readCallSource(callExpression, call, sourceText);
     PlotSpec result;
     if (isChartWord(call.name))

@@ -92,36 +92,34 @@ public:
     explicit TreeWalker(const Evaluator& evaluator) : m_evaluator(evaluator) {}
 
     Value walk(const Expr& expression) const {
-        return std::visit(
-            overloaded{
-                [](const expr::Number& node) { return Value::plain(node.value); },
-                [](const expr::Text& node) { return Value::makeText(std::string(node.value)); },
-                [this](const expr::List& node) { return list(node); },
-                [this](const expr::Index& node) {
-                    const Value target = walk(*node.target);
-                    return indexValue(target, walk(*node.position));
-                },
-                [this](const expr::Identifier& node) { return identifier(std::string(node.name)); },
-                [this](const expr::Ref& node) { return ref(node.line); },
-                [this](const expr::Unary& node) { return unary(node); },
-                [this](const expr::Chain& node) { return chain(node); },
-                [this](const expr::Percent& node) { return percent(node); },
-                [this](const expr::UnitApply& node) {
-                    return applyUnit(walk(*node.operand), node.operand, node.unit);
-                },
-                [this](const expr::Measure& node) {
-                    return applyUnit(Value::plain(node.value), nullptr, node.unit);
-                },
-                [this](const expr::PoweredMeasure& node) {
-                    // The product 3 * x^2 it stands for, in the same steps.
-                    const Value base = identifier(std::string(node.unit->name));
-                    return multiply(Value::plain(node.value), power(base, Value::plain(node.unit->exponent)));
-                },
-                [this](const expr::Call& node) { return call(node); },
-                [this](const expr::Convert& node) { return convertTo(node); },
-                [this](const expr::PercentOf& node) { return percentOf(node); },
+        return expression.visit(overloaded{
+            [](const expr::Number& node) { return Value::plain(node.value); },
+            [](const expr::Text& node) { return Value::makeText(std::string(node.value)); },
+            [this](const expr::List& node) { return list(node); },
+            [this](const expr::Index& node) {
+                const Value target = walk(*node.target);
+                return indexValue(target, walk(*node.position));
             },
-            expression.node);
+            [this](const expr::Identifier& node) { return identifier(std::string(node.name)); },
+            [this](const expr::Ref& node) { return ref(node.line); },
+            [this](const expr::Unary& node) { return unary(node); },
+            [this](const expr::Chain& node) { return chain(node); },
+            [this](const expr::Percent& node) { return percent(node); },
+            [this](const expr::UnitApply& node) {
+                return applyUnit(walk(*node.operand), node.operand, node.unit);
+            },
+            [this](const expr::Measure& node) {
+                return applyUnit(Value::plain(node.value), nullptr, node.unit);
+            },
+            [this](const expr::PoweredMeasure& node) {
+                // The product 3 * x^2 it stands for, in the same steps.
+                const Value base = identifier(std::string(node.unit->name));
+                return multiply(Value::plain(node.value), power(base, Value::plain(node.unit->exponent)));
+            },
+            [this](const expr::Call& node) { return call(node); },
+            [this](const expr::Convert& node) { return convertTo(node); },
+            [this](const expr::PercentOf& node) { return percentOf(node); },
+        });
     }
 
 private:
@@ -246,9 +244,7 @@ private:
     }
 
     Value operandOf(const expr::Link& link) const {
-        if (link.holds() == expr::Link::Holds::node)
-            return walk(*link.node());
-        Value operand = heldOperand(link);
+        Value operand = link.holds() == expr::Link::Holds::node ? walk(*link.node()) : heldOperand(link);
         if (link.negated())
             negate(operand);
         return operand;

@@ -54,73 +54,69 @@ std::string printHeld(const expr::Link& link) {
 }
 
 std::string print(const Expr* e) {
-    return std::visit(
-        overloaded{
-            [](const expr::Number& n) { return printNumber(n.value); },
-            [](const expr::Text& t) { return "'" + std::string(t.value) + "'"; },
-            [](const expr::List& l) {
-                std::string items = printAll(l.items);
-                return "[" + (items.empty() ? items : items.substr(1)) + "]";
-            },
-            [](const expr::Index& i) { return "(idx " + print(i.target) + " " + print(i.position) + ")"; },
-            [](const expr::Identifier& i) { return std::string(i.name); },
-            [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
-            [](const expr::Unary& u) {
-                return "(" + std::string(expr::spelling(u.op)) + " " + print(u.operand) + ")";
-            },
-            [](const expr::Chain& c) {
-                // Printed as the tree it stands for: terms leaning left, each term's factors
-                // grouped first, and each factor's powers before them, from the right.
-                auto link = c.links.begin();
-                const auto end = c.links.end();
-                const auto at = [&](expr::Operator op) { return link != end && link->op() == op; };
-                const auto joined = [](expr::Operator op, const std::string& left, const std::string& right) {
-                    return "(" + std::string(expr::spelling(op)) + " " + left + " " + right + ")";
-                };
-                const auto powered = [&](const std::string& base) {
-                    std::vector<std::string> operands{base};
-                    while (at(expr::Operator::power))
-                        operands.push_back(printOperand(*link++));
-                    std::string printed = operands.back();
-                    for (auto operand = operands.rbegin() + 1; operand != operands.rend(); ++operand)
-                        printed = joined(expr::Operator::power, *operand, printed);
-                    return printed;
-                };
-                const auto term = [&](const std::string& first) {
-                    std::string printed = powered(first);
-                    while (at(expr::Operator::times) || at(expr::Operator::divide)) {
-                        const expr::Operator op = link->op();
-                        printed = joined(op, printed, powered(printOperand(*link++)));
-                    }
-                    return printed;
-                };
-                std::string printed = term(print(c.first));
-                while (link != end) {
-                    const expr::Link& joining = *link++;
-                    const std::string operand = printOperand(joining);
-                    printed = joined(joining.op(), printed,
-                                     expr::isTermOperator(joining.op()) ? term(operand) : operand);
+    return e->visit(overloaded{
+        [](const expr::Number& n) { return printNumber(n.value); },
+        [](const expr::Text& t) { return "'" + std::string(t.value) + "'"; },
+        [](const expr::List& l) {
+            std::string items = printAll(l.items);
+            return "[" + (items.empty() ? items : items.substr(1)) + "]";
+        },
+        [](const expr::Index& i) { return "(idx " + print(i.target) + " " + print(i.position) + ")"; },
+        [](const expr::Identifier& i) { return std::string(i.name); },
+        [](const expr::Ref& r) { return "#" + std::to_string(r.line); },
+        [](const expr::Unary& u) {
+            return "(" + std::string(expr::spelling(u.op)) + " " + print(u.operand) + ")";
+        },
+        [](const expr::Chain& c) {
+            // Printed as the tree it stands for: terms leaning left, each term's factors
+            // grouped first, and each factor's powers before them, from the right.
+            auto link = c.links.begin();
+            const auto end = c.links.end();
+            const auto at = [&](expr::Operator op) { return link != end && link->op() == op; };
+            const auto joined = [](expr::Operator op, const std::string& left, const std::string& right) {
+                return "(" + std::string(expr::spelling(op)) + " " + left + " " + right + ")";
+            };
+            const auto powered = [&](const std::string& base) {
+                std::vector<std::string> operands{base};
+                while (at(expr::Operator::power))
+                    operands.push_back(printOperand(*link++));
+                std::string printed = operands.back();
+                for (auto operand = operands.rbegin() + 1; operand != operands.rend(); ++operand)
+                    printed = joined(expr::Operator::power, *operand, printed);
+                return printed;
+            };
+            const auto term = [&](const std::string& first) {
+                std::string printed = powered(first);
+                while (at(expr::Operator::times) || at(expr::Operator::divide)) {
+                    const expr::Operator op = link->op();
+                    printed = joined(op, printed, powered(printOperand(*link++)));
                 }
                 return printed;
-            },
-            [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
-            [](const expr::UnitApply& u) {
-                return "(unit " + print(u.operand) + " " + std::string(u.unit) + ")";
-            },
-            [](const expr::Measure& m) {
-                return "(unit " + printNumber(m.value) + " " + std::string(m.unit) + ")";
-            },
-            [](const expr::PoweredMeasure& m) {
-                return "(* " + printNumber(m.value) + " (^ " + std::string(m.unit->name) + " " +
-                       printNumber(m.unit->exponent) + "))";
-            },
-            [](const expr::Call& c) { return "(call " + std::string(c.name) + printAll(c.args) + ")"; },
-            [](const expr::Convert& c) {
-                return "(to " + print(c.operand) + " " + std::string(c.target) + ")";
-            },
-            [](const expr::PercentOf& p) { return "(of " + print(p.percentage) + " " + print(p.base) + ")"; },
+            };
+            std::string printed = term(print(c.first));
+            while (link != end) {
+                const expr::Link& joining = *link++;
+                const std::string operand = printOperand(joining);
+                printed = joined(joining.op(), printed,
+                                 expr::isTermOperator(joining.op()) ? term(operand) : operand);
+            }
+            return printed;
         },
-        e->node);
+        [](const expr::Percent& p) { return "(% " + print(p.operand) + ")"; },
+        [](const expr::UnitApply& u) {
+            return "(unit " + print(u.operand) + " " + std::string(u.unit) + ")";
+        },
+        [](const expr::Measure& m) {
+            return "(unit " + printNumber(m.value) + " " + std::string(m.unit) + ")";
+        },
+        [](const expr::PoweredMeasure& m) {
+            return "(* " + printNumber(m.value) + " (^ " + std::string(m.unit->name) + " " +
+                   printNumber(m.unit->exponent) + "))";
+        },
+        [](const expr::Call& c) { return "(call " + std::string(c.name) + printAll(c.args) + ")"; },
+        [](const expr::Convert& c) { return "(to " + print(c.operand) + " " + std::string(c.target) + ")"; },
+        [](const expr::PercentOf& p) { return "(of " + print(p.percentage) + " " + print(p.base) + ")"; },
+    });
 }
 
 std::string parsed(std::string_view text) {
@@ -267,40 +263,39 @@ TEST(Parser, NodesCarryTheTextTheyWereReadFrom) {
         const SourceText source(c.input);
         std::vector<std::string> texts;
         std::function<void(const Expr&)> walk = [&](const Expr& e) {
-            texts.emplace_back(source.slice(e.range));
-            std::visit(overloaded{
-                           [&](const expr::List& l) {
-                               for (const Expr& item : l.items)
-                                   walk(item);
-                           },
-                           [&](const expr::Index& i) {
-                               walk(*i.target);
-                               walk(*i.position);
-                           },
-                           [&](const expr::Unary& u) { walk(*u.operand); },
-                           [&](const expr::Chain& c) {
-                               walk(*c.first);
-                               for (const expr::Link& link : c.links) {
-                                   if (link.node())
-                                       walk(*link.node());
-                                   else
-                                       texts.emplace_back(source.slice(link.range()));
-                               }
-                           },
-                           [&](const expr::Percent& p) { walk(*p.operand); },
-                           [&](const expr::UnitApply& u) { walk(*u.operand); },
-                           [&](const expr::Call& call) {
-                               for (const Expr& argument : call.args)
-                                   walk(argument);
-                           },
-                           [&](const expr::Convert& convert) { walk(*convert.operand); },
-                           [&](const expr::PercentOf& p) {
-                               walk(*p.percentage);
-                               walk(*p.base);
-                           },
-                           [](const auto&) {},
-                       },
-                       e.node);
+            texts.emplace_back(source.slice(e.range()));
+            e.visit(overloaded{
+                [&](const expr::List& l) {
+                    for (const Expr& item : l.items)
+                        walk(item);
+                },
+                [&](const expr::Index& i) {
+                    walk(*i.target);
+                    walk(*i.position);
+                },
+                [&](const expr::Unary& u) { walk(*u.operand); },
+                [&](const expr::Chain& c) {
+                    walk(*c.first);
+                    for (const expr::Link& link : c.links) {
+                        if (link.node())
+                            walk(*link.node());
+                        else
+                            texts.emplace_back(source.slice(link.range()));
+                    }
+                },
+                [&](const expr::Percent& p) { walk(*p.operand); },
+                [&](const expr::UnitApply& u) { walk(*u.operand); },
+                [&](const expr::Call& call) {
+                    for (const Expr& argument : call.args)
+                        walk(argument);
+                },
+                [&](const expr::Convert& convert) { walk(*convert.operand); },
+                [&](const expr::PercentOf& p) {
+                    walk(*p.percentage);
+                    walk(*p.base);
+                },
+                [](const auto&) {},
+            });
         };
         walk(*parseStatement(c.input).expr);
         EXPECT_EQ(texts, c.expected) << c.input;
