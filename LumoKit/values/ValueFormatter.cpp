@@ -163,22 +163,14 @@ std::string decimalForm(double number, int maxFractionDigits, Grouping grouping)
     const std::string_view text(first, static_cast<std::size_t>(last - first));
     if (text == "-0")
         return "0";
-    if (grouping == Grouping::none)
-        return std::string(text);
-    const bool negative = text.front() == '-';
-    const std::size_t begin = negative ? 1 : 0;
+    const std::size_t sign = text.front() == '-' ? 1 : 0;
     const std::size_t point = std::min(text.find('.'), text.size());
-    const std::size_t integerDigits = point - begin;
-    std::string out;
-    out.reserve(text.size() + integerDigits / 3);
-    if (negative)
-        out += '-';
-    for (std::size_t i = 0; i < integerDigits; ++i) {
-        if (i != 0 && (integerDigits - i) % 3 == 0)
-            out += ',';
-        out += text[begin + i];
-    }
-    out.append(text.substr(point));
+    const std::string_view whole = text.substr(sign, point - sign);
+    std::string out(text.size() + whole.size() / 3, '\0');
+    char* at = std::copy_n(text.data(), sign, out.data());
+    at = writeWholeDigits(at, whole, grouping);
+    at = std::copy(text.begin() + static_cast<std::ptrdiff_t>(point), text.end(), at);
+    out.resize(static_cast<std::size_t>(at - out.data()));
     return out;
 }
 
