@@ -171,6 +171,7 @@ void FindBar::open(Mode mode) {
 
 void FindBar::dismiss() {
     hide();
+    updateCount(); // clears the count and the marks
     if (m_textView)
         m_textView->setFocus(Qt::OtherFocusReason);
 }
@@ -379,9 +380,11 @@ void FindBar::replaceAll() {
 void FindBar::updateCount() {
     if (!isVisible() || query().isEmpty()) {
         m_count->clear();
+        markMatches({});
         return;
     }
     const QList<Hit> hits = allHits();
+    markMatches(hits);
     if (hits.isEmpty()) {
         m_count->setText(pickText("見つかりません", "No matches"));
         return;
@@ -393,6 +396,18 @@ void FindBar::updateCount() {
         return;
     }
     m_count->setText(matchCount(int(hits.size())));
+}
+
+void FindBar::markMatches(const QList<Hit>& hits) {
+    if (!m_textView)
+        return;
+    QList<TextMatch> shown;
+    const std::optional<Uuid> sheet = m_session ? m_session->sheetID() : std::nullopt;
+    for (const Hit& hit : hits) {
+        if (hit.sheetID == sheet)
+            shown.append(hit.match);
+    }
+    m_textView->showSearchMatches(shown);
 }
 
 void FindBar::setStatus(const QString& text) {

@@ -75,6 +75,8 @@ private:
     void showHit(const Hit& hit);
     void searchAsTyped();
     void updateCount();
+    /// Marks in the text the matches on the sheet it shows.
+    void markMatches(const QList<Hit>& hits);
     void setStatus(const QString& text);
 
     QPointer<SheetSession> m_session;

@@ -704,7 +704,7 @@ void CalcTextView::setAppearance(Appearance appearance) {
     m_overlay->setPalette(colors);
     m_handle->setPalette(colors);
     updatePlotStyle();
-    updateCurrentLineHighlight();
+    markSearchMatches();
     m_overlay->update();
 }
 
@@ -715,8 +715,37 @@ void CalcTextView::updateCurrentLineHighlight() {
     current.format.setProperty(QTextFormat::FullWidthSelection, true);
     current.cursor = textCursor();
     current.cursor.clearSelection();
-    setExtraSelections({current});
+    // The band first, so that the marks of matches on its line are drawn over it.
+    QList<QTextEdit::ExtraSelection> selections{current};
+    selections += m_searchMarks;
+    setExtraSelections(selections);
     m_overlay->caretLineChanged();
+}
+
+void CalcTextView::showSearchMatches(const QList<TextMatch>& matches) {
+    if (matches == m_searchMatches)
+        return;
+    m_searchMatches = matches;
+    markSearchMatches();
+}
+
+void CalcTextView::markSearchMatches() {
+    // Amber, as find marks are in most editors, dimmed on dark paper so the text stays legible.
+    const QColor mark =
+        m_appearance == Appearance::dark ? QColor(0x6E, 0x55, 0x14) : QColor(0xFF, 0xE0, 0x85);
+    m_searchMarks.clear();
+    const int length = document()->characterCount();
+    for (const TextMatch& match : m_searchMatches) {
+        if (m_searchMarks.size() == markedMatchLimit || match.start + match.length >= length)
+            break;
+        QTextEdit::ExtraSelection marked;
+        marked.format.setBackground(mark);
+        marked.cursor = QTextCursor(document());
+        marked.cursor.setPosition(match.start);
+        marked.cursor.setPosition(match.start + match.length, QTextCursor::KeepAnchor);
+        m_searchMarks.append(marked);
+    }
+    updateCurrentLineHighlight();
 }
 
 } // namespace lumo

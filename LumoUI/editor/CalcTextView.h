@@ -11,6 +11,7 @@
 #include "LumoKit/editing/SyntaxHighlighter.h"
 #include "LumoKit/sheet/LineResult.h"
 #include "LumoUI/editor/LineAnswer.h"
+#include "LumoUI/find/TextSearch.h"
 #include "LumoUI/settings/Theme.h"
 #include "LumoUI/store/SharedResults.h"
 
@@ -105,6 +106,12 @@ public:
     /// Builds the right-click menu for a point in the viewport or on an answer.
     QMenu* createContextMenu(std::optional<int> answerLine, int textLine);
 
+    /// Marks the find bar's matches in the text, every one of them up to a cap; an empty list
+    /// clears them.
+    void showSearchMatches(const QList<TextMatch>& matches);
+    /// How many matches are marked at most: a sheet of thousands would slow every repaint.
+    static constexpr int markedMatchLimit = 2000;
+
 public slots:
     /// Cutting, pasting and deleting a selection that touches a locked line are refused.
     void cut();
@@ -151,6 +158,7 @@ private:
     void contentsChanged(int position, int removed, int added);
     void updateOverlayArea(const QRect& rect, int dy);
     void updateCurrentLineHighlight();
+    void markSearchMatches();
     void updatePlotStyle();
 
     QPointer<AppSettings> m_settings;
@@ -159,6 +167,8 @@ private:
     PlotLayer* m_plots = nullptr;
     SyntaxColorOverrides m_syntaxColors;
     SharedResults m_results = noResults();
+    QList<TextMatch> m_searchMatches;
+    QList<QTextEdit::ExtraSelection> m_searchMarks;
     mutable std::vector<std::optional<std::optional<LineAnswer>>> m_answers;
     int m_lockCount = 0;
     std::optional<int> m_hoveredResultLine;

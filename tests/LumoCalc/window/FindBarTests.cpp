@@ -3,6 +3,7 @@
 #include <QLineEdit>
 
 #include "LumoCalc/window/FindBar.h"
+#include "LumoUI/editor/CalcTextView.h"
 #include "ShellTestSupport.h"
 
 namespace lumo::test {
@@ -140,6 +141,37 @@ TEST_F(Find, ReplaceOneAtATimeStopsAtALockedLine) {
     EXPECT_EQ(store->sheet(sheetAt(monthlyBudget))->text,
               "rent = 820 EUR\nutilities = 124 USD\nrent + utilities\n");
     EXPECT_EQ(bar->statusLabel()->text(), QStringLiteral("That line is locked, so it was left alone"));
+}
+
+TEST_F(Find, MarksTheMatchesOfTheShownSheetWhileOpen) {
+    MainWindow* window = openWindow();
+    CalcTextView* view = window->editor()->textView();
+    const auto marked = [view] {
+        QStringList texts;
+        for (const QTextEdit::ExtraSelection& selection : view->extraSelections()) {
+            if (selection.cursor.hasSelection())
+                texts << selection.cursor.selectedText();
+        }
+        return texts;
+    };
+    window->session()->showSheet(sheetAt(monthlyBudget));
+    press(window, QKeySequence(Qt::CTRL | Qt::Key_F));
+    QTest::keyClicks(bar->findField(), QStringLiteral("rent"));
+    EXPECT_EQ(marked(), QStringList({"rent", "rent"}));
+
+    // The marks follow the text as it is typed.
+    view->setFocus();
+    view->moveCursor(QTextCursor::End);
+    QTest::keyClicks(view, QStringLiteral("Rent"));
+    EXPECT_EQ(marked(), QStringList({"rent", "rent", "Rent"}));
+    QTest::mouseClick(bar->matchCaseBox(), Qt::LeftButton);
+    EXPECT_EQ(marked(), QStringList({"rent", "rent"}));
+
+    window->session()->showSheet(sheetAt(gettingStarted));
+    EXPECT_EQ(marked(), QStringList()) << "another sheet's matches are not marked here";
+    window->session()->showSheet(sheetAt(monthlyBudget));
+    press(window, QKeySequence(Qt::Key_Escape));
+    EXPECT_EQ(marked(), QStringList()) << "closing the bar clears the marks";
 }
 
 TEST_F(Find, CountsAndReplacementsReadInJapanese) {
