@@ -354,7 +354,7 @@ PlotSpec buildBars(const expr::Call& call, const CallSource& source, EvalContext
 
     std::vector<std::string> labels;
     if (values.size() == 1 && values.front().isList()) {
-        values = std::vector<Value>(values.front().items);
+        values = std::vector<Value>(values.front().items());
         if (source.listItems.size() == values.size())
             labels = source.listItems;
     } else if (source.arguments.size() == values.size()) {

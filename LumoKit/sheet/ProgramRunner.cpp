@@ -324,10 +324,10 @@ std::vector<Value> ProgramRunner::iterationItems(const Expr& iterable) {
         return rangeItems(*call);
     Value value = Evaluator(m_context.options(), &m_context).evaluate(iterable);
     if (value.isList())
-        return std::move(value.items);
+        return std::move(value.editItems()); // taken, unless a name still shares them
     if (value.isText()) {
         std::vector<Value> characters;
-        for (auto& character : unicode::graphemes(value.text))
+        for (auto& character : unicode::graphemes(value.text()))
             characters.push_back(Value::makeText(std::move(character)));
         return characters;
     }

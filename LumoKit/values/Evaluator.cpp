@@ -77,10 +77,10 @@ bool orderSays(std::string_view op, int order) {
 }
 
 bool listsEqual(const Value& left, const Value& right) {
-    if (left.items.size() != right.items.size())
+    if (left.items().size() != right.items().size())
         return false;
-    for (std::size_t i = 0; i < left.items.size(); ++i) {
-        if (compareValues("==", left.items[i], right.items[i]).number == 0)
+    for (std::size_t i = 0; i < left.items().size(); ++i) {
+        if (compareValues("==", left.items()[i], right.items()[i]).number == 0)
             return false;
     }
     return true;
@@ -411,9 +411,9 @@ EvalContext& Evaluator::context() const {
 bool truthiness(const Value& value) {
     switch (value.kind) {
     case Value::Kind::list:
-        return !value.items.empty();
+        return !value.items().empty();
     case Value::Kind::text:
-        return !value.text.empty();
+        return !value.text().empty();
     case Value::Kind::number:
         return value.number != 0;
     }
@@ -430,7 +430,7 @@ Value compareValues(std::string_view op, const Value& left, const Value& right) 
         return boolValue(compareNumbers(op, aligned.left, aligned.right));
     }
     if (left.isText() && right.isText())
-        return boolValue(orderSays(op, compareTexts(left.text, right.text)));
+        return boolValue(orderSays(op, compareTexts(left.text(), right.text())));
     if (left.isList() && right.isList()) {
         if (isOrdering(op)) {
             throw CalcError(MessageKind::listsNotOrdered);
@@ -484,14 +484,14 @@ Value indexValue(const Value& target, const Value& position) {
     }
     std::vector<std::string> characters;
     if (target.isText())
-        characters = unicode::graphemes(target.text);
-    const std::size_t count = target.isList() ? target.items.size() : characters.size();
+        characters = unicode::graphemes(target.text());
+    const std::size_t count = target.isList() ? target.items().size() : characters.size();
     const std::int64_t n = static_cast<std::int64_t>(count);
     const std::int64_t effective = i < 0 ? i + n : i;
     if (effective < 0 || effective >= n)
         throwNoItem(target, i, count);
     const auto at = static_cast<std::size_t>(effective);
-    return target.isList() ? target.items[at] : Value::makeText(characters[at]);
+    return target.isList() ? target.items()[at] : Value::makeText(characters[at]);
 }
 
 } // namespace lumo

@@ -1,6 +1,7 @@
 #include "LumoKit/values/Value.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 #include "LumoKit/base/CalcError.h"
@@ -67,11 +68,11 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
 
 std::size_t valueWeight(const Value& value, std::size_t limit) {
     if (value.isText())
-        return 1 + value.text.size() / 64;
+        return 1 + value.text().size() / 64;
     if (!value.isList())
         return 1;
     std::size_t weight = 1;
-    for (const auto& item : value.items) {
+    for (const auto& item : value.items()) {
         weight += valueWeight(item, limit);
         if (weight > limit)
             break;
@@ -94,20 +95,20 @@ Message kindName(const Value& value) {
 namespace {
 
 Value joinTexts(const Value& left, const Value& right) {
-    if (unicode::graphemeCount(left.text) + unicode::graphemeCount(right.text) > maxTextLength ||
-        left.text.size() + right.text.size() > maxTextBytes)
+    if (unicode::graphemeCount(left.text()) + unicode::graphemeCount(right.text()) > maxTextLength ||
+        left.text().size() + right.text().size() > maxTextBytes)
         throwTextTooLong();
-    return Value::makeText(left.text + right.text);
+    return Value::makeText(left.text() + right.text());
 }
 
 Value joinLists(const Value& left, const Value& right) {
-    if (left.items.size() + right.items.size() > maxListItems ||
+    if (left.items().size() + right.items().size() > maxListItems ||
         valueWeight(left) + valueWeight(right) > maxValueWeight())
         throwListTooBig();
     std::vector<Value> items;
-    items.reserve(left.items.size() + right.items.size());
-    items.insert(items.end(), left.items.begin(), left.items.end());
-    items.insert(items.end(), right.items.begin(), right.items.end());
+    items.reserve(left.items().size() + right.items().size());
+    items.insert(items.end(), left.items().begin(), left.items().end());
+    items.insert(items.end(), right.items().begin(), right.items().end());
     return Value::list(std::move(items));
 }
 
@@ -124,22 +125,22 @@ std::size_t repeatCount(const Value& repeated, const Value& count) {
 Value repeat(const Value& repeated, const Value& countValue) {
     const std::size_t count = repeatCount(repeated, countValue);
     if (repeated.isList()) {
-        const std::size_t size = repeated.items.size();
+        const std::size_t size = repeated.items().size();
         if (size != 0 && (maxListItems / size < count || maxValueWeight() / valueWeight(repeated) < count))
             throwListTooBig();
         std::vector<Value> items;
         items.reserve(size * count);
         for (std::size_t i = 0; i < count; ++i)
-            items.insert(items.end(), repeated.items.begin(), repeated.items.end());
+            items.insert(items.end(), repeated.items().begin(), repeated.items().end());
         return Value::list(std::move(items));
     }
-    const std::size_t length = unicode::graphemeCount(repeated.text);
-    if (length != 0 && (maxTextLength / length < count || maxTextBytes / repeated.text.size() < count))
+    const std::size_t length = unicode::graphemeCount(repeated.text());
+    if (length != 0 && (maxTextLength / length < count || maxTextBytes / repeated.text().size() < count))
         throwTextTooLong();
     std::string text;
-    text.reserve(repeated.text.size() * count);
+    text.reserve(repeated.text().size() * count);
     for (std::size_t i = 0; i < count; ++i)
-        text += repeated.text;
+        text += repeated.text();
     return Value::makeText(std::move(text));
 }
 
@@ -183,41 +184,31 @@ Value Value::percent(double figure) {
 Value Value::list(std::vector<Value> items) {
     Value value;
     value.kind = Kind::list;
-    value.items = std::move(items);
+    if (!items.empty())
+        value.m_payload = std::make_shared<std::vector<Value>>(std::move(items));
     return value;
 }
 
 Value Value::makeText(std::string text) {
     Value value;
     value.kind = Kind::text;
-    value.text = std::move(text);
+    if (!text.empty())
+        value.m_payload = std::make_shared<std::string>(std::move(text));
     return value;
 }
 
-Value::Value(const Value& other)
-    : number(other.number), unit(other.unit), isPercent(other.isPercent), kind(other.kind) {
-    if (kind == Kind::list)
-        items = other.items;
-    else if (kind == Kind::text)
-        text = other.text;
+std::vector<Value>& Value::editItems() {
+    assert(kind == Kind::list);
+    if (!m_payload || m_payload.use_count() > 1)
+        m_payload = std::make_shared<std::vector<Value>>(items());
+    return *static_cast<std::vector<Value>*>(m_payload.get());
 }
 
-Value& Value::operator=(const Value& other) {
-    if (this == &other)
-        return *this;
-    number = other.number;
-    unit = other.unit;
-    isPercent = other.isPercent;
-    kind = other.kind;
-    if (kind == Kind::list)
-        items = other.items;
-    else
-        items.clear();
-    if (kind == Kind::text)
-        text = other.text;
-    else
-        text.clear();
-    return *this;
+std::string& Value::editText() {
+    assert(kind == Kind::text);
+    if (!m_payload || m_payload.use_count() > 1)
+        m_payload = std::make_shared<std::string>(text());
+    return *static_cast<std::string*>(m_payload.get());
 }
 
 bool Value::operator==(const Value& other) const {
@@ -225,9 +216,9 @@ bool Value::operator==(const Value& other) const {
         return false;
     switch (kind) {
     case Kind::list:
-        return items == other.items;
+        return items() == other.items();
     case Kind::text:
-        return text == other.text;
+        return text() == other.text();
     case Kind::number:
         break;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,7 +11,9 @@
 namespace lumo {
 
 /// Every answer, named value, list item and argument: a number in its own unit (optionally
-/// a percent), a list, or a text. A plain record, copied freely.
+/// a percent), a list, or a text. A plain record, copied freely: a list's items and a text's
+/// characters are shared by copies until one of them is changed, so that keeping an answer
+/// for prev, for its line and for the result costs one copy of a long list, not three.
 struct Value {
     enum class Kind { list, text, number };
 
@@ -18,17 +21,15 @@ struct Value {
     UnitRef unit;      // absent for plain numbers, lists and texts
     bool isPercent = false;
     Kind kind = Kind::number;
-    std::vector<Value> items; // payload of `list`
-    std::string text;         // payload of `text`
 
-    Value() = default;
-    // A copy carries only the payload of its kind: most values are numbers, copied with every
-    // answer, and their list and text are empty anyway.
-    Value(const Value& other);
-    Value& operator=(const Value& other);
-    Value(Value&&) noexcept = default;
-    Value& operator=(Value&&) noexcept = default;
-    ~Value() = default;
+    /// The items of a list; empty for any other kind.
+    const std::vector<Value>& items() const;
+    /// The characters of a text; empty for any other kind.
+    const std::string& text() const;
+    /// A list's items or a text's characters to change in place, copied first when another
+    /// value shares them. Only for a value of that kind.
+    std::vector<Value>& editItems();
+    std::string& editText();
 
     static Value plain(double number);
     static Value withUnit(double number, UnitRef unit);
@@ -41,7 +42,21 @@ struct Value {
     bool isText() const { return kind == Kind::text; }
 
     bool operator==(const Value& other) const;
+
+private:
+    // The items (kind list) or the characters (kind text); null for numbers and when empty.
+    std::shared_ptr<void> m_payload;
 };
+
+inline const std::vector<Value>& Value::items() const {
+    static const std::vector<Value> none;
+    return kind == Kind::list && m_payload ? *static_cast<const std::vector<Value>*>(m_payload.get()) : none;
+}
+
+inline const std::string& Value::text() const {
+    static const std::string none;
+    return kind == Kind::text && m_payload ? *static_cast<const std::string*>(m_payload.get()) : none;
+}
 
 /// The largest text "+" and repetition build, in characters, and the largest list, in items.
 inline constexpr std::size_t maxTextLength = 100000;

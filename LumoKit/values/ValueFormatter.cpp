@@ -197,7 +197,7 @@ std::string formatList(const Value& list, const EvaluationOptions& options, Grou
 std::string formatAt(const Value& value, const EvaluationOptions& options, Grouping grouping, int depth) {
     switch (value.kind) {
     case Value::Kind::text:
-        return "\"" + value.text + "\"";
+        return "\"" + value.text() + "\"";
     case Value::Kind::list:
         return formatList(value, options, grouping, depth);
     case Value::Kind::number:
@@ -215,14 +215,14 @@ std::string formatList(const Value& list, const EvaluationOptions& options, Grou
     if (depth >= maxListDepth)
         return "[…]";
     std::string out = "[";
-    const std::size_t shown = std::min(list.items.size(), maxShownListItems);
+    const std::size_t shown = std::min(list.items().size(), maxShownListItems);
     for (std::size_t i = 0; i < shown; ++i) {
         if (i != 0)
             out += ", ";
-        out += formatAt(list.items[i], options, grouping, depth + 1);
+        out += formatAt(list.items()[i], options, grouping, depth + 1);
     }
-    if (shown < list.items.size())
-        out += ", … 全 " + std::to_string(list.items.size()) + " 個";
+    if (shown < list.items().size())
+        out += ", … 全 " + std::to_string(list.items().size()) + " 個";
     return out + "]";
 }
 

@@ -9,7 +9,7 @@ namespace {
 void flattenInto(const std::vector<Value>& args, std::vector<Value>& out) {
     for (const Value& arg : args) {
         if (arg.isList()) {
-            flattenInto(arg.items, out);
+            flattenInto(arg.items(), out);
         } else {
             out.push_back(arg);
         }

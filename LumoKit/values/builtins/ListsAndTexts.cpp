@@ -36,7 +36,7 @@ std::vector<Value> sortedNumbers(const std::vector<Value>& items) {
 std::vector<Value> sortedTexts(std::vector<Value> items) {
     std::vector<std::pair<std::u32string, std::size_t>> keys;
     for (std::size_t i = 0; i < items.size(); ++i)
-        keys.emplace_back(unicode::decode(unicode::nfc(items[i].text)), i);
+        keys.emplace_back(unicode::decode(unicode::nfc(items[i].text())), i);
     std::stable_sort(keys.begin(), keys.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<Value> sorted;
@@ -51,7 +51,7 @@ Value lengthOf(const BuiltinCall& call) {
     const Value& x = call.args.front();
     if (x.isNumber())
         throw CalcError(MessageKind::lenUsage);
-    const std::size_t count = x.isList() ? x.items.size() : unicode::graphemeCount(x.text);
+    const std::size_t count = x.isList() ? x.items().size() : unicode::graphemeCount(x.text());
     return Value::plain(static_cast<double>(count));
 }
 
@@ -73,7 +73,7 @@ Value listOf(const BuiltinCall& call) {
     if (!x.isText())
         failCannotTake(call.name, x);
     std::vector<Value> items;
-    for (std::string& character : unicode::graphemes(x.text))
+    for (std::string& character : unicode::graphemes(x.text()))
         items.push_back(Value::makeText(std::move(character)));
     return Value::list(std::move(items));
 }
@@ -84,10 +84,10 @@ Value sortOf(const BuiltinCall& call) {
         throw CalcError(MessageKind::sortUsage);
     const auto isNumber = [](const Value& v) { return v.isNumber(); };
     const auto isText = [](const Value& v) { return v.isText(); };
-    if (std::all_of(x.items.begin(), x.items.end(), isNumber))
-        return Value::list(sortedNumbers(x.items));
-    if (std::all_of(x.items.begin(), x.items.end(), isText))
-        return Value::list(sortedTexts(x.items));
+    if (std::all_of(x.items().begin(), x.items().end(), isNumber))
+        return Value::list(sortedNumbers(x.items()));
+    if (std::all_of(x.items().begin(), x.items().end(), isText))
+        return Value::list(sortedTexts(x.items()));
     throw CalcError(MessageKind::sortMixed);
 }
 
@@ -96,10 +96,10 @@ Value reverseOf(const BuiltinCall& call) {
     if (x.isNumber())
         throw CalcError(MessageKind::reverseUsage);
     if (x.isList())
-        return Value::list(std::vector<Value>(x.items.rbegin(), x.items.rend()));
-    std::vector<std::string> characters = unicode::graphemes(x.text);
+        return Value::list(std::vector<Value>(x.items().rbegin(), x.items().rend()));
+    std::vector<std::string> characters = unicode::graphemes(x.text());
     std::string reversed;
-    reversed.reserve(x.text.size());
+    reversed.reserve(x.text().size());
     for (auto it = characters.rbegin(); it != characters.rend(); ++it)
         reversed += *it;
     return Value::makeText(std::move(reversed));

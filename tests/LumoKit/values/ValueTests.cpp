@@ -101,10 +101,27 @@ TEST(Value, CancellationGivesExactZero) {
 }
 
 TEST(Value, SizeLimits) {
-    EXPECT_EQ(add(text(std::string(99999, 'a')), text("b")).text.size(), 100000u);
-    EXPECT_EQ(add(text(std::string(99999, 'a') + "é"), text("")).text.size(), 100001u);
-    EXPECT_EQ(multiply(list({num(1), num(2)}), num(50000)).items.size(), 100000u);
-    EXPECT_EQ(multiply(num(100000), text("あ")).text.size(), 300000u);
+    EXPECT_EQ(add(text(std::string(99999, 'a')), text("b")).text().size(), 100000u);
+    EXPECT_EQ(add(text(std::string(99999, 'a') + "é"), text("")).text().size(), 100001u);
+    EXPECT_EQ(multiply(list({num(1), num(2)}), num(50000)).items().size(), 100000u);
+    EXPECT_EQ(multiply(num(100000), text("あ")).text().size(), 300000u);
+}
+
+TEST(Value, CopiesShareAListOrTextUntilOneIsChanged) {
+    const Value original = list({num(1), num(2)});
+    Value copy = original;
+    EXPECT_EQ(&copy.items(), &original.items()) << "a copy of a long list costs no copy of its items";
+    copy.editItems().push_back(num(3));
+    EXPECT_EQ(original, list({num(1), num(2)}));
+    EXPECT_EQ(copy, list({num(1), num(2), num(3)}));
+
+    const Value greeting = text("hello");
+    Value changed = greeting;
+    changed.editText() += "!";
+    EXPECT_EQ(greeting.text(), "hello");
+    EXPECT_EQ(changed.text(), "hello!");
+    EXPECT_EQ(text("").text(), "");
+    EXPECT_TRUE(num(1).items().empty() && num(1).text().empty());
 }
 
 TEST(Value, FailuresInEnglish) {
