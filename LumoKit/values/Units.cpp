@@ -210,20 +210,21 @@ void checkExponent(int exponent) {
         throw CalcError(MessageKind::cannotCalculateResult);
 }
 
-UnitRef makeCompound(const Components& components, std::string name) {
-    auto unit = std::make_shared<MeasureUnit>();
-    unit->symbol = std::move(name);
-    unit->display = unit->symbol;
-    unit->dimensions = dimensionsOf(components);
-    unit->factor = factorOf(components);
-    unit->components = components;
+UnitRef makeCompound(const Components& components, std::string name,
+                     UnitRef::Lifetime lifetime = UnitRef::Lifetime::counted) {
+    MeasureUnit unit;
+    unit.symbol = std::move(name);
+    unit.display = unit.symbol;
+    unit.dimensions = dimensionsOf(components);
+    unit.factor = factorOf(components);
+    unit.components = components;
     // A compound reads as tight when its leading unit does: 1200円/kg, 3000円/坪.
     auto leading = std::find_if(components.begin(), components.end(),
                                 [](const auto& component) { return component.exponent > 0; });
     if (leading == components.end())
         leading = components.begin();
-    unit->tight = leading != components.end() && leading->unit->tight;
-    return unit;
+    unit.tight = leading != components.end() && leading->unit->tight;
+    return UnitRef::make(std::move(unit), lifetime);
 }
 
 // Compound units are interned, so equal compounds share one object and the combination
@@ -463,19 +464,22 @@ bool sameUnit(const UnitRef& a, const UnitRef& b) {
 }
 
 const UnitRegistry& UnitRegistry::shared() {
-    static const UnitRegistry registry;
-    return registry;
+    // Never destroyed: its units are not counted, and values may outlive static destruction.
+    static const UnitRegistry* const registry = new UnitRegistry;
+    return *registry;
 }
 
 UnitRegistry::UnitRegistry() {
     for (const auto& row : unitRows()) {
-        auto unit = std::make_shared<MeasureUnit>();
-        unit->symbol = row.names.front();
-        unit->display = unit->symbol;
-        unit->dimensions = row.dimensions;
-        unit->factor = row.factor;
-        unit->offset = row.offset;
-        unit->tight = row.spacing == Spacing::tight;
+        MeasureUnit made;
+        made.symbol = row.names.front();
+        made.display = made.symbol;
+        made.dimensions = row.dimensions;
+        made.factor = row.factor;
+        made.offset = row.offset;
+        made.tight = row.spacing == Spacing::tight;
+        // The table lives as long as the program: its units are never counted.
+        const UnitRef unit = UnitRef::make(std::move(made), UnitRef::Lifetime::permanent);
         for (const auto& name : row.names)
             m_byName.emplace(name, unit);
         m_table.push_back({unit, row.names});
@@ -484,7 +488,7 @@ UnitRegistry::UnitRegistry() {
         Components components;
         for (const auto& [symbol, exponent] : row.components)
             components.push_back({m_byName.at(symbol), exponent});
-        UnitRef unit = makeCompound(components, row.names.front());
+        UnitRef unit = makeCompound(components, row.names.front(), UnitRef::Lifetime::permanent);
         // Speeds such as 100 mi ÷ 2 h come back under the table's own name (mph).
         interner().seed(components, unit);
         for (const auto& name : row.names)

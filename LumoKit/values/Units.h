@@ -1,17 +1,54 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace lumo {
 
 struct MeasureUnit;
-/// Units are immutable and shared: values copy a pointer, not the unit.
-using UnitRef = std::shared_ptr<const MeasureUnit>;
+class CountedUnit;
+
+/// Units are immutable and shared: values copy a pointer, not the unit. The count of holders
+/// lives in the unit, so that the pointer is one word (every value holds one), and the
+/// table's units, which live as long as the program, are not counted at all.
+class UnitRef {
+public:
+    enum class Lifetime { counted, permanent };
+
+    UnitRef() = default;
+    UnitRef(std::nullptr_t) {}
+    UnitRef(const UnitRef& other) : m_unit(other.m_unit) { retain(); }
+    UnitRef(UnitRef&& other) noexcept : m_unit(std::exchange(other.m_unit, nullptr)) {}
+    UnitRef& operator=(UnitRef other) noexcept {
+        std::swap(m_unit, other.m_unit);
+        return *this;
+    }
+    ~UnitRef() { release(); }
+
+    /// Shares a unit just made.
+    static UnitRef make(MeasureUnit unit, Lifetime lifetime = Lifetime::counted);
+
+    const MeasureUnit* get() const;
+    const MeasureUnit& operator*() const { return *get(); }
+    const MeasureUnit* operator->() const { return get(); }
+    explicit operator bool() const { return m_unit != nullptr; }
+    friend bool operator==(const UnitRef& a, const UnitRef& b) { return a.m_unit == b.m_unit; }
+    friend bool operator==(const UnitRef& a, std::nullptr_t) { return a.m_unit == nullptr; }
+
+private:
+    void retain() const;
+    void release();
+
+    const CountedUnit* m_unit = nullptr;
+};
 
 /// A unit with its dimensions, its factor and offset to the base unit, and, for compound
 /// units, the table units it is made of.
@@ -35,6 +72,43 @@ struct MeasureUnit {
 
     bool operator==(const MeasureUnit& other) const;
 };
+
+/// A unit with the count of its holders, as UnitRef shares it.
+class CountedUnit : public MeasureUnit {
+public:
+    CountedUnit(MeasureUnit unit, UnitRef::Lifetime lifetime)
+        : MeasureUnit(std::move(unit)), m_permanent(lifetime == UnitRef::Lifetime::permanent) {}
+
+    void retain() const {
+        if (!m_permanent)
+            m_holders.fetch_add(1, std::memory_order_relaxed);
+    }
+    /// True when the last holder let go.
+    bool release() const { return !m_permanent && m_holders.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+
+private:
+    mutable std::atomic<std::uint32_t> m_holders{0};
+    const bool m_permanent;
+};
+
+inline const MeasureUnit* UnitRef::get() const {
+    return m_unit;
+}
+inline void UnitRef::retain() const {
+    if (m_unit)
+        m_unit->retain();
+}
+inline void UnitRef::release() {
+    if (m_unit && m_unit->release())
+        delete m_unit;
+    m_unit = nullptr;
+}
+inline UnitRef UnitRef::make(MeasureUnit unit, Lifetime lifetime) {
+    UnitRef shared;
+    shared.m_unit = new CountedUnit(std::move(unit), lifetime);
+    shared.retain();
+    return shared;
+}
 
 /// Two optional units are equal when both are absent or both describe the same unit.
 bool sameUnit(const UnitRef& a, const UnitRef& b);
