@@ -77,10 +77,12 @@ bool orderSays(std::string_view op, int order) {
 }
 
 bool listsEqual(const Value& left, const Value& right) {
-    if (left.items().size() != right.items().size())
+    const std::vector<Value>& lefts = left.items();
+    const std::vector<Value>& rights = right.items();
+    if (lefts.size() != rights.size())
         return false;
-    for (std::size_t i = 0; i < left.items().size(); ++i) {
-        if (compareValues("==", left.items()[i], right.items()[i]).number == 0)
+    for (std::size_t i = 0; i < lefts.size(); ++i) {
+        if (compareValues("==", lefts[i], rights[i]).number == 0)
             return false;
     }
     return true;

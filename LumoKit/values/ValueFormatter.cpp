@@ -215,14 +215,15 @@ std::string formatList(const Value& list, const EvaluationOptions& options, Grou
     if (depth >= maxListDepth)
         return "[…]";
     std::string out = "[";
-    const std::size_t shown = std::min(list.items().size(), maxShownListItems);
+    const std::vector<Value>& items = list.items();
+    const std::size_t shown = std::min(items.size(), maxShownListItems);
     for (std::size_t i = 0; i < shown; ++i) {
         if (i != 0)
             out += ", ";
-        out += formatAt(list.items()[i], options, grouping, depth + 1);
+        out += formatAt(items[i], options, grouping, depth + 1);
     }
-    if (shown < list.items().size())
-        out += ", … 全 " + std::to_string(list.items().size()) + " 個";
+    if (shown < items.size())
+        out += ", … 全 " + std::to_string(items.size()) + " 個";
     return out + "]";
 }
 

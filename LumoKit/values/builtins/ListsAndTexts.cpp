@@ -84,10 +84,11 @@ Value sortOf(const BuiltinCall& call) {
         throw CalcError(MessageKind::sortUsage);
     const auto isNumber = [](const Value& v) { return v.isNumber(); };
     const auto isText = [](const Value& v) { return v.isText(); };
-    if (std::all_of(x.items().begin(), x.items().end(), isNumber))
-        return Value::list(sortedNumbers(x.items()));
-    if (std::all_of(x.items().begin(), x.items().end(), isText))
-        return Value::list(sortedTexts(x.items()));
+    const std::vector<Value>& items = x.items();
+    if (std::all_of(items.begin(), items.end(), isNumber))
+        return Value::list(sortedNumbers(items));
+    if (std::all_of(items.begin(), items.end(), isText))
+        return Value::list(sortedTexts(items));
     throw CalcError(MessageKind::sortMixed);
 }
 
