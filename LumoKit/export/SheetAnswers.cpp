@@ -22,7 +22,7 @@ std::string answerText(const LineResult& result, const EvaluationOptions& option
 std::string answerUnit(const Value& value) {
     if (!value.isNumber())
         return "";
-    if (value.isPercent)
+    if (value.isPercent())
         return "%";
     return value.unit ? value.unit->display : "";
 }

@@ -50,6 +50,6 @@ struct LineResult {
     LineOutcome outcome;
     std::optional<std::string> name;
 };
-static_assert(sizeof(LineResult) <= 104, "a sheet keeps a result per line");
+static_assert(sizeof(LineResult) <= 88, "a sheet keeps a result per line");
 
 } // namespace lumo

@@ -132,7 +132,7 @@ std::optional<double> finiteNumber(const Value& value, NumberScale& scale) {
     const double number = scale.plotted(value);
     if (!std::isfinite(number))
         return std::nullopt;
-    if (value.isPercent)
+    if (value.isPercent())
         scale.notePercent();
     return number;
 }

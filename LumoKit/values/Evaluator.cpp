@@ -288,8 +288,7 @@ private:
         if (operand.unit) {
             throw CalcError(MessageKind::percentOnUnit);
         }
-        operand.isPercent = true;
-        return operand;
+        return Value::percent(operand.number);
     }
 
     // True for a name the context knows, or a juxtaposition made only of such names.
@@ -325,7 +324,7 @@ private:
         if (!operand.isNumber()) {
             throw CalcError(MessageKind::unitOnKind, {kindName(operand)});
         }
-        if (operand.isPercent) {
+        if (operand.isPercent()) {
             throw CalcError(MessageKind::unitOnPercentage, {unit->display});
         }
         if (!operand.unit)
@@ -361,10 +360,10 @@ private:
         const Value right = walk(*node.base);
         if (!left.isNumber() || !right.isNumber())
             throwKindMismatch(left, right, "of");
-        if (!left.isPercent)
+        if (!left.isPercent())
             return multiply(left, right);
         const double figure = left.number * right.number / 100;
-        if (right.isPercent)
+        if (right.isPercent())
             return Value::percent(figure);
         return right.unit ? Value::withUnit(figure, right.unit) : Value::plain(figure);
     }
@@ -411,7 +410,7 @@ EvalContext& Evaluator::context() const {
 }
 
 bool truthiness(const Value& value) {
-    switch (value.kind) {
+    switch (value.kind()) {
     case Value::Kind::list:
         return !value.items().empty();
     case Value::Kind::text:

@@ -44,9 +44,9 @@ double addOrSubtract(double left, double right, Sign sign) {
 
 // Add and subtract share their percent rules and their unit alignment.
 Value addNumbers(const Value& left, const Value& right, Sign sign) {
-    if (left.isPercent && right.isPercent)
+    if (left.isPercent() && right.isPercent())
         return Value::percent(addOrSubtract(left.number, right.number, sign));
-    if (right.isPercent) {
+    if (right.isPercent()) {
         // 200 + 10% is 220: the percent is taken of the left operand, in its unit.
         const double change = left.number * right.number / 100;
         Value result = left;
@@ -56,7 +56,7 @@ Value addNumbers(const Value& left, const Value& right, Sign sign) {
     // Sums of a sheet come through here on every line: the left side is copied only when it
     // is a percent that must become a plain number first.
     const AlignedNumbers aligned =
-        left.isPercent ? alignUnits(withoutPercent(left), right) : alignUnits(left, right);
+        left.isPercent() ? alignUnits(withoutPercent(left), right) : alignUnits(left, right);
     return Value::withUnit(addOrSubtract(aligned.left, aligned.right, sign), aligned.unit);
 }
 
@@ -81,7 +81,7 @@ std::size_t valueWeight(const Value& value, std::size_t limit) {
 }
 
 Message kindName(const Value& value) {
-    switch (value.kind) {
+    switch (value.kind()) {
     case Value::Kind::list:
         return MessageKind::aList;
     case Value::Kind::text:
@@ -177,44 +177,55 @@ Value Value::withUnit(double number, UnitRef unit) {
 Value Value::percent(double figure) {
     Value value;
     value.number = figure;
-    value.isPercent = true;
+    value.m_word = percentTag;
     return value;
 }
 
 Value Value::list(std::vector<Value> items) {
     Value value;
-    value.kind = Kind::list;
+    value.m_word = listTag;
     if (!items.empty())
-        value.m_payload = std::make_shared<std::vector<Value>>(std::move(items));
+        value.hold(new CountedItems{{}, std::move(items)}, listTag);
     return value;
 }
 
 Value Value::makeText(std::string text) {
     Value value;
-    value.kind = Kind::text;
+    value.m_word = textTag;
     if (!text.empty())
-        value.m_payload = std::make_shared<std::string>(std::move(text));
+        value.hold(new CountedText{{}, std::move(text)}, textTag);
     return value;
 }
 
+void Value::releasePayload() {
+    Counted* held = counted();
+    if (held->holders.fetch_sub(1, std::memory_order_acq_rel) != 1)
+        return;
+    if (isList())
+        delete payload<CountedItems>();
+    else
+        delete payload<CountedText>();
+}
+
+// The payload is changed in place only when this value is its one holder.
 std::vector<Value>& Value::editItems() {
-    assert(kind == Kind::list);
-    if (!m_payload || m_payload.use_count() > 1)
-        m_payload = std::make_shared<std::vector<Value>>(items());
-    return *static_cast<std::vector<Value>*>(m_payload.get());
+    assert(isList());
+    if (m_word <= tagMask || counted()->holders.load(std::memory_order_acquire) > 1)
+        hold(new CountedItems{{}, items()}, listTag);
+    return payload<CountedItems>()->items;
 }
 
 std::string& Value::editText() {
-    assert(kind == Kind::text);
-    if (!m_payload || m_payload.use_count() > 1)
-        m_payload = std::make_shared<std::string>(text());
-    return *static_cast<std::string*>(m_payload.get());
+    assert(isText());
+    if (m_word <= tagMask || counted()->holders.load(std::memory_order_acquire) > 1)
+        hold(new CountedText{{}, text()}, textTag);
+    return payload<CountedText>()->text;
 }
 
 bool Value::operator==(const Value& other) const {
-    if (kind != other.kind)
+    if (kind() != other.kind())
         return false;
-    switch (kind) {
+    switch (kind()) {
     case Kind::list:
         return items() == other.items();
     case Kind::text:
@@ -222,11 +233,11 @@ bool Value::operator==(const Value& other) const {
     case Kind::number:
         break;
     }
-    return number == other.number && isPercent == other.isPercent && sameUnit(unit, other.unit);
+    return number == other.number && isPercent() == other.isPercent() && sameUnit(unit, other.unit);
 }
 
 bool isPercentNumber(const Value& value) {
-    return value.isNumber() && value.isPercent;
+    return value.isPercent();
 }
 
 Value withoutPercent(const Value& value) {
@@ -263,7 +274,7 @@ Value add(const Value& left, const Value& right) {
 }
 
 void addInto(Value& left, const Value& right) {
-    if (left.isNumber() && right.isNumber() && !left.isPercent && !right.isPercent &&
+    if (left.isNumber() && right.isNumber() && !left.isPercent() && !right.isPercent() &&
         left.unit == right.unit) {
         left.number = addOrSubtract(left.number, right.number, Sign::plus);
         return;

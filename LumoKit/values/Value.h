@@ -1,8 +1,11 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "LumoKit/base/Messages.h"
@@ -15,12 +18,33 @@ namespace lumo {
 /// characters are shared by copies until one of them is changed, so that keeping an answer
 /// for prev, for its line and for the result costs one copy of a long list, not three.
 struct Value {
-    enum class Kind { list, text, number };
+    enum class Kind : std::uint8_t { list, text, number };
 
     double number = 0; // in the value's own unit; the figure as written for a percent
     UnitRef unit;      // absent for plain numbers, lists and texts
-    bool isPercent = false;
-    Kind kind = Kind::number;
+
+    Value() = default;
+    Value(const Value& other) noexcept : number(other.number), unit(other.unit), m_word(other.m_word) {
+        retain();
+    }
+    // A moved-from value keeps its kind, empty.
+    Value(Value&& other) noexcept
+        : number(other.number), unit(std::move(other.unit)),
+          m_word(std::exchange(other.m_word, other.m_word & tagMask)) {}
+    Value& operator=(Value other) noexcept {
+        number = other.number;
+        unit = std::move(other.unit);
+        std::swap(m_word, other.m_word);
+        return *this;
+    }
+    ~Value() { release(); }
+
+    Kind kind() const;
+    bool isNumber() const { return tag() <= percentTag; }
+    bool isList() const { return tag() == listTag; }
+    bool isText() const { return tag() == textTag; }
+    /// A number written as a percentage, whose number is the figure as written.
+    bool isPercent() const { return tag() == percentTag; }
 
     /// The items of a list; empty for any other kind.
     const std::vector<Value>& items() const;
@@ -37,25 +61,65 @@ struct Value {
     static Value list(std::vector<Value> items);
     static Value makeText(std::string text);
 
-    bool isNumber() const { return kind == Kind::number; }
-    bool isList() const { return kind == Kind::list; }
-    bool isText() const { return kind == Kind::text; }
-
     bool operator==(const Value& other) const;
 
 private:
-    // The items (kind list) or the characters (kind text); null for numbers and when empty.
-    std::shared_ptr<void> m_payload;
+    struct Counted {
+        std::atomic<std::uint32_t> holders{1};
+    };
+    struct CountedItems;
+    struct CountedText;
+
+    // The kind, and for lists and texts their shared payload, in one word: the tag in the low
+    // two bits, the payload's address above them (none for numbers and for an empty list or
+    // text). A value is three words, so a long list costs three words an item.
+    static constexpr std::uintptr_t numberTag = 0, percentTag = 1, listTag = 2, textTag = 3, tagMask = 3;
+
+    std::uintptr_t tag() const { return m_word & tagMask; }
+    Counted* counted() const { return reinterpret_cast<Counted*>(m_word & ~tagMask); }
+    template <typename Payload> Payload* payload() const { return static_cast<Payload*>(counted()); }
+    void hold(Counted* payload, std::uintptr_t kindTag) {
+        release();
+        m_word = reinterpret_cast<std::uintptr_t>(payload) | kindTag;
+    }
+    void retain() const;
+    void release() {
+        if (m_word > tagMask)
+            releasePayload();
+    }
+    void releasePayload();
+
+    std::uintptr_t m_word = numberTag;
 };
+
+struct Value::CountedItems : Counted {
+    std::vector<Value> items;
+};
+
+struct Value::CountedText : Counted {
+    std::string text;
+};
+
+static_assert(sizeof(Value) == 3 * sizeof(void*), "a list holds a value per item");
+
+inline void Value::retain() const {
+    if (m_word > tagMask)
+        counted()->holders.fetch_add(1, std::memory_order_relaxed);
+}
+
+inline Value::Kind Value::kind() const {
+    constexpr Kind kinds[] = {Kind::number, Kind::number, Kind::list, Kind::text};
+    return kinds[tag()];
+}
 
 inline const std::vector<Value>& Value::items() const {
     static const std::vector<Value> none;
-    return kind == Kind::list && m_payload ? *static_cast<const std::vector<Value>*>(m_payload.get()) : none;
+    return isList() && m_word > tagMask ? payload<CountedItems>()->items : none;
 }
 
 inline const std::string& Value::text() const {
     static const std::string none;
-    return kind == Kind::text && m_payload ? *static_cast<const std::string*>(m_payload.get()) : none;
+    return isText() && m_word > tagMask ? payload<CountedText>()->text : none;
 }
 
 /// The largest text "+" and repetition build, in characters, and the largest list, in items.

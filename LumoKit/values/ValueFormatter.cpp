@@ -195,7 +195,7 @@ std::string wholeNumberForm(double number, Grouping grouping) {
 std::string formatList(const Value& list, const EvaluationOptions& options, Grouping grouping, int depth);
 
 std::string formatAt(const Value& value, const EvaluationOptions& options, Grouping grouping, int depth) {
-    switch (value.kind) {
+    switch (value.kind()) {
     case Value::Kind::text:
         return "\"" + value.text() + "\"";
     case Value::Kind::list:
@@ -204,7 +204,7 @@ std::string formatAt(const Value& value, const EvaluationOptions& options, Group
         break;
     }
     std::string out = ValueFormatter::formatNumber(value.number, options, grouping);
-    if (value.isPercent)
+    if (value.isPercent())
         return out + "%";
     if (value.unit)
         out += (value.unit->tight ? "" : " ") + value.unit->display;

@@ -35,7 +35,7 @@ QString withUnit(double value, int digits, const std::optional<std::string>& uni
             shown = Value::withUnit(value, unit);
     std::string text = ValueFormatter::format(shown, options, Grouping::grouped);
     // A label the unit table does not know is still shown, after a space.
-    if (unitLabel && !shown.unit && !shown.isPercent)
+    if (unitLabel && !shown.unit && !shown.isPercent())
         text += " " + *unitLabel;
     return QString::fromStdString(text);
 }
