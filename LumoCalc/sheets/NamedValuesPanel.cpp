@@ -1,6 +1,7 @@
 #include "LumoCalc/sheets/NamedValuesPanel.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QStyledItemDelegate>
@@ -58,10 +59,13 @@ NamedValuesPanel::NamedValuesPanel(SheetSession* session, NotificationCenter* no
     m_list->setSelectionMode(QAbstractItemView::NoSelection);
     m_list->setFocusPolicy(Qt::NoFocus);
     m_list->setUniformRowHeights(true);
-    m_list->setTextElideMode(Qt::ElideMiddle);
-    m_list->header()->setStretchLastSection(false);
-    m_list->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    m_list->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    // The panel never scrolls sideways: a long answer is cut short with "…" and shown whole in
+    // its tooltip, and names take at most about half of the width.
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setTextElideMode(Qt::ElideRight);
+    m_list->header()->setStretchLastSection(true);
+    m_list->header()->setSectionResizeMode(0, QHeaderView::Interactive);
+    m_list->viewport()->installEventFilter(this);
     m_list->setCursor(Qt::PointingHandCursor);
     m_list->setIndentation(0);
     m_list->setItemDelegate(new InsetCellDelegate(m_list));
@@ -114,6 +118,20 @@ void NamedValuesPanel::refresh() {
     }
     m_list->setVisible(!m_values.empty());
     m_placeholder->setVisible(m_values.empty());
+    fitNameColumn();
+}
+
+void NamedValuesPanel::fitNameColumn() {
+    m_list->resizeColumnToContents(0);
+    const int widest = m_list->viewport()->width() * 11 / 20;
+    if (m_list->columnWidth(0) > widest)
+        m_list->setColumnWidth(0, widest);
+}
+
+bool NamedValuesPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == m_list->viewport() && event->type() == QEvent::Resize)
+        fitNameColumn();
+    return QWidget::eventFilter(watched, event);
 }
 
 void NamedValuesPanel::insert(QTreeWidgetItem* item) {

@@ -27,7 +27,11 @@ public:
     QTreeWidget* list() const { return m_list; }
     const std::vector<NamedValue>& values() const { return m_values; }
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void fitNameColumn();
     void refresh();
     void retranslate();
     void insert(QTreeWidgetItem* item);

@@ -80,7 +80,12 @@ CalcTextView::CalcTextView(AppSettings* settings, QWidget* parent)
     // The margin left of the text is part of the paper, not of the window.
     setAutoFillBackground(true);
 
+    // The overlay lies under the text, which is drawn on a transparent viewport: it paints the
+    // paper, the caret's band and the answer column, and a long answer may run on to the left
+    // over the paper of its row where the row's text leaves room.
     m_overlay = new DecorationOverlay(this);
+    m_overlay->lower();
+    viewport()->setAutoFillBackground(false);
     m_handle = new ResultColumnHandle(settings, this);
     m_handle->raise();
     m_plots = new PlotLayer(this);
@@ -91,7 +96,10 @@ CalcTextView::CalcTextView(AppSettings* settings, QWidget* parent)
 
     connect(this, &QPlainTextEdit::updateRequest, this, &CalcTextView::updateOverlayArea);
     connect(document(), &QTextDocument::contentsChange, this, &CalcTextView::contentsChanged);
-    connect(this, &QPlainTextEdit::cursorPositionChanged, this, &CalcTextView::updateCurrentLineHighlight);
+    // The overlay under the text draws the faint band behind the caret's line, which ties the
+    // text to its answer across the gap; a band drawn by the text itself would hide an answer
+    // that runs on over the paper.
+    connect(this, &QPlainTextEdit::cursorPositionChanged, m_overlay, &DecorationOverlay::caretLineChanged);
     connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { relayout(); });
     setAppearance(Appearance::dark);
     relayout();
@@ -533,7 +541,19 @@ void CalcTextView::contextMenuEvent(QContextMenuEvent* event) {
     if (m_plots->contextMenu(event))
         return;
     const int line = cursorForPosition(event->pos()).blockNumber();
-    createContextMenu(std::nullopt, line)->popup(event->globalPos());
+    createContextMenu(answerLineAt(viewportToOverlay(event->pos())), line)->popup(event->globalPos());
+}
+
+bool CalcTextView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::ToolTip) {
+        auto* help = static_cast<QHelpEvent*>(event);
+        const QPoint at = viewportToOverlay(help->pos()).toPoint();
+        if (answerLineAt(at)) {
+            QHelpEvent moved(QEvent::ToolTip, at, help->globalPos());
+            return QCoreApplication::sendEvent(m_overlay, &moved);
+        }
+    }
+    return QPlainTextEdit::viewportEvent(event);
 }
 
 // MARK: - Geometry
@@ -561,10 +581,7 @@ void CalcTextView::relayout() {
         QPlainTextEdit::resizeEvent(&resize);
     }
     const QRect area = viewport()->geometry();
-    // The overlay also covers the text's right margin, where the text control's own band for
-    // the caret's line stops, so that band runs on into the answer without a seam.
-    const int margin = int(document()->documentMargin());
-    m_overlay->setGeometry(area.right() + 1 - margin, area.top(), right + margin, area.height());
+    m_overlay->setGeometry(area.left(), area.top(), area.width() + right, area.height());
     m_handle->setAvailable(width());
     m_handle->setGeometry(m_overlay->x() + columnLeftInOverlay() - columnGap / 2, area.top(), columnGap,
                           area.height());
@@ -596,28 +613,57 @@ void CalcTextView::paintEvent(QPaintEvent* event) {
 }
 
 void CalcTextView::mousePressEvent(QMouseEvent* event) {
-    if (!m_plots->mousePress(event))
+    if (!m_plots->mousePress(event) && !passToAnswer(event))
         QPlainTextEdit::mousePressEvent(event);
 }
 
 void CalcTextView::mouseMoveEvent(QMouseEvent* event) {
-    if (!m_plots->mouseMove(event))
+    if (!m_plots->mouseMove(event) && !passToAnswer(event))
         QPlainTextEdit::mouseMoveEvent(event);
 }
 
 void CalcTextView::mouseReleaseEvent(QMouseEvent* event) {
-    if (!m_plots->mouseRelease(event))
+    if (!m_plots->mouseRelease(event) && !passToAnswer(event))
         QPlainTextEdit::mouseReleaseEvent(event);
 }
 
 void CalcTextView::mouseDoubleClickEvent(QMouseEvent* event) {
-    if (!m_plots->mousePress(event))
+    if (!m_plots->mousePress(event) && !passToAnswer(event))
         QPlainTextEdit::mouseDoubleClickEvent(event);
 }
 
 void CalcTextView::leaveEvent(QEvent* event) {
     m_plots->pointerLeft();
+    if (m_hoveredResultLine)
+        setHoveredResultLine(std::nullopt);
     QPlainTextEdit::leaveEvent(event);
+}
+
+QPointF CalcTextView::viewportToOverlay(const QPointF& point) const {
+    return point + QPointF(viewport()->pos() - m_overlay->pos());
+}
+
+// A long answer runs on over the text's paper, where the viewport gets the pointer: there the
+// pointer acts on the answer as it does in the column, from the press to the release.
+bool CalcTextView::passToAnswer(QMouseEvent* event) {
+    const QPointF at = viewportToOverlay(event->position());
+    const bool pressing = m_pressedResultLine.has_value() && event->type() != QEvent::MouseButtonPress;
+    const bool over = pressing || answerLineAt(at).has_value();
+    if (!over) {
+        if (m_hoveredResultLine && event->type() == QEvent::MouseMove) {
+            setHoveredResultLine(std::nullopt);
+            viewport()->setCursor(Qt::IBeamCursor);
+        }
+        return false;
+    }
+    const QEvent::Type type =
+        event->type() == QEvent::MouseButtonDblClick ? QEvent::MouseButtonPress : event->type();
+    QMouseEvent moved(type, at, event->scenePosition(), event->globalPosition(), event->button(),
+                      event->buttons(), event->modifiers(), event->pointingDevice());
+    QCoreApplication::sendEvent(m_overlay, &moved);
+    viewport()->setCursor(m_hoveredResultLine || m_pressedResultLine ? Qt::PointingHandCursor
+                                                                     : Qt::IBeamCursor);
+    return true;
 }
 
 void CalcTextView::setSyntaxColors(const SyntaxColorOverrides& colors) {
@@ -708,20 +754,6 @@ void CalcTextView::setAppearance(Appearance appearance) {
     m_overlay->update();
 }
 
-void CalcTextView::updateCurrentLineHighlight() {
-    // A faint band behind the caret's line ties the text to its answer across the gap.
-    QTextEdit::ExtraSelection current;
-    current.format.setBackground(palette().color(QPalette::AlternateBase));
-    current.format.setProperty(QTextFormat::FullWidthSelection, true);
-    current.cursor = textCursor();
-    current.cursor.clearSelection();
-    // The band first, so that the marks of matches on its line are drawn over it.
-    QList<QTextEdit::ExtraSelection> selections{current};
-    selections += m_searchMarks;
-    setExtraSelections(selections);
-    m_overlay->caretLineChanged();
-}
-
 void CalcTextView::showSearchMatches(const QList<TextMatch>& matches) {
     if (matches == m_searchMatches)
         return;
@@ -745,7 +777,7 @@ void CalcTextView::markSearchMatches() {
         marked.cursor.setPosition(match.start + match.length, QTextCursor::KeepAnchor);
         m_searchMarks.append(marked);
     }
-    updateCurrentLineHighlight();
+    setExtraSelections(m_searchMarks);
 }
 
 } // namespace lumo

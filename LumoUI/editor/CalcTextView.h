@@ -138,6 +138,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
     bool event(QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -157,7 +158,8 @@ private:
     void regroupAfterEdit(const QString& lineBefore, int blockNumber);
     void contentsChanged(int position, int removed, int added);
     void updateOverlayArea(const QRect& rect, int dy);
-    void updateCurrentLineHighlight();
+    QPointF viewportToOverlay(const QPointF& point) const;
+    bool passToAnswer(QMouseEvent* event);
     void markSearchMatches();
     void updatePlotStyle();
 

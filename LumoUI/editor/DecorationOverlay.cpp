@@ -22,6 +22,8 @@ namespace {
 
 constexpr qreal chipPadding = 6;
 constexpr qreal lockMarkWidth = 16;
+// The least paper left between a line's text and an answer that runs on beside it.
+constexpr qreal textClearance = 28;
 
 QColor blend(const QColor& a, const QColor& b, qreal amount) {
     return QColor::fromRgbF(float(a.redF() + (b.redF() - a.redF()) * amount),
@@ -80,7 +82,22 @@ QFont DecorationOverlay::answerFont(bool failure) const {
 
 int DecorationOverlay::maximumAnswerWidth(int line) const {
     const int lockRoom = m_owner->isLineLocked(line) ? int(lockMarkWidth) : 0;
-    return std::max(0, int(std::lround(m_owner->columnWidth())) - lockRoom);
+    return std::max(0, int(std::lround(m_owner->columnWidth())) - lockRoom) + roomLeftOfColumn(line);
+}
+
+// The paper between the end of the line's first row and the column, less a gap that keeps a
+// long answer clear of the text it answers; the column itself is the lock mark's when the line
+// is locked, so a locked line's answer stays inside it.
+int DecorationOverlay::roomLeftOfColumn(int line) const {
+    if (m_owner->isLineLocked(line))
+        return 0;
+    const QTextBlock block = m_owner->document()->findBlockByNumber(line);
+    const QTextLayout* layout = block.isValid() ? block.layout() : nullptr;
+    if (!layout || layout->lineCount() == 0)
+        return 0;
+    const qreal left = m_owner->blockBoundingGeometry(block).translated(m_owner->contentOffset()).left();
+    const qreal textEnd = left + layout->lineAt(0).naturalTextRect().right() + textClearance;
+    return std::max(0, int(m_owner->columnLeftInOverlay() - textEnd));
 }
 
 QRectF DecorationOverlay::answerRect(int line, const QRectF& firstRow) const {

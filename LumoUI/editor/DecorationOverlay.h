@@ -44,6 +44,7 @@ protected:
 
 private:
     QFont answerFont(bool failure) const;
+    int roomLeftOfColumn(int line) const;
     int maximumAnswerWidth(int line) const;
     void paintLine(QPainter& painter, const QTextBlock& block, const QRectF& firstRow);
     void paintLockMark(QPainter& painter, const QRectF& firstRow) const;
