@@ -239,6 +239,7 @@ void Application::showHelp() {
     if (!m_help) {
         m_help = new HelpWindow(m_notifications.get());
         m_help->setAttribute(Qt::WA_DeleteOnClose);
+        handBackFocusOnClose(m_help);
     }
     bringToFront(m_help);
 }
@@ -251,6 +252,7 @@ void Application::showTerms() {
     m_terms =
         new TermsDialog(TermsDialog::Mode::reading, m_settings.get(), m_notifications.get(), activeWindow());
     m_terms->setAttribute(Qt::WA_DeleteOnClose);
+    handBackFocusOnClose(m_terms);
     m_terms->open();
 }
 
@@ -261,6 +263,7 @@ void Application::showAbout(QWidget* parent) {
     }
     m_about = new QMessageBox(parent);
     m_about->setAttribute(Qt::WA_DeleteOnClose);
+    handBackFocusOnClose(m_about);
     m_about->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
     m_about->setText(QStringLiteral("<b>Lumo %1</b>").arg(QCoreApplication::applicationVersion()));
     retranslateDialogs();
@@ -271,10 +274,26 @@ void Application::showSettings() {
     if (!m_settingsWindow) {
         m_settingsWindow = new SettingsWindow(m_settings.get(), m_notifications.get());
         m_settingsWindow->setAttribute(Qt::WA_DeleteOnClose);
+        handBackFocusOnClose(m_settingsWindow);
         connect(m_settingsWindow, &SettingsWindow::eraseAllContentRequested, this,
                 [this] { askToEraseAllContent(m_settingsWindow); });
     }
     bringToFront(m_settingsWindow);
+}
+
+// A window manager gives the keyboard back to the window the user came from when another one
+// closes; on a bare X server nothing does, and every shortcut would go nowhere. So once a help,
+// settings or about window has gone, the window the user works in takes the keyboard back,
+// unless some window of ours already has it.
+void Application::handBackFocusOnClose(QWidget* window) {
+    connect(window, &QObject::destroyed, this, [this] {
+        QTimer::singleShot(0, this, [this] {
+            if (m_quitting || QApplication::activeWindow())
+                return;
+            if (MainWindow* window = activeWindow())
+                window->activateWindow();
+        });
+    });
 }
 
 // Windows relabel themselves; the dialogs that are only shown for a moment are relabelled here.

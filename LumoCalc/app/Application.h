@@ -81,6 +81,7 @@ private:
     void showHelp();
     void showAbout(QWidget* parent);
     void showSettings();
+    void handBackFocusOnClose(QWidget* window);
     void retranslateDialogs();
     void askToEraseAllContent(QWidget* parent);
     void clearSheetPromptChanged();

@@ -151,7 +151,16 @@ void SheetEditor::Coordinator::sheetChanged() {
                 view->verticalScrollBar()->setValue(scroll);
         });
     } else {
+        // A sheet opens where the user adds to it; the tutorial is shown from its top all the
+        // same, so that it is read from its first line, and the first key typed goes below it.
         m_textView->moveCursor(QTextCursor::End);
+        if (store() && store()->usingStarterDocument()) {
+            m_textView->verticalScrollBar()->setValue(0);
+            QTimer::singleShot(0, m_textView, [view = m_textView] {
+                if (view)
+                    view->verticalScrollBar()->setValue(0);
+            });
+        }
     }
 }
 

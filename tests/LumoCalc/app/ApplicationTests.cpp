@@ -4,7 +4,10 @@
 #include <functional>
 
 #include "LumoCalc/dialogs/ConfirmationDialog.h"
+#include "LumoCalc/dialogs/HelpWindow.h"
 #include "LumoCalc/dialogs/TermsDialog.h"
+#include "LumoCalc/settings/SettingsWindow.h"
+#include "LumoCalc/window/MainWindow.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "ShellTestSupport.h"
 
@@ -57,6 +60,32 @@ TEST_F(Shell, TermsFollowTheLanguageChosenOnThem) {
     app.settings()->setLanguage(AppLanguage::japanese);
     EXPECT_EQ(terms->acceptButton()->text(), QStringLiteral("同意する"));
     EXPECT_TRUE(TermsDialog::termsHtml().contains(QStringLiteral("保証しないこと")));
+}
+
+TEST_F(Shell, ClosingHelpOrSettingsHandsTheKeyboardBackToTheWindow) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    ASSERT_NE(window, nullptr);
+    struct Case {
+        const char* name;
+        QKeySequence keys;
+        std::function<QWidget*()> opened;
+    };
+    const Case cases[] = {
+        {"help", QKeySequence(Qt::Key_F1), [&] { return static_cast<QWidget*>(app.helpWindow()); }},
+        {"settings", QKeySequence(Qt::CTRL | Qt::Key_Comma),
+         [&] { return static_cast<QWidget*>(app.settingsWindow()); }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        activate(window);
+        QTest::keySequence(window, c.keys);
+        QWidget* side = c.opened();
+        ASSERT_NE(side, nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(side));
+        side->close();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == window; }, 2000));
+    }
 }
 
 TEST_F(Shell, PendingSaveIsWrittenOnQuitAndOnDeactivation) {

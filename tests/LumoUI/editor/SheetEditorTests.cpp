@@ -3,6 +3,7 @@
 #include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QScrollBar>
 #include <QSignalSpy>
 
 #include "EditorFixture.h"
@@ -115,6 +116,30 @@ TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
         EXPECT_EQ(sheetText(), before) << c.expected;
         EXPECT_EQ(text(), before);
     }
+}
+
+TEST_F(SheetEditorTest, TheTutorialIsShownFromItsTopAndEverySheetTakesTypingAtItsEnd) {
+    DocumentStore::Options options;
+    options.source = DocumentStore::Source::starter;
+    DocumentStore tutorial(options, nullptr, nullptr, settings);
+    ASSERT_TRUE(tutorial.usingStarterDocument());
+    SheetSession reader(&tutorial);
+    SheetEditor opened(&reader, settings, nullptr);
+    opened.resize(600, 200);
+    opened.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&opened));
+    ASSERT_GT(opened.textView()->verticalScrollBar()->maximum(), 0) << "the tutorial is longer than the view";
+    QApplication::processEvents();
+    EXPECT_EQ(opened.textView()->verticalScrollBar()->value(), 0);
+    EXPECT_EQ(opened.textView()->textCursor().position(), opened.textView()->toPlainText().size())
+        << "what the user types goes below the tutorial";
+
+    // The fixture's document is the user's: another of its sheets opens at its end.
+    const Uuid other = documents->document().sheets.at(1).id;
+    ASSERT_NE(other, *session->sheetID());
+    session->showSheet(other);
+    QApplication::processEvents();
+    EXPECT_EQ(view->textCursor().position(), textLength());
 }
 
 TEST_F(SheetEditorTest, DraggingTheColumnEdgeResizesWithinBounds) {
