@@ -1,5 +1,6 @@
 #include "LumoCalc/app/Application.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -17,6 +18,7 @@
 #include "LumoCalc/settings/SettingsWindow.h"
 #include "LumoCalc/settings/TextZoom.h"
 #include "LumoCalc/text/Bilingual.h"
+#include "LumoCalc/window/Commands.h"
 #include "LumoCalc/window/KeypadWiring.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoCalc/window/PlotsWiring.h"
@@ -240,6 +242,7 @@ void Application::showHelp() {
         m_help = new HelpWindow(m_notifications.get());
         m_help->setAttribute(Qt::WA_DeleteOnClose);
         handBackFocusOnClose(m_help);
+        quitFrom(m_help);
     }
     bringToFront(m_help);
 }
@@ -275,6 +278,7 @@ void Application::showSettings() {
         m_settingsWindow = new SettingsWindow(m_settings.get(), m_notifications.get());
         m_settingsWindow->setAttribute(Qt::WA_DeleteOnClose);
         handBackFocusOnClose(m_settingsWindow);
+        quitFrom(m_settingsWindow);
         connect(m_settingsWindow, &SettingsWindow::eraseAllContentRequested, this,
                 [this] { askToEraseAllContent(m_settingsWindow); });
     }
@@ -294,6 +298,16 @@ void Application::handBackFocusOnClose(QWidget* window) {
                 window->activateWindow();
         });
     });
+}
+
+// Help and Settings are windows of their own, without the menu bar; Quit works from them as it
+// does from the main windows.
+void Application::quitFrom(QWidget* window) {
+    auto* quitAction = new QAction(window);
+    quitAction->setShortcuts(shortcutsFor(commandDefinition(Command::quit)));
+    quitAction->setShortcutContext(Qt::WindowShortcut);
+    connect(quitAction, &QAction::triggered, this, &Application::quit);
+    window->addAction(quitAction);
 }
 
 // Windows relabel themselves; the dialogs that are only shown for a moment are relabelled here.

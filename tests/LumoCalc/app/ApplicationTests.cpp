@@ -7,6 +7,7 @@
 #include "LumoCalc/dialogs/HelpWindow.h"
 #include "LumoCalc/dialogs/TermsDialog.h"
 #include "LumoCalc/settings/SettingsWindow.h"
+#include "LumoCalc/window/Commands.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoUI/persistence/DocumentFile.h"
 #include "ShellTestSupport.h"
@@ -86,6 +87,13 @@ TEST_F(Shell, ClosingHelpOrSettingsHandsTheKeyboardBackToTheWindow) {
         side->close();
         EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == window; }, 2000));
     }
+
+    // Quit works from either of them as from the main window.
+    QSignalSpy quitting(&app, &Application::quitting);
+    QTest::keySequence(window, QKeySequence(Qt::Key_F1));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(app.helpWindow()));
+    QTest::keySequence(app.helpWindow(), shortcutsFor(commandDefinition(Command::quit)).value(0));
+    EXPECT_EQ(quitting.size(), 1);
 }
 
 TEST_F(Shell, PendingSaveIsWrittenOnQuitAndOnDeactivation) {
