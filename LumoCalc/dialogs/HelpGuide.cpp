@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "LumoCalc/text/Bilingual.h"
+#include "LumoCalc/window/Commands.h"
 #include "LumoKit/document/BuiltinDocuments.h"
 #include "LumoKit/language/Keywords.h"
 #include "LumoKit/sheet/DocumentEvaluator.h"
@@ -51,6 +52,21 @@ const HelpTopic helpTopics[] = {
       {"chart(価格) で表を棒グラフに", "chart(prices) draws a list as bars"}}},
 };
 // clang-format on
+
+// Every command that has a key, as the menus name it, with the key this platform binds.
+QString shortcutTable() {
+    QString html = QStringLiteral("<h2>%1</h2><table cellspacing=\"0\" cellpadding=\"2\">")
+                       .arg(pickText("キー操作", "Keyboard shortcuts"));
+    for (const CommandDefinition& definition : allCommands()) {
+        const QList<QKeySequence> keys = shortcutsFor(definition);
+        if (keys.isEmpty())
+            continue;
+        html += QStringLiteral("<tr><td>%1</td><td style=\"padding-left:24px\"><b>%2</b></td></tr>")
+                    .arg(definition.label.text().toHtmlEscaped(),
+                         keys.front().toString(QKeySequence::NativeText).toHtmlEscaped());
+    }
+    return html + QStringLiteral("</table>");
+}
 
 QString colourName(const QColor& colour) {
     return colour.name(QColor::HexRgb);
@@ -175,6 +191,7 @@ HelpGuide HelpGuide::build(const Colours& colours) {
             guide.html += QStringLiteral("<li>%1</li>").arg(point.text().toHtmlEscaped());
         guide.html += QStringLiteral("</ul>");
     }
+    guide.html += shortcutTable();
     guide.html += QStringLiteral("</body></html>");
     return guide;
 }

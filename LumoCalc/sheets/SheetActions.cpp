@@ -1,5 +1,7 @@
 #include "LumoCalc/sheets/SheetActions.h"
 
+#include <algorithm>
+
 #include <QMenu>
 #include <QTimer>
 #include <QWidget>
@@ -28,6 +30,19 @@ QString SheetActions::nameOf(const Uuid& sheetID) const {
 void SheetActions::show(const Uuid& sheetID) {
     if (m_store && m_session && m_session->sheetID() != sheetID)
         m_store->showSheet(m_session, sheetID);
+}
+
+void SheetActions::showNeighbour(int step) {
+    if (!m_store || !m_session || !m_session->sheetID())
+        return;
+    const std::vector<Sheet>& sheets = m_store->document().sheets;
+    const auto shown = std::find_if(sheets.begin(), sheets.end(),
+                                    [&](const Sheet& sheet) { return sheet.id == *m_session->sheetID(); });
+    if (shown == sheets.end() || sheets.size() < 2)
+        return;
+    const auto count = std::ptrdiff_t(sheets.size());
+    const std::ptrdiff_t index = ((shown - sheets.begin() + step) % count + count) % count;
+    show(sheets[std::size_t(index)].id);
 }
 
 void SheetActions::addSheet() {

@@ -29,6 +29,8 @@ public:
     SheetSession* session() const { return m_session; }
 
     void show(const Uuid& sheetID);
+    /// Shows the sheet `step` places after the shown one in the document's order, going round.
+    void showNeighbour(int step);
     void addSheet();
     void duplicate(const Uuid& sheetID);
     /// Asks first, naming the sheet; the window then shows a neighbouring sheet.

@@ -29,6 +29,8 @@ const std::vector<CommandDefinition>& allCommands() {
         {Command::findPrevious, {"前を検索", "Find Previous"}, Key::UnknownKey, "Shift+F3"},
         {Command::goToLine, {"行へ移動…", "Go to Line…"}, Key::UnknownKey, "Ctrl+G"},
         {Command::clearSheet, {"シートを消去", "Clear Sheet"}},
+        {Command::nextSheet, {"次のシート", "Next Sheet"}, Key::NextChild, "Ctrl+Tab"},
+        {Command::previousSheet, {"前のシート", "Previous Sheet"}, Key::PreviousChild, "Ctrl+Shift+Tab"},
         {Command::zoomIn, {"拡大", "Zoom In"}, Key::ZoomIn, "Ctrl++"},
         {Command::zoomOut, {"縮小", "Zoom Out"}, Key::ZoomOut, "Ctrl+-"},
         {Command::showPlots, {"グラフを表示", "Show Plots"}, Key::UnknownKey, nullptr, true},
@@ -63,7 +65,8 @@ const std::vector<MenuDefinition>& menuBarLayout() {
           C::copyAnswer, C::copySheetWithAnswers, std::nullopt, C::find, C::replace, C::findNext,
           C::findPrevious, C::goToLine, std::nullopt, C::clearSheet}},
         {{"表示(&V)", "&View"},
-         {C::zoomIn, C::zoomOut, std::nullopt, C::showPlots, C::showKeypad, C::showNamedValues}},
+         {C::nextSheet, C::previousSheet, std::nullopt, C::zoomIn, C::zoomOut, std::nullopt, C::showPlots,
+          C::showKeypad, C::showNamedValues}},
         {{"ヘルプ(&H)", "&Help"}, {C::help, std::nullopt, C::termsOfUse, C::about}},
     };
     return layout;
@@ -73,8 +76,13 @@ QList<QKeySequence> shortcutsFor(const CommandDefinition& definition) {
     QList<QKeySequence> keys;
     if (definition.standardKey != QKeySequence::UnknownKey)
         keys = QKeySequence::keyBindings(definition.standardKey);
-    if (keys.isEmpty() && definition.portableKey)
-        keys.append(QKeySequence(QString::fromLatin1(definition.portableKey)));
+    // The portable key leads, so that menus and help show the same key on every platform and
+    // never a spelling such as Ctrl+Shift+Backtab; the platform's own bindings still work.
+    if (definition.portableKey) {
+        const QKeySequence portable(QString::fromLatin1(definition.portableKey));
+        keys.removeAll(portable);
+        keys.prepend(portable);
+    }
     return keys;
 }
 

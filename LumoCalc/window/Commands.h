@@ -33,6 +33,8 @@ enum class Command {
     findNext,
     findPrevious,
     goToLine,
+    nextSheet,
+    previousSheet,
     clearSheet,
     zoomIn,
     zoomOut,
@@ -50,7 +52,7 @@ struct CommandDefinition {
     Bilingual label;
     /// The platform's binding, when the platform has one for this kind of command.
     QKeySequence::StandardKey standardKey = QKeySequence::UnknownKey;
-    /// Used when there is no standard key, or the platform binds nothing to it.
+    /// The key shown in menus and help, bound beside the platform's own ones.
     const char* portableKey = nullptr;
     /// Shown with a check mark that follows a preference.
     bool checkable = false;
@@ -66,7 +68,7 @@ const std::vector<CommandDefinition>& allCommands();
 const CommandDefinition& commandDefinition(Command command);
 const std::vector<MenuDefinition>& menuBarLayout();
 
-/// The key sequences of a command on this platform, the preferred one first.
+/// The key sequences of a command on this platform, the portable one first.
 QList<QKeySequence> shortcutsFor(const CommandDefinition& definition);
 
 } // namespace lumo

@@ -204,6 +204,8 @@ void MainWindow::perform(Command command) {
     case Command::findNext:
     case Command::findPrevious:
     case Command::goToLine:
+    case Command::nextSheet:
+    case Command::previousSheet:
     case Command::zoomIn:
     case Command::zoomOut:
     case Command::showPlots:

@@ -61,6 +61,8 @@ void installSheetList(MainWindow* window, DocumentStore* store, AppSettings* set
     column->setMinimumWidth(150);
     window->setSheetTabs(tabs);
     window->setSheetSidebar(column);
+    window->setCommandHandler(Command::nextSheet, [actions](bool) { actions->showNeighbour(1); });
+    window->setCommandHandler(Command::previousSheet, [actions](bool) { actions->showNeighbour(-1); });
 
     const auto apply = [tabs, column, window, settings] {
         const SheetListStyle style = settings ? settings->sheetListStyle() : SheetListStyle::both;

@@ -155,8 +155,10 @@ void DecorationOverlay::paintLine(QPainter& painter, const QTextBlock& block, co
             const QTextLine last = layout->lineAt(layout->lineCount() - 1);
             height = std::min(height, last.y() + last.height());
         }
-        painter.fillRect(QRectF(0, geometry.top(), width(), height),
-                         palette().color(QPalette::AlternateBase));
+        // A tint rather than a colour, so that the band still reads over the column's shade.
+        QColor band = palette().color(QPalette::Text);
+        band.setAlphaF(m_owner->appearance() == Appearance::dark ? 0.045f : 0.036f);
+        painter.fillRect(QRectF(0, geometry.top(), width(), height), band);
     }
     if (m_owner->isLineLocked(line))
         paintLockMark(painter, row);

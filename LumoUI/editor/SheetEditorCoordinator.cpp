@@ -275,8 +275,11 @@ void SheetEditor::Coordinator::insertAnswer(int line) {
         LineEditor::snippetSpacing(name.toStdString(), head.toStdString(),
                                    textPositions::characterIndex(head, int(head.size())), SnippetRole::plain);
     QString insertion = QString::fromStdString(spaced);
-    // A reference never sticks to what precedes it, except after a blank or at a line's start.
-    if (!head.isEmpty() && !head.back().isSpace() && !insertion.startsWith(u' '))
+    // A reference never sticks to what precedes it, except after a blank, an opening bracket or
+    // at a line's start: "sum(" takes "sum(a", not "sum( a".
+    static const QString opening = QStringLiteral("([（［");
+    if (!head.isEmpty() && !head.back().isSpace() && !opening.contains(head.back()) &&
+        !insertion.startsWith(u' '))
         insertion.prepend(u' ');
     text.replace(start, end - start, insertion);
     if (refuseIfAnyLocked(before, text))

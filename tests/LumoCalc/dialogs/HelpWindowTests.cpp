@@ -38,6 +38,30 @@ TEST(HelpGuide, IndentedExamplesKeepTheirIndentation) {
     EXPECT_TRUE(withDef->contains(QStringLiteral("\n    return width × depth")));
 }
 
+TEST(HelpGuide, ListsTheKeysOfTheMenuCommands) {
+    struct Case {
+        AppLanguage language;
+        const char* command;
+        const char* key;
+    };
+    const Case cases[] = {
+        {AppLanguage::english, "Next Sheet", "Ctrl+Tab"},
+        {AppLanguage::english, "Go to Line…", "Ctrl+G"},
+        {AppLanguage::japanese, "検索…", "Ctrl+F"},
+        {AppLanguage::japanese, "新規シート", "Ctrl+T"},
+    };
+    for (const Case& c : cases) {
+        L10n::setCurrent(c.language);
+        const QString html = HelpGuide::build({}).html;
+        const QString row = QStringLiteral("<td>%1</td><td style=\"padding-left:24px\"><b>%2</b>")
+                                .arg(QString::fromUtf8(c.command).toHtmlEscaped(), QString::fromUtf8(c.key));
+        EXPECT_TRUE(html.contains(row)) << c.command;
+    }
+    L10n::setCurrent(AppLanguage::english);
+    EXPECT_FALSE(HelpGuide::build({}).html.contains(QStringLiteral("<td>Clear Sheet</td>")))
+        << "a command without a key is left out";
+}
+
 class Help : public ShellTest {};
 
 TEST_F(Help, CopyLinksPutTheExampleOnTheClipboard) {

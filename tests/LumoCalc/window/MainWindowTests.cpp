@@ -49,6 +49,15 @@ TEST_F(Window, ShortcutsRunTheirCommands) {
              EXPECT_EQ(window->editor()->textView()->textCursor().selectedText().size(),
                        textOf(window).size());
          }},
+        {"next sheet", QKeySequence(Qt::CTRL | Qt::Key_Tab),
+         [](Application& app, MainWindow* window) {
+             EXPECT_EQ(window->session()->sheetID(), app.store()->document().sheets.at(1).id);
+             EXPECT_EQ(window->windowTitle(), QStringLiteral("Monthly Budget — Lumo"));
+         }},
+        {"previous sheet goes round to the last", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Backtab),
+         [](Application& app, MainWindow* window) {
+             EXPECT_EQ(window->session()->sheetID(), app.store()->document().sheets.back().id);
+         }},
         {"copy answer", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
          [](Application&, MainWindow*) {
              EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("42,000"));

@@ -84,7 +84,7 @@ TEST_F(SheetEditorTest, ALongAnswerRunsOnOverThePaperOfItsRowAndIsCutWhereTextFi
     QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, onPaper);
     const QStringList lines = view->toPlainText().split(u'\n');
     EXPECT_EQ(lines.value(1), "a = xs");
-    EXPECT_EQ(lines.value(4), "sum( a");
+    EXPECT_EQ(lines.value(4), "sum(a");
 }
 
 TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
@@ -98,6 +98,8 @@ TEST_F(SheetEditorTest, ClickingAnAnswerInsertsItsNameAtTheCaret) {
         {{"price = 1200", "3"}, 0, "price = 1200\n3 price"},
         {{"1200", "3 * "}, 0, "a = 1200\n3 * a"},
         {{"4 * 5", "tax = 0.1", "1 +"}, 0, "a = 4 * 5\ntax = 0.1\n1 + a"},
+        {{"1200", "max(2,"}, 0, "a = 1200\nmax(2, a"},
+        {{"1200", "[2, 3] + ["}, 0, "a = 1200\n[2, 3] + [a"},
     };
     for (const Case& c : cases) {
         view->selectAll();
