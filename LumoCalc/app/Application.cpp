@@ -185,6 +185,8 @@ MainWindow* Application::activeWindow() const {
 
 void Application::windowClosed(MainWindow* window) {
     m_settings->setViewPreference(QLatin1String(windowGeometryKey), window->saveGeometry());
+    if (const int width = window->sidebarWidth(); width > 0)
+        m_settings->setViewPreference(QLatin1String(sideColumnWidthKey), width);
     m_windows.removeAll(window);
     m_windows.removeAll(nullptr);
     if (m_windows.isEmpty() && !m_quitting && !m_terms)

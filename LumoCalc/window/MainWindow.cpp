@@ -231,6 +231,10 @@ void MainWindow::setSheetSidebar(QWidget* sidebar) {
     m_splitter->setStretchFactor(m_splitter->indexOf(sidebar), 0);
 }
 
+int MainWindow::sidebarWidth() const {
+    return m_sidebar && m_sidebar->isVisible() ? m_sidebar->width() : 0;
+}
+
 void MainWindow::setKeypad(QWidget* keypad, Side side) {
     if (m_keypad != keypad)
         delete m_keypad;

@@ -52,6 +52,8 @@ public:
     /// Places for the views that later come beside the editor; each takes ownership.
     void setSheetTabs(QWidget* tabs);
     void setSheetSidebar(QWidget* sidebar);
+    /// The width the user gave the sidebar, or 0 while it is hidden.
+    int sidebarWidth() const;
     /// A bar between the sheet tabs and the editor (the find bar); takes ownership.
     void setBarAboveSheet(QWidget* bar);
     enum class Side { left, right };

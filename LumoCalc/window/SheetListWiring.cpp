@@ -1,5 +1,7 @@
 #include "LumoCalc/window/SheetListWiring.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QSplitter>
 
@@ -21,8 +23,8 @@ namespace {
 // either of them is.
 class SideColumn : public QSplitter {
 public:
-    SideColumn(SheetSidebar* sheets, NamedValuesPanel* namedValues)
-        : QSplitter(Qt::Vertical), m_sheets(sheets), m_namedValues(namedValues) {
+    SideColumn(SheetSidebar* sheets, NamedValuesPanel* namedValues, int width)
+        : QSplitter(Qt::Vertical), m_sheets(sheets), m_namedValues(namedValues), m_width(width) {
         setObjectName(QStringLiteral("sideColumn"));
         setChildrenCollapsible(false);
         addWidget(sheets);
@@ -37,12 +39,18 @@ public:
         setVisible(m_sheets->isVisibleTo(this) || m_namedValues->isVisibleTo(this));
     }
 
-    QSize sizeHint() const override { return {220, QSplitter::sizeHint().height()}; }
+    // The editor takes the window's stretch, so the column opens at this width.
+    QSize sizeHint() const override { return {m_width, QSplitter::sizeHint().height()}; }
 
 private:
     SheetSidebar* m_sheets;
     NamedValuesPanel* m_namedValues;
+    int m_width;
 };
+
+constexpr int minimumSideWidth = 150;
+constexpr int defaultSideWidth = 220;
+constexpr int maximumSideWidth = 600;
 
 } // namespace
 
@@ -56,9 +64,13 @@ void installSheetList(MainWindow* window, DocumentStore* store, AppSettings* set
     QObject::connect(model, &SheetListModel::sheetDropped, actions, &SheetActions::show);
 
     auto* tabs = new SheetTabs(model, actions, notifications);
+    const int width =
+        settings ? settings->viewPreference(QLatin1String(sideColumnWidthKey), defaultSideWidth).toInt()
+                 : defaultSideWidth;
     auto* column = new SideColumn(new SheetSidebar(model, actions, notifications),
-                                  new NamedValuesPanel(window->session(), notifications));
-    column->setMinimumWidth(150);
+                                  new NamedValuesPanel(window->session(), notifications),
+                                  std::clamp(width, minimumSideWidth, maximumSideWidth));
+    column->setMinimumWidth(minimumSideWidth);
     window->setSheetTabs(tabs);
     window->setSheetSidebar(column);
     window->setCommandHandler(Command::nextSheet, [actions](bool) { actions->showNeighbour(1); });

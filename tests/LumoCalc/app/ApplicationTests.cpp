@@ -1,5 +1,6 @@
 #include <QFile>
 #include <QSignalSpy>
+#include <QSplitter>
 
 #include <functional>
 
@@ -124,6 +125,32 @@ TEST_F(Shell, PendingSaveIsWrittenOnQuitAndOnDeactivation) {
         EXPECT_TRUE(saved.readAll().contains("2 + 3"));
         m_app.reset();
     }
+}
+
+TEST_F(Shell, TheWindowAndItsSideColumnComeBackAsTheyWereLeft) {
+    const auto sideColumn = [](MainWindow* window) {
+        return window->findChild<QWidget*>(QStringLiteral("sideColumn"));
+    };
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    window->resize(1000, 640);
+    activate(window);
+    auto* splitter = qobject_cast<QSplitter*>(sideColumn(window)->parentWidget());
+    ASSERT_NE(splitter, nullptr);
+    QList<int> sizes = splitter->sizes();
+    const int index = splitter->indexOf(sideColumn(window));
+    sizes[index + 1] += sizes[index] - 310;
+    sizes[index] = 310;
+    splitter->setSizes(sizes);
+    ASSERT_EQ(sideColumn(window)->width(), 310);
+    QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+    m_app.reset();
+
+    Application& again = launch();
+    MainWindow* reopened = again.windows().value(0);
+    activate(reopened);
+    EXPECT_EQ(reopened->size(), QSize(1000, 640));
+    EXPECT_EQ(sideColumn(reopened)->width(), 310);
 }
 
 // Which window's sheet undo is available for is the store's rule; here the keys reach it.
