@@ -244,7 +244,7 @@ void Application::showHelp() {
         m_help = new HelpWindow(m_notifications.get());
         m_help->setAttribute(Qt::WA_DeleteOnClose);
         handBackFocusOnClose(m_help);
-        quitFrom(m_help);
+        addApplicationKeys(m_help);
     }
     bringToFront(m_help);
 }
@@ -280,7 +280,7 @@ void Application::showSettings() {
         m_settingsWindow = new SettingsWindow(m_settings.get(), m_notifications.get());
         m_settingsWindow->setAttribute(Qt::WA_DeleteOnClose);
         handBackFocusOnClose(m_settingsWindow);
-        quitFrom(m_settingsWindow);
+        addApplicationKeys(m_settingsWindow);
         connect(m_settingsWindow, &SettingsWindow::eraseAllContentRequested, this,
                 [this] { askToEraseAllContent(m_settingsWindow); });
     }
@@ -302,14 +302,16 @@ void Application::handBackFocusOnClose(QWidget* window) {
     });
 }
 
-// Help and Settings are windows of their own, without the menu bar; Quit works from them as it
-// does from the main windows.
-void Application::quitFrom(QWidget* window) {
-    auto* quitAction = new QAction(window);
-    quitAction->setShortcuts(shortcutsFor(commandDefinition(Command::quit)));
-    quitAction->setShortcutContext(Qt::WindowShortcut);
-    connect(quitAction, &QAction::triggered, this, &Application::quit);
-    window->addAction(quitAction);
+// Help and Settings are windows of their own, without the menu bar; the application's own
+// commands work from them as they do from the main windows.
+void Application::addApplicationKeys(QWidget* window) {
+    for (const Command command : {Command::newWindow, Command::settings, Command::quit, Command::help}) {
+        auto* item = new QAction(window);
+        item->setShortcuts(shortcutsFor(commandDefinition(command)));
+        item->setShortcutContext(Qt::WindowShortcut);
+        connect(item, &QAction::triggered, this, [this, command] { perform(command, activeWindow()); });
+        window->addAction(item);
+    }
 }
 
 // Windows relabel themselves; the dialogs that are only shown for a moment are relabelled here.

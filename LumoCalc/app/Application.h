@@ -82,7 +82,7 @@ private:
     void showAbout(QWidget* parent);
     void showSettings();
     void handBackFocusOnClose(QWidget* window);
-    void quitFrom(QWidget* window);
+    void addApplicationKeys(QWidget* window);
     void retranslateDialogs();
     void askToEraseAllContent(QWidget* parent);
     void clearSheetPromptChanged();

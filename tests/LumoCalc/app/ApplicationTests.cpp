@@ -89,10 +89,16 @@ TEST_F(Shell, ClosingHelpOrSettingsHandsTheKeyboardBackToTheWindow) {
         EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == window; }, 2000));
     }
 
-    // Quit works from either of them as from the main window.
-    QSignalSpy quitting(&app, &Application::quitting);
-    QTest::keySequence(window, QKeySequence(Qt::Key_F1));
+    // The application's commands work from either of them as from the main window.
+    QTest::keySequence(window, QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(app.settingsWindow()));
+    QTest::keySequence(app.settingsWindow(), QKeySequence(Qt::Key_F1));
     ASSERT_TRUE(QTest::qWaitForWindowActive(app.helpWindow()));
+    QTest::keySequence(app.helpWindow(), QKeySequence(Qt::CTRL | Qt::Key_N));
+    EXPECT_EQ(app.windows().size(), 2);
+    app.helpWindow()->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(app.helpWindow()));
+    QSignalSpy quitting(&app, &Application::quitting);
     QTest::keySequence(app.helpWindow(), shortcutsFor(commandDefinition(Command::quit)).value(0));
     EXPECT_EQ(quitting.size(), 1);
 }
