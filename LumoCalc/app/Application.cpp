@@ -138,6 +138,8 @@ MainWindow* Application::openWindow() {
             m_settings->viewPreference(QLatin1String(windowGeometryKey), QByteArray()).toByteArray();
         if (!geometry.isEmpty())
             window->restoreGeometry(geometry);
+        else
+            window->makeRoomForEditor();
     } else if (MainWindow* current = activeWindow(); current && current != window) {
         window->resize(current->size());
         window->move(current->pos() + QPoint(28, 28));

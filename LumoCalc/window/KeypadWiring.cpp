@@ -38,11 +38,14 @@ void installKeypad(MainWindow* window, QObject* owner, AppSettings* settings,
 
     const QPointer<KeypadView> weakKeypad(keypad);
     const QPointer<AppSettings> weakSettings(settings);
-    window->setCommandHandler(Command::showKeypad, [weakKeypad, weakSettings](bool checked) {
+    window->setCommandHandler(Command::showKeypad, [window, weakKeypad, weakSettings](bool checked) {
         if (weakSettings)
             weakSettings->setViewPreference(QLatin1String(showKeypadKey), checked);
-        if (weakKeypad)
-            weakKeypad->setVisible(checked);
+        if (!weakKeypad)
+            return;
+        weakKeypad->setVisible(checked);
+        if (checked)
+            window->makeRoomForEditor();
     });
     QObject::connect(settings, &AppSettings::keypadSideChanged, keypad,
                      [window, keypad](KeypadSide side) { window->setKeypad(keypad, windowSide(side)); });

@@ -1,5 +1,7 @@
 #include "LumoCalc/window/MainWindow.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QBoxLayout>
 #include <QCloseEvent>
@@ -7,6 +9,7 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSplitter>
 
 #include "LumoCalc/text/Bilingual.h"
@@ -242,6 +245,35 @@ void MainWindow::setKeypad(QWidget* keypad, Side side) {
     const int editorAt = m_splitter->indexOf(m_editor);
     m_splitter->insertWidget(side == Side::left ? editorAt : editorAt + 1, keypad);
     m_splitter->setStretchFactor(m_splitter->indexOf(keypad), 0);
+}
+
+void MainWindow::makeRoomForEditor() {
+    // Room for a line of text beside the answer column at its default width.
+    constexpr int comfortableEditorWidth = 560;
+    if (windowState() & (Qt::WindowMaximized | Qt::WindowFullScreen))
+        return;
+    // The splitter spans the window, so the window needs the editor's room and the panels'.
+    int wanted = comfortableEditorWidth;
+    for (int index = 0; index < m_splitter->count(); ++index) {
+        QWidget* panel = m_splitter->widget(index);
+        if (panel == m_editor || !panel->isVisibleTo(this))
+            continue;
+        // A panel just shown has not been laid out yet; its hint is the width it will take.
+        const bool laidOut = panel->isVisible() && panel->width() > 0;
+        wanted += (laidOut ? panel->width() : panel->sizeHint().width()) + m_splitter->handleWidth();
+    }
+    const QScreen* shown = screen();
+    if (shown)
+        wanted = std::min(wanted, shown->availableGeometry().width() - (frameGeometry().width() - width()));
+    if (wanted <= width())
+        return;
+    resize(wanted, height());
+    // A window near the screen's right edge grows to the left instead of off the screen.
+    if (shown && isVisible()) {
+        const QRect available = shown->availableGeometry();
+        if (const int overflow = frameGeometry().right() - available.right(); overflow > 0)
+            move(std::max(available.left(), x() - overflow), y());
+    }
 }
 
 void MainWindow::changeEvent(QEvent* event) {

@@ -58,6 +58,9 @@ public:
     void setBarAboveSheet(QWidget* bar);
     enum class Side { left, right };
     void setKeypad(QWidget* keypad, Side side);
+    /// Widens the window, as far as its screen allows, when the panels beside the editor would
+    /// leave the sheet too narrow to read. A maximised or full-screen window keeps its size.
+    void makeRoomForEditor();
 
 signals:
     /// A command for the application rather than this window.

@@ -3,6 +3,8 @@
 #include "LumoUI/keypad/KeyButton.h"
 #include "LumoUI/keypad/KeypadView.h"
 
+#include <QScreen>
+
 namespace lumo::test {
 namespace {
 
@@ -33,6 +35,22 @@ TEST_F(KeypadWindow, ShowKeypadShowsHidesAndIsRemembered) {
     window->action(Command::showKeypad)->trigger();
     EXPECT_FALSE(keypadOf(window)->isVisible());
     EXPECT_FALSE(again.settings()->viewPreference("lumo.showKeypad", true).toBool());
+}
+
+TEST_F(KeypadWindow, ShowingTheKeypadWidensANarrowWindowWithinItsScreen) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    const QRect screen = window->screen()->availableGeometry();
+    window->setGeometry(screen.right() - 600, screen.top() + 40, 600, 400);
+    activate(window);
+    window->action(Command::showKeypad)->trigger();
+    QApplication::processEvents();
+    // The sheet, the list of sheets and the keypad want more than this small screen has.
+    EXPECT_EQ(window->frameGeometry().width(), screen.width()) << "as wide as the screen allows";
+    EXPECT_GE(window->frameGeometry().left(), screen.left());
+    EXPECT_LE(window->frameGeometry().right(), screen.right())
+        << "the window grows to the left, not off the screen";
+    EXPECT_EQ(window->height(), 400);
 }
 
 TEST_F(KeypadWindow, TheSideSettingMovesTheKeypad) {
