@@ -21,9 +21,14 @@ void installTextZoom(MainWindow* window, AppSettings* settings) {
         if (guarded)
             guarded->setTextSize(ViewStyle::smaller(guarded->textSize()));
     });
+    window->setCommandHandler(Command::actualSize, [guarded](bool) {
+        if (guarded)
+            guarded->setTextSize(TextSizeSetting::standard);
+    });
     const auto updateEnds = [window](TextSizeSetting size) {
         window->action(Command::zoomIn)->setEnabled(ViewStyle::larger(size) != size);
         window->action(Command::zoomOut)->setEnabled(ViewStyle::smaller(size) != size);
+        window->action(Command::actualSize)->setEnabled(size != TextSizeSetting::standard);
     };
     QObject::connect(settings, &AppSettings::textSizeChanged, window, updateEnds);
     updateEnds(settings->textSize());

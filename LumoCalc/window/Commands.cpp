@@ -33,6 +33,7 @@ const std::vector<CommandDefinition>& allCommands() {
         {Command::previousSheet, {"前のシート", "Previous Sheet"}, Key::PreviousChild, "Ctrl+Shift+Tab"},
         {Command::zoomIn, {"拡大", "Zoom In"}, Key::ZoomIn, "Ctrl++"},
         {Command::zoomOut, {"縮小", "Zoom Out"}, Key::ZoomOut, "Ctrl+-"},
+        {Command::actualSize, {"標準のサイズ", "Actual Size"}, Key::UnknownKey, "Ctrl+0"},
         {Command::showPlots, {"グラフを表示", "Show Plots"}, Key::UnknownKey, nullptr, true},
         {Command::showKeypad, {"キーパッドを表示", "Show Keypad"}, Key::UnknownKey, nullptr, true},
         {Command::showNamedValues,
@@ -65,8 +66,8 @@ const std::vector<MenuDefinition>& menuBarLayout() {
           C::copyAnswer, C::copySheetWithAnswers, std::nullopt, C::find, C::replace, C::findNext,
           C::findPrevious, C::goToLine, std::nullopt, C::clearSheet}},
         {{"表示(&V)", "&View"},
-         {C::nextSheet, C::previousSheet, std::nullopt, C::zoomIn, C::zoomOut, std::nullopt, C::showPlots,
-          C::showKeypad, C::showNamedValues}},
+         {C::nextSheet, C::previousSheet, std::nullopt, C::zoomIn, C::zoomOut, C::actualSize, std::nullopt,
+          C::showPlots, C::showKeypad, C::showNamedValues}},
         {{"ヘルプ(&H)", "&Help"}, {C::help, std::nullopt, C::termsOfUse, C::about}},
     };
     return layout;

@@ -38,6 +38,7 @@ enum class Command {
     clearSheet,
     zoomIn,
     zoomOut,
+    actualSize,
     showPlots,
     showKeypad,
     showNamedValues,

@@ -211,6 +211,7 @@ void MainWindow::perform(Command command) {
     case Command::previousSheet:
     case Command::zoomIn:
     case Command::zoomOut:
+    case Command::actualSize:
     case Command::showPlots:
     case Command::showKeypad:
     case Command::showNamedValues:

@@ -300,6 +300,9 @@ TEST_F(Settings, ZoomStepsThroughTheTextSizes) {
         {Qt::Key_Minus, TextSizeSetting::standard, true, true},
         {Qt::Key_Minus, TextSizeSetting::small, true, false},
         {Qt::Key_Minus, TextSizeSetting::small, true, false},
+        {Qt::Key_0, TextSizeSetting::standard, true, true},
+        {Qt::Key_Plus, TextSizeSetting::large, true, true},
+        {Qt::Key_0, TextSizeSetting::standard, true, true},
     };
     for (const Step& step : steps) {
         QTest::keyClick(text, step.key, Qt::ControlModifier);
@@ -308,6 +311,8 @@ TEST_F(Settings, ZoomStepsThroughTheTextSizes) {
         EXPECT_EQ(size->currentData().toInt(), int(step.expected)) << "the settings window follows";
         EXPECT_EQ(window->action(Command::zoomIn)->isEnabled(), step.zoomInEnabled);
         EXPECT_EQ(window->action(Command::zoomOut)->isEnabled(), step.zoomOutEnabled);
+        EXPECT_EQ(window->action(Command::actualSize)->isEnabled(),
+                  step.expected != TextSizeSetting::standard);
     }
 }
 
