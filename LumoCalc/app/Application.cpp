@@ -272,6 +272,8 @@ void Application::showAbout(QWidget* parent) {
     m_about->setAttribute(Qt::WA_DeleteOnClose);
     handBackFocusOnClose(m_about);
     m_about->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
+    // Room for the two sentences, which would otherwise wrap after a few words.
+    m_about->setStyleSheet(QStringLiteral("QLabel#qt_msgbox_informativelabel { min-width: 320px; }"));
     m_about->setText(QStringLiteral("<b>Lumo %1</b>").arg(QCoreApplication::applicationVersion()));
     retranslateDialogs();
     m_about->open();

@@ -51,8 +51,10 @@ int main(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral(LUMO_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral("io.github.lumo.Lumo"));
     QApplication application(argc, argv);
-    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("io.github.lumo.Lumo"),
-                                                 QIcon::fromTheme(QStringLiteral("accessories-calculator"))));
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+        icon.addFile(QStringLiteral(":/icons/io.github.lumo.Lumo-%1.png").arg(size), QSize(size, size));
+    QApplication::setWindowIcon(icon);
 
     lumo::Application lumoApplication({application.arguments(), {}, {}});
     if (!launch.screenshotFile.isEmpty()) {
