@@ -35,6 +35,7 @@ enum class Command {
     goToLine,
     nextSheet,
     previousSheet,
+    toggleComment,
     clearSheet,
     zoomIn,
     zoomOut,

@@ -186,6 +186,9 @@ void MainWindow::perform(Command command) {
     case Command::copyAnswer:
         m_editor->copyAnswerAtCaret();
         return;
+    case Command::toggleComment:
+        m_editor->toggleComments();
+        return;
     case Command::clearSheet:
         if (m_session->sheetID())
             post(notification::clearSheet, QString::fromStdString(m_session->sheetID()->toString()));

@@ -29,6 +29,10 @@ void SheetEditor::copyAnswerAtCaret() {
     m_coordinator->copyAnswer(m_textView->caretLine());
 }
 
+void SheetEditor::toggleComments() {
+    m_coordinator->toggleComments();
+}
+
 void SheetEditor::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     // An automatic appearance follows the system's palette.

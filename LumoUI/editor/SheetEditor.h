@@ -31,6 +31,8 @@ public:
     CalcTextView* textView() const;
     /// Puts the answer of the caret's line on the clipboard; nothing when the line has none.
     void copyAnswerAtCaret();
+    /// Turns the selected lines, or the caret's line, into comments or back; one undo step.
+    void toggleComments();
 
 protected:
     void changeEvent(QEvent* event) override;

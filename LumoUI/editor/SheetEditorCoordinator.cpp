@@ -239,6 +239,46 @@ bool SheetEditor::Coordinator::refuseIfAnyLocked(const QString& before, const QS
     return false;
 }
 
+void SheetEditor::Coordinator::toggleComments() {
+    if (!m_textView)
+        return;
+    const QTextCursor cursor = m_textView->textCursor();
+    const QTextBlock firstBlock = m_textView->document()->findBlock(cursor.selectionStart());
+    QTextBlock lastBlock = m_textView->document()->findBlock(cursor.selectionEnd());
+    // A selection that ends at the start of a line leaves that line out.
+    if (cursor.hasSelection() && lastBlock != firstBlock && lastBlock.position() == cursor.selectionEnd())
+        lastBlock = lastBlock.previous();
+    // Read before the rewrite, which replaces every block.
+    const int first = firstBlock.blockNumber();
+    const int last = lastBlock.blockNumber();
+    const int start = firstBlock.position();
+    const QString oldLine = firstBlock.text();
+    const QString before = m_textView->toPlainText();
+    const QString after = textRewrites::toggleComments(before, first, last);
+    if (after == before || refuseIfAnyLocked(before, after))
+        return;
+    const QStringList lines = after.split(u'\n');
+    if (cursor.hasSelection()) {
+        // The lines stay selected, whole, so that toggling again undoes the toggle.
+        int end = start;
+        for (int line = first; line <= last; ++line)
+            end += int(lines[line].size()) + (line < last ? 1 : 0);
+        m_textView->replaceAllAsOneEdit(after, end);
+        QTextCursor selection = m_textView->textCursor();
+        selection.setPosition(start);
+        selection.setPosition(end, QTextCursor::KeepAnchor);
+        m_textView->setTextCursor(selection);
+        return;
+    }
+    // The caret keeps its place in the line's content.
+    const QString& newLine = lines[first];
+    const int column = cursor.position() - start;
+    const int indent = int(textRewrites::indentation(oldLine));
+    const int moved =
+        column < indent ? column : std::max(indent, column + int(newLine.size() - oldLine.size()));
+    m_textView->replaceAllAsOneEdit(after, start + std::min(moved, int(newLine.size())));
+}
+
 void SheetEditor::Coordinator::insertAnswer(int line) {
     if (!m_textView)
         return;

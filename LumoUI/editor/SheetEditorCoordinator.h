@@ -26,6 +26,7 @@ public:
     ~Coordinator() override;
 
     void copyAnswer(int line);
+    void toggleComments();
     void applyAppearance();
 
 private:

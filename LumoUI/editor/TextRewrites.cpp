@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include "LumoKit/editing/SyntaxHighlighter.h"
+#include "LumoKit/language/Keywords.h"
 #include "LumoKit/language/Lexer.h"
 #include "LumoKit/sheet/Naming.h"
 
@@ -195,12 +196,58 @@ QString unusedLineName(const QString& text, int lineIndex) {
     }
 }
 
-QString nameLine(const QString& line, const QString& name) {
+qsizetype indentation(const QString& line) {
     qsizetype indent = 0;
     while (indent < line.size() &&
            (line[indent] == u' ' || line[indent] == u'\t' || line[indent] == u'\u3000'))
         ++indent;
+    return indent;
+}
+
+namespace {
+
+const QLatin1String commentMarker(keywords::noteMarker.data(), qsizetype(keywords::noteMarker.size()));
+
+} // namespace
+
+QString nameLine(const QString& line, const QString& name) {
+    const qsizetype indent = indentation(line);
     return line.left(indent) + name + QStringLiteral(" = ") + line.mid(indent);
+}
+
+QString toggleComments(const QString& text, int first, int last) {
+    QStringList lines = text.split(u'\n');
+    first = std::clamp(first, 0, int(lines.size()) - 1);
+    last = std::clamp(last, first, int(lines.size()) - 1);
+    const auto isBlank = [](const QString& line) { return line.trimmed().isEmpty(); };
+    const auto isComment = [](const QString& line) {
+        return QStringView(line).mid(indentation(line)).startsWith(commentMarker);
+    };
+    bool allComments = true;
+    bool anyContent = false;
+    for (int i = first; i <= last; ++i) {
+        if (isBlank(lines[i]))
+            continue;
+        anyContent = true;
+        allComments = allComments && isComment(lines[i]);
+    }
+    if (!anyContent)
+        return text;
+    for (int i = first; i <= last; ++i) {
+        QString& line = lines[i];
+        if (isBlank(line))
+            continue;
+        const qsizetype indent = indentation(line);
+        if (!allComments) {
+            line.insert(indent, commentMarker + u' ');
+            continue;
+        }
+        qsizetype end = indent + commentMarker.size();
+        if (end < line.size() && line[end] == u' ')
+            ++end;
+        line.remove(indent, end - indent);
+    }
+    return lines.join(u'\n');
 }
 
 } // namespace lumo::textRewrites

@@ -29,7 +29,15 @@ QString renameIdentifier(const QString& text, const QString& oldName, const QStr
 /// free, otherwise a letter with a number.
 QString unusedLineName(const QString& text, int lineIndex);
 
+/// How many characters of blank (spaces, tabs, ideographic spaces) a line starts with.
+qsizetype indentation(const QString& line);
+
 /// Writes "name = " in front of a line's content, after its indentation.
 QString nameLine(const QString& line, const QString& name);
+
+/// Lines `first` to `last` of `text` turned into comments ("// " after their indentation), or,
+/// when every one of them that is not blank already is a comment, turned back into
+/// calculations. Blank lines stay as they are.
+QString toggleComments(const QString& text, int first, int last);
 
 } // namespace lumo::textRewrites

@@ -58,6 +58,11 @@ TEST_F(Window, ShortcutsRunTheirCommands) {
          [](Application& app, MainWindow* window) {
              EXPECT_EQ(window->session()->sheetID(), app.store()->document().sheets.back().id);
          }},
+        {"toggle comment", QKeySequence(Qt::CTRL | Qt::Key_Slash),
+         [](Application&, MainWindow* window) {
+             EXPECT_EQ(window->editor()->textView()->document()->findBlockByNumber(1).text(),
+                       QStringLiteral("// 1200 × 35"));
+         }},
         {"copy answer", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_C),
          [](Application&, MainWindow*) {
              EXPECT_EQ(QGuiApplication::clipboard()->text(), QStringLiteral("42,000"));

@@ -224,6 +224,32 @@ TEST_F(SheetEditorTest, NamingAndRenamingThroughTheDialog) {
     EXPECT_EQ(text(), "1200\narea = 2 * 3\n\"1200\" // 1200\narea * 2 + \"area\" // area");
 }
 
+TEST_F(SheetEditorTest, TogglingCommentsTakesTheCaretsLineOrTheSelectedLinesInOneStep) {
+    typeLines({"a = 1200", "a * 3", "7"});
+    const std::string original = text();
+    QTextCursor caret(view->document()->findBlockByNumber(1));
+    caret.movePosition(QTextCursor::EndOfBlock);
+    view->setTextCursor(caret);
+    editor->toggleComments();
+    EXPECT_EQ(text(), "a = 1200\n// a * 3\n7");
+    EXPECT_EQ(sheetText(), text());
+    EXPECT_EQ(view->textCursor().position(), int(std::string_view("a = 1200\n// a * 3").size()))
+        << "the caret stays after the same character";
+    notifications->post(notification::undo);
+    EXPECT_EQ(sheetText(), original);
+
+    // A selection that ends at the start of a line leaves that line alone, and stays selected.
+    QTextCursor selection(view->document());
+    selection.setPosition(2);
+    selection.setPosition(view->document()->findBlockByNumber(2).position(), QTextCursor::KeepAnchor);
+    view->setTextCursor(selection);
+    editor->toggleComments();
+    EXPECT_EQ(text(), "// a = 1200\n// a * 3\n7");
+    EXPECT_EQ(view->textCursor().selectedText(), QStringLiteral("// a = 1200\u2029// a * 3"));
+    editor->toggleComments();
+    EXPECT_EQ(text(), original);
+}
+
 TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
     typeLines({"a1 = 10", "b1 = 20", "c1 = 30"});
     view->lockToggled(1);
@@ -261,6 +287,7 @@ TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
          }},
         {"an answer", 1, 7, -1,
          [&] { QTest::mouseClick(view->overlay(), Qt::LeftButton, {}, answerPoint(0)); }},
+        {"commenting out", 0, 0, 20, [&] { editor->toggleComments(); }},
     };
     for (const Attempt& attempt : attempts) {
         const qsizetype before = refused.size();

@@ -93,6 +93,30 @@ TEST(TextRewrites, ProposesShortUnusedNames) {
     EXPECT_EQ(textRewrites::nameLine("    1200 * 3", "b"), "    b = 1200 * 3");
 }
 
+TEST(TextRewrites, TogglesCommentsOnWholeLines) {
+    struct Case {
+        const char* text;
+        int first;
+        int last;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"1 + 2\n3", 0, 0, "// 1 + 2\n3"},
+        {"// 1 + 2\n3", 0, 0, "1 + 2\n3"},
+        {"//1 + 2", 0, 0, "1 + 2"}, // no space after the marker
+        {"for i in range(2):\n    i * 2", 1, 1, "for i in range(2):\n    // i * 2"}, // after the indent
+        {"a = 1\n\nb = 2", 0, 2, "// a = 1\n\n// b = 2"},                            // blank lines stay blank
+        {"// a = 1\nb = 2", 0, 1, "// // a = 1\n// b = 2"}, // one calculation: all become comments
+        {"// a = 1\n  // b = 2", 0, 1, "a = 1\n  b = 2"},
+        {"\n  \n", 0, 2, "\n  \n"},        // nothing to toggle
+        {"x = 1\n2", 5, 9, "x = 1\n// 2"}, // clamped to the text
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(textRewrites::toggleComments(QString::fromUtf8(c.text), c.first, c.last),
+                  QString::fromUtf8(c.expected))
+            << c.text;
+}
+
 TEST(ResultColumn, ClampsAndLaysOut) {
     struct Case {
         double requested, available, expected;
