@@ -262,9 +262,8 @@ void MainWindow::makeRoomForEditor() {
         QWidget* panel = m_splitter->widget(index);
         if (panel == m_editor || !panel->isVisibleTo(this))
             continue;
-        // A panel just shown has not been laid out yet; its hint is the width it will take.
-        const bool laidOut = panel->isVisible() && panel->width() > 0;
-        wanted += (laidOut ? panel->width() : panel->sizeHint().width()) + m_splitter->handleWidth();
+        // A panel just shown may not be laid out yet; it takes at least the width it hints.
+        wanted += std::max(panel->width(), panel->sizeHint().width()) + m_splitter->handleWidth();
     }
     const QScreen* shown = screen();
     if (shown)
