@@ -36,17 +36,22 @@ void installKeypad(MainWindow* window, QObject* owner, AppSettings* settings,
     keypad->setVisible(shown);
     window->action(Command::showKeypad)->setChecked(shown);
 
-    const QPointer<KeypadView> weakKeypad(keypad);
-    const QPointer<AppSettings> weakSettings(settings);
-    window->setCommandHandler(Command::showKeypad, [window, weakKeypad, weakSettings](bool checked) {
-        if (weakSettings)
-            weakSettings->setViewPreference(QLatin1String(showKeypadKey), checked);
-        if (!weakKeypad)
-            return;
-        weakKeypad->setVisible(checked);
-        if (checked)
-            window->makeRoomForEditor();
-    });
+    // Every window follows the preference, as with the plots; the handler only records it.
+    window->setCommandHandler(Command::showKeypad,
+                              [settings = QPointer<AppSettings>(settings)](bool checked) {
+                                  if (settings)
+                                      settings->setViewPreference(QLatin1String(showKeypadKey), checked);
+                              });
+    QObject::connect(settings, &AppSettings::viewPreferenceChanged, keypad,
+                     [window, keypad](const QString& key, const QVariant& value) {
+                         if (key != QLatin1String(showKeypadKey))
+                             return;
+                         const bool shown = value.toBool();
+                         window->action(Command::showKeypad)->setChecked(shown);
+                         keypad->setVisible(shown);
+                         if (shown)
+                             window->makeRoomForEditor();
+                     });
     QObject::connect(settings, &AppSettings::keypadSideChanged, keypad,
                      [window, keypad](KeypadSide side) { window->setKeypad(keypad, windowSide(side)); });
 }

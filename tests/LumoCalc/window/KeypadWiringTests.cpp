@@ -26,6 +26,15 @@ TEST_F(KeypadWindow, ShowKeypadShowsHidesAndIsRemembered) {
     show->trigger();
     EXPECT_TRUE(keypad->isVisible());
     EXPECT_TRUE(app.settings()->viewPreference("lumo.showKeypad", false).toBool());
+    // Every window follows, its menu's check mark included.
+    MainWindow* second = app.openWindow();
+    EXPECT_TRUE(keypadOf(second)->isVisible());
+    second->action(Command::showKeypad)->trigger();
+    for (MainWindow* each : {window, second}) {
+        EXPECT_FALSE(keypadOf(each)->isVisible());
+        EXPECT_FALSE(each->action(Command::showKeypad)->isChecked());
+    }
+    show->trigger();
     m_app.reset();
 
     Application& again = launch();
