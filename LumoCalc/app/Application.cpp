@@ -22,6 +22,7 @@
 #include "LumoCalc/window/KeypadWiring.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoCalc/window/PlotsWiring.h"
+#include "LumoCalc/window/SelectionStatus.h"
 #include "LumoCalc/window/SheetCommandsWiring.h"
 #include "LumoCalc/window/SheetListWiring.h"
 #include "LumoUI/editor/CalcTextView.h"
@@ -129,6 +130,7 @@ MainWindow* Application::openWindow() {
             [this, window](Command command) { perform(command, window); });
     connect(window, &MainWindow::closed, this, [this, window] { windowClosed(window); });
     installSheetCommands(window, m_settings.get(), m_notifications.get());
+    installSelectionStatus(window, m_notifications.get());
     installTextZoom(window, m_settings.get());
     installKeypad(window, this, m_settings.get(), m_notifications.get());
     // The first window comes back where the user left the last one; a further window

@@ -4,6 +4,7 @@
 #include <QMenuBar>
 #include <QSet>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QTextBlock>
 #include <QTextBrowser>
 
@@ -81,6 +82,31 @@ TEST_F(Window, ShortcutsRunTheirCommands) {
         c.check(app, window);
         m_app.reset();
     }
+}
+
+TEST_F(Window, TheStatusBarAddsUpTheSelectedAnswers) {
+    Application& app = launch();
+    MainWindow* window = app.windows().value(0);
+    activate(window);
+    CalcTextView* text = window->editor()->textView();
+    const auto summary = [window] { return window->findChild<QLabel*>(QStringLiteral("selectionSummary")); };
+    ASSERT_NE(summary(), nullptr);
+    EXPECT_FALSE(window->statusBar()->isVisible()) << "nothing selected, no bar";
+
+    // From "1200 × 35" (42,000) down through "+ 10%" (46,200), as a person drags.
+    QTextCursor selection = caretOnLine(window, 1);
+    selection.movePosition(QTextCursor::Down, QTextCursor::KeepAnchor);
+    selection.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    text->setTextCursor(selection);
+    EXPECT_TRUE(window->statusBar()->isVisible());
+    EXPECT_EQ(summary()->text(), QStringLiteral("2 answers · sum 88,200 · average 44,100"));
+
+    app.settings()->setLanguage(AppLanguage::japanese);
+    EXPECT_EQ(summary()->text(), QStringLiteral("答え 2 個 · 合計 88,200 · 平均 44,100"));
+
+    // One answer is nothing to add up.
+    caretOnLine(window, 1);
+    EXPECT_FALSE(window->statusBar()->isVisible());
 }
 
 TEST_F(Window, EditMenuWorksOnTheText) {

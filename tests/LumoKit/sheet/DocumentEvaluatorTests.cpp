@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "LumoKit/sheet/DocumentEvaluator.h"
+#include "LumoKit/sheet/SelectionSummary.h"
+#include "LumoKit/values/ValueFormatter.h"
 #include "support/SheetTestSupport.h"
 
 using namespace lumo;
@@ -185,4 +187,34 @@ TEST(DocumentEvaluator, RunsWithDifferentOptionsAtOnceOnAnyThread) {
     AngleMode::setDegrees(false);
     ValueFormatter::setMaxFractionDigits(10);
     EXPECT_EQ(mismatches, 0);
+}
+
+TEST(SelectionSummary, AddsUpTheSelectedAnswersThatAreNumbers) {
+    struct Case {
+        const char* text;
+        std::size_t first, last;
+        std::size_t count;
+        const char* sum; // "" when the answers can't be added together
+        const char* average;
+    };
+    const Case cases[] = {
+        {"1\n2\n3", 0, 2, 3, "6", "2"},
+        {"1\n2\n3", 1, 9, 2, "5", "2.5"}, // lines past the end are ignored
+        {"1 m\n20 cm", 0, 1, 2, "1.2 m", "0.6 m"},
+        {"// note\n4\n\n'text'\n1 +\n[1, 2]\n6", 0, 6, 2, "10", "5"},
+        {"1 m\n1 kg", 0, 1, 2, "", ""},
+        {"100\n10%", 0, 1, 2, "", ""},
+        {"'a'\n'b'", 0, 1, 0, "", ""},
+    };
+    const EvaluationOptions options = sheetOptions();
+    for (const Case& c : cases) {
+        const SelectionSummary summary =
+            summarize(DocumentEvaluator::evaluate(c.text, {}, options), c.first, c.last);
+        EXPECT_EQ(summary.count, c.count) << c.text;
+        const auto shown = [&](const std::optional<Value>& value) {
+            return value ? ValueFormatter::format(*value, options, Grouping::grouped) : std::string();
+        };
+        EXPECT_EQ(shown(summary.sum), c.sum) << c.text;
+        EXPECT_EQ(shown(summary.average), c.average) << c.text;
+    }
 }
