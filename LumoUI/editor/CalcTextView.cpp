@@ -298,6 +298,10 @@ void CalcTextView::deleteSelection() {
 }
 
 void CalcTextView::insertFromMimeData(const QMimeData* source) {
+    // Qt 6.4's text control reads the first format without checking that there is one, so an
+    // empty clipboard (nothing copied yet on a fresh X session) would crash the paste.
+    if (!source || source->formats().isEmpty())
+        return;
     const QTextCursor cursor = textCursor();
     if (refuseIfLocked(cursor.selectionStart(), cursor.selectionEnd()))
         return;

@@ -3,6 +3,7 @@
 #include <QInputMethodEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMimeData>
 #include <QScrollBar>
 #include <QSignalSpy>
 
@@ -248,6 +249,18 @@ TEST_F(SheetEditorTest, TogglingCommentsTakesTheCaretsLineOrTheSelectedLinesInOn
     EXPECT_EQ(view->textCursor().selectedText(), QStringLiteral("// a = 1200\u2029// a * 3"));
     editor->toggleComments();
     EXPECT_EQ(text(), original);
+}
+
+TEST_F(SheetEditorTest, PastingAnEmptyClipboardChangesNothing) {
+    typeLines({"1200 * 3"});
+    const std::string before = text();
+    // What a fresh X session's clipboard holds before anything is copied: no format at all.
+    QApplication::clipboard()->setMimeData(new QMimeData);
+    QTest::keySequence(view, QKeySequence::Paste);
+    EXPECT_EQ(text(), before);
+    QApplication::clipboard()->setText("+ 1");
+    QTest::keySequence(view, QKeySequence::Paste);
+    EXPECT_EQ(text(), before + "+ 1");
 }
 
 TEST_F(SheetEditorTest, LockedLinesRefuseEveryEdit) {
