@@ -14,6 +14,7 @@
 #include "LumoCalc/app/AppPalette.h"
 #include "LumoCalc/dialogs/ConfirmationDialog.h"
 #include "LumoCalc/dialogs/HelpWindow.h"
+#include "LumoCalc/dialogs/MessageBoxRoom.h"
 #include "LumoCalc/dialogs/TermsDialog.h"
 #include "LumoCalc/settings/SettingsWindow.h"
 #include "LumoCalc/settings/TextZoom.h"
@@ -274,8 +275,7 @@ void Application::showAbout(QWidget* parent) {
     m_about->setAttribute(Qt::WA_DeleteOnClose);
     handBackFocusOnClose(m_about);
     m_about->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
-    // Room for the two sentences, which would otherwise wrap after a few words.
-    m_about->setStyleSheet(QStringLiteral("QLabel#qt_msgbox_informativelabel { min-width: 320px; }"));
+    giveSentencesRoom(m_about);
     m_about->setText(QStringLiteral("<b>Lumo %1</b>").arg(QCoreApplication::applicationVersion()));
     retranslateDialogs();
     m_about->open();

@@ -2,6 +2,7 @@
 
 #include <QPushButton>
 
+#include "LumoCalc/dialogs/MessageBoxRoom.h"
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoUI/store/DocumentStore.h"
 #include "LumoUI/store/StoreTexts.h"
@@ -22,6 +23,7 @@ ConfirmationDialog::ConfirmationDialog(TextSource texts, Kind kind, QWidget* par
     setWindowModality(parent ? Qt::WindowModal : Qt::ApplicationModal);
     setIcon(kind == Kind::destructive ? QMessageBox::Warning : QMessageBox::Question);
     setTextFormat(Qt::RichText);
+    giveSentencesRoom(this);
     auto* confirm = addButton(QString(), kind == Kind::destructive ? DestructiveRole : AcceptRole);
     auto* cancel = addButton(QString(), RejectRole);
     m_confirm = confirm;
