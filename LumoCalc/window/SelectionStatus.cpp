@@ -2,13 +2,12 @@
 
 #include <QLabel>
 #include <QStatusBar>
-#include <QTextBlock>
 
 #include "LumoCalc/text/Bilingual.h"
 #include "LumoCalc/window/MainWindow.h"
 #include "LumoKit/sheet/SelectionSummary.h"
-#include "LumoKit/values/ValueFormatter.h"
 #include "LumoUI/editor/CalcTextView.h"
+#include "LumoUI/editor/LineAnswer.h"
 #include "LumoUI/editor/SheetEditor.h"
 #include "LumoUI/settings/NotificationCenter.h"
 #include "LumoUI/store/DocumentStore.h"
@@ -18,27 +17,12 @@ namespace lumo {
 
 namespace {
 
-QString formatted(const Value& value) {
-    return QString::fromStdString(
-        ValueFormatter::format(value, EvaluationOptions::current(), Grouping::grouped));
-}
-
 QString describe(const SelectionSummary& summary) {
     const QString count = QString::number(summary.count);
     if (!summary.sum || !summary.average)
         return pickText("答え %1 個", "%1 answers").arg(count);
     return pickText("答え %1 個 · 合計 %2 · 平均 %3", "%1 answers · sum %2 · average %3")
-        .arg(count, formatted(*summary.sum), formatted(*summary.average));
-}
-
-// The lines a selection covers; one that ends at the start of a line leaves that line out.
-std::pair<int, int> selectedLines(const CalcTextView* text) {
-    const QTextCursor cursor = text->textCursor();
-    const QTextBlock first = text->document()->findBlock(cursor.selectionStart());
-    QTextBlock last = text->document()->findBlock(cursor.selectionEnd());
-    if (last != first && last.position() == cursor.selectionEnd())
-        last = last.previous();
-    return {first.blockNumber(), last.blockNumber()};
+        .arg(count, answerText(*summary.sum), answerText(*summary.average));
 }
 
 } // namespace
@@ -57,7 +41,7 @@ void installSelectionStatus(MainWindow* window, NotificationCenter* notification
     const auto update = [text, label, bar] {
         SelectionSummary summary;
         if (text->textCursor().hasSelection()) {
-            const auto [first, last] = selectedLines(text);
+            const auto [first, last] = text->selectedLines();
             summary = summarize(text->results(), std::size_t(first), std::size_t(last));
         }
         if (summary.count < 2) {

@@ -1,7 +1,5 @@
 #include "LumoKit/sheet/SelectionSummary.h"
 
-#include <algorithm>
-
 #include "LumoKit/base/CalcError.h"
 
 namespace lumo {

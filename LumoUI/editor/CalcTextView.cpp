@@ -712,6 +712,15 @@ int CalcTextView::caretLine() const {
     return textCursor().blockNumber();
 }
 
+std::pair<int, int> CalcTextView::selectedLines() const {
+    const QTextCursor cursor = textCursor();
+    const QTextBlock first = document()->findBlock(cursor.selectionStart());
+    QTextBlock last = document()->findBlock(cursor.selectionEnd());
+    if (last != first && last.position() == cursor.selectionEnd())
+        last = last.previous();
+    return {first.blockNumber(), last.blockNumber()};
+}
+
 void CalcTextView::setHoveredResultLine(std::optional<int> line) {
     if (line == m_hoveredResultLine)
         return;

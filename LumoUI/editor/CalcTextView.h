@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "LumoKit/editing/SyntaxHighlighter.h"
@@ -92,6 +93,9 @@ public:
     void setHoveredResultLine(std::optional<int> line);
     void setPressedResultLine(std::optional<int> line);
     int caretLine() const;
+    /// The first and last line the selection covers, or the caret's line twice. A selection that
+    /// ends at the start of a line leaves that line out.
+    std::pair<int, int> selectedLines() const;
 
     /// Colours and appearance of the text and column.
     void setAppearance(Appearance appearance);

@@ -4,14 +4,16 @@
 
 namespace lumo {
 
+QString answerText(const Value& value) {
+    return QString::fromStdString(
+        ValueFormatter::format(value, EvaluationOptions::current(), Grouping::grouped));
+}
+
 std::optional<LineAnswer> lineAnswer(const LineResult& result) {
     const QString name = result.name ? QString::fromStdString(*result.name) : QString();
     switch (result.outcome.kind) {
     case LineOutcome::Kind::value:
-        return LineAnswer{LineAnswer::Kind::value,
-                          QString::fromStdString(ValueFormatter::format(
-                              result.outcome.value, EvaluationOptions::current(), Grouping::grouped)),
-                          name};
+        return LineAnswer{LineAnswer::Kind::value, answerText(result.outcome.value), name};
     case LineOutcome::Kind::failure:
         return LineAnswer{LineAnswer::Kind::failure, QString::fromStdString(result.outcome.message()), name};
     case LineOutcome::Kind::plot:

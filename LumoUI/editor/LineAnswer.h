@@ -20,6 +20,9 @@ struct LineAnswer {
     bool isFailure() const { return kind == Kind::failure; }
 };
 
+/// A value as the answer column writes it.
+QString answerText(const Value& value);
+
 /// Nothing for blank, comment and plot lines, which have no answer in the column.
 std::optional<LineAnswer> lineAnswer(const LineResult& result);
 

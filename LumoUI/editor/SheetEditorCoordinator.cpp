@@ -243,14 +243,9 @@ void SheetEditor::Coordinator::toggleComments() {
     if (!m_textView)
         return;
     const QTextCursor cursor = m_textView->textCursor();
-    const QTextBlock firstBlock = m_textView->document()->findBlock(cursor.selectionStart());
-    QTextBlock lastBlock = m_textView->document()->findBlock(cursor.selectionEnd());
-    // A selection that ends at the start of a line leaves that line out.
-    if (cursor.hasSelection() && lastBlock != firstBlock && lastBlock.position() == cursor.selectionEnd())
-        lastBlock = lastBlock.previous();
+    const auto [first, last] = m_textView->selectedLines();
     // Read before the rewrite, which replaces every block.
-    const int first = firstBlock.blockNumber();
-    const int last = lastBlock.blockNumber();
+    const QTextBlock firstBlock = m_textView->document()->findBlockByNumber(first);
     const int start = firstBlock.position();
     const QString oldLine = firstBlock.text();
     const QString before = m_textView->toPlainText();
